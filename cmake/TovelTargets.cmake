@@ -1,0 +1,27 @@
+# Options that every target of the project shares.
+add_library(tovel_options INTERFACE)
+target_include_directories(tovel_options INTERFACE ${CMAKE_SOURCE_DIR}/src)
+target_compile_definitions(tovel_options INTERFACE
+    QT_NO_KEYWORDS QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_FOREACH
+    QT_STRICT_ITERATORS TOVEL_VERSION="${PROJECT_VERSION}")
+target_compile_options(tovel_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual)
+if(TOVEL_WERROR)
+    target_compile_options(tovel_options INTERFACE -Werror)
+endif()
+if(TOVEL_SANITIZE)
+    target_compile_options(tovel_options INTERFACE
+        -fsanitize=${TOVEL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(tovel_options INTERFACE -fsanitize=${TOVEL_SANITIZE})
+endif()
+if(TOVEL_COVERAGE)
+    target_compile_options(tovel_options INTERFACE --coverage)
+    target_link_options(tovel_options INTERFACE --coverage)
+endif()
+
+# tovel_room(NAME SOURCES… DEPENDS …): one static library per room, which states what it leans on.
+function(tovel_room name)
+    cmake_parse_arguments(ROOM "" "" "SOURCES;DEPENDS;PRIVATE_DEPENDS" ${ARGN})
+    add_library(${name} STATIC ${ROOM_SOURCES})
+    target_link_libraries(${name} PUBLIC tovel_options ${ROOM_DEPENDS} PRIVATE ${ROOM_PRIVATE_DEPENDS})
+endfunction()
