@@ -76,6 +76,10 @@ public:
     virtual std::optional<QUrl> URLForApplicationWithBundleIdentifier(
         const QString &bundleIdentifier) const = 0;
 
+    // The name of an installed application as its users know it; absent when it cannot be told.
+    virtual std::optional<QString>
+    localizedNameOfApplicationAtURL(const QUrl &location) const = 0;
+
     // Starts the application and calls the handler later, on the main thread, when the outcome is
     // known. Never calls it from within this call.
     virtual void openApplicationAtURL(const QUrl &location, LaunchHandler handler) = 0;

@@ -1,0 +1,109 @@
+#include "app/platform_choice.h"
+
+#include "platform/linux/linux_desktop.h"
+#include "platform/linux/x11/x11_session.h"
+#include "platform/simulated/demo_world.h"
+#include "platform/simulated/simulated_desktop.h"
+
+namespace tovel {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr char Variable[] = "TOVEL_DESKTOP";
+
+class LinuxChoice final : public PlatformChoice
+{
+public:
+    LinuxChoice(std::unique_ptr<DesktopSession> session, const QString &missingSession)
+        : m_desktop(std::move(session))
+        , m_missingSession(missingSession)
+    { }
+
+    Platform &platform() override { return m_desktop; }
+    QString missingSession() const override { return m_missingSession; }
+    QStringList limits() const override { return m_desktop.limits(); }
+    void setVisibleWindowTest(std::function<bool()> test) override
+    {
+        m_desktop.setVisibleWindowTest(std::move(test));
+    }
+
+private:
+    LinuxDesktop m_desktop;
+    QString m_missingSession;
+};
+
+// The demo's choices last, in a file of their own: they are about applications that do not exist.
+class SimulatedDefaults final : public UserDefaultsDomains
+{
+public:
+    UserDefaults &standardUserDefaults() override { return m_standard; }
+    const UserDefaults *initWithSuiteName(const QString &) override { return nullptr; }
+
+private:
+    JsonUserDefaults m_standard{LinuxUserDefaults::filePath(u"simulated.json"_s)};
+};
+
+class SimulatedChoice final : public PlatformChoice
+{
+public:
+    SimulatedChoice()
+        : m_desktop({.clock = &m_clock, .userDefaults = &m_defaults})
+    {
+        populateDemo(m_desktop);
+    }
+
+    Platform &platform() override { return m_desktop.platform(); }
+    QString missingSession() const override { return {}; }
+    QStringList limits() const override
+    {
+        return {u"This is a simulated desktop: nothing here is real."_s};
+    }
+    void setVisibleWindowTest(std::function<bool()>) override { }
+
+private:
+    BoottimeClock m_clock;
+    SimulatedDefaults m_defaults;
+    SimulatedDesktop m_desktop;
+};
+
+std::unique_ptr<PlatformChoice> x11Choice(bool needsManager)
+{
+    const QByteArray display = qgetenv("DISPLAY");
+    if (display.isEmpty())
+        return std::make_unique<LinuxChoice>(nullptr, u"DISPLAY is not set"_s);
+    auto session = x11::X11Session::open(display);
+    QString missing;
+    if (!session)
+        missing = u"the X server on “%1” does not answer"_s.arg(QString::fromLocal8Bit(display));
+    else if (needsManager && !session->hasManager())
+        missing = u"no window manager runs on “%1”"_s.arg(QString::fromLocal8Bit(display));
+    if (!missing.isEmpty())
+        session.reset();
+    return std::make_unique<LinuxChoice>(std::move(session), missing);
+}
+
+} // namespace
+
+std::unique_ptr<PlatformChoice> choosePlatform()
+{
+    const QByteArray wanted = qgetenv(Variable);
+    if (wanted.isEmpty())
+        return x11Choice(true);
+    if (wanted == "x11")
+        return x11Choice(false);
+    if (wanted == "simulated")
+        return std::make_unique<SimulatedChoice>();
+    if (wanted == "none")
+        return std::make_unique<LinuxChoice>(nullptr, u"TOVEL_DESKTOP asks for none"_s);
+    return nullptr;
+}
+
+QString unknownPlatformText()
+{
+    return u"TOVEL_DESKTOP is “%1”, but can only be x11, simulated or none"_s.arg(
+        QString::fromLocal8Bit(qgetenv(Variable)));
+}
+
+} // namespace tovel

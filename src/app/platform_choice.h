@@ -1,0 +1,41 @@
+#pragma once
+
+#include "platform/platform.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace tovel {
+
+// The platform that this process runs on, picked once at start.
+class PlatformChoice
+{
+public:
+    virtual ~PlatformChoice() = default;
+
+    virtual Platform &platform() = 0;
+
+    // Why there is no desktop session to work with; empty when there is one.
+    virtual QString missingSession() const = 0;
+
+    // What a user of this session has to know that it cannot do; a sentence each.
+    virtual QStringList limits() const = 0;
+
+    // Answers Application::hasVisibleWindow.
+    virtual void setVisibleWindowTest(std::function<bool()> test) = 0;
+};
+
+// Picks by the environment variable TOVEL_DESKTOP: "x11", "simulated" (a desktop in memory, with
+// user defaults of its own) or "none". Without it, X11 where the display answers and a window
+// manager runs, otherwise none. Null for any other value. To be called after the QCoreApplication
+// was made.
+std::unique_ptr<PlatformChoice> choosePlatform();
+
+// What to say when choosePlatform() gave null.
+QString unknownPlatformText();
+
+} // namespace tovel

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QRect>
+#include <QString>
+
+#include <cstdint>
+
+namespace tovel {
+
+// Windows of this process for the self-tests to move. What becomes of them is for the window
+// server to say: their desktops, frames and states are read from there, not from here.
+class FixtureWindows
+{
+public:
+    virtual ~FixtureWindows() = default;
+
+    // Shows a titled window in front, its content in the rectangle of screen coordinates, and
+    // gives its number. The window stays until this object goes, even when the user closes it.
+    virtual std::uint32_t open(const QString &title, const QRect &content) = 0;
+
+    // The number must be that of a window opened here.
+    virtual void minimize(std::uint32_t number) = 0;
+};
+
+// Where the two fixture windows stand.
+inline constexpr QRect firstFixtureContent(120, 140, 260, 120);
+inline constexpr QRect secondFixtureContent(160, 180, 260, 120);
+
+} // namespace tovel

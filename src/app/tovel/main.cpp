@@ -1,0 +1,99 @@
+#include "app/platform_choice.h"
+#include "app/self_test/rule_checks.h"
+#include "app/self_test/self_test.h"
+#include "app/tovel/child_process.h"
+#include "app/tovel/window_set.h"
+
+#include <QGuiApplication>
+#include <QLoggingCategory>
+
+#include <cstdio>
+
+using namespace tovel;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int UsageError = 2;
+
+bool opensWindows(SelfTestMode mode)
+{
+    return mode == SelfTestMode::Fixture || mode == SelfTestMode::IntegrationTest;
+}
+
+std::unique_ptr<QCoreApplication> makeApplication(SelfTestMode mode, int &argc, char **argv)
+{
+    QCoreApplication::setApplicationName(u"org.tovel.Tovel"_s);
+    QCoreApplication::setApplicationVersion(QStringLiteral(TOVEL_VERSION));
+    if (!opensWindows(mode))
+        return std::make_unique<QCoreApplication>(argc, argv);
+
+    // X11 also within a Wayland session, where only such windows can be moved. The second choice
+    // keeps a missing display from ending the process before it has said so itself.
+    qputenv("QT_QPA_PLATFORM", "xcb;offscreen");
+    QLoggingCategory::setFilterRules(u"qt.qpa.xcb.warning=false\nqt.qpa.plugin.warning=false"_s);
+    QGuiApplication::setDesktopFileName(u"org.tovel.Tovel"_s);
+    auto application = std::make_unique<QGuiApplication>(argc, argv);
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    return application;
+}
+
+int runFixture(const SelfTestSetting &setting)
+{
+    if (QGuiApplication::platformName() != "xcb"_L1) {
+        setting.err << "FAIL: the fixture windows need an X display" << Qt::endl;
+        return SelfTestFailed;
+    }
+    WindowSet windows;
+    QCoro::waitFor(showFixture(setting, windows));
+    return QCoreApplication::exec();
+}
+
+int runMode(SelfTestMode mode, const QStringList &arguments, const SelfTestSetting &setting)
+{
+    switch (mode) {
+    case SelfTestMode::Diagnose:
+        return diagnose(setting);
+    case SelfTestMode::SwitchTest:
+        return QCoro::waitFor(testSwitching(setting));
+    case SelfTestMode::Fixture:
+        return runFixture(setting);
+    case SelfTestMode::CrossProcessTest: {
+        ChildProcess process(arguments.value(0));
+        return QCoro::waitFor(testAcrossProcesses(setting, process));
+    }
+    case SelfTestMode::IntegrationTest: {
+        WindowSet windows;
+        return QCoro::waitFor(testMovement(setting, windows, asksForMinimized(arguments)));
+    }
+    case SelfTestMode::SelfTest:
+        return runRuleChecks(ruleChecks(), setting.out, setting.err);
+    }
+    Q_UNREACHABLE();
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments.append(QString::fromLocal8Bit(argv[i]));
+    QTextStream out(stdout);
+    QTextStream err(stderr);
+
+    const std::optional<SelfTestMode> mode = selfTestMode(arguments);
+    if (!mode) {
+        err << "tovel: the panel is not built yet; tovelctl moves windows from the command line"
+            << Qt::endl;
+        return UsageError;
+    }
+    const std::unique_ptr<QCoreApplication> application = makeApplication(*mode, argc, argv);
+    const std::unique_ptr<PlatformChoice> choice = choosePlatform();
+    if (!choice) {
+        err << "tovel: " << unknownPlatformText() << Qt::endl;
+        return UsageError;
+    }
+    const PlatformInstallation installation(choice->platform());
+    return runMode(*mode, arguments, {choice->platform(), out, err});
+}

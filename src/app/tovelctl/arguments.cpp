@@ -1,0 +1,125 @@
+#include "app/tovelctl/arguments.h"
+
+namespace tovel {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+ParsedArguments failure(const QString &error) { return {{}, error}; }
+
+// The words of the line that are no options; options are taken out into the arguments.
+struct Words
+{
+    QStringList words;
+    Arguments options;
+    bool hasFollow = false;
+    QString error;
+};
+
+Words splitOptions(const QStringList &line)
+{
+    Words result;
+    bool onlyWords = false;
+    for (const QString &word : line) {
+        if (onlyWords || !word.startsWith(u'-') || word == "-"_L1) {
+            result.words.append(word);
+        } else if (word == "--"_L1) {
+            onlyWords = true;
+        } else if (word == "--json"_L1) {
+            result.options.json = true;
+        } else if (word == "--follow"_L1 || word == "--no-follow"_L1) {
+            const bool follow = word == "--follow"_L1;
+            if (result.hasFollow && result.options.follow != follow) {
+                result.error = u"--follow and --no-follow exclude each other"_s;
+                return result;
+            }
+            result.hasFollow = true;
+            result.options.follow = follow;
+        } else {
+            result.error = u"there is no option %1"_s.arg(word);
+            return result;
+        }
+    }
+    return result;
+}
+
+} // namespace
+
+ParsedArguments parseArguments(const QStringList &line)
+{
+    using enum Arguments::Command;
+    const qsizetype optionsEnd = line.indexOf(u"--"_s);
+    const QStringList options = optionsEnd < 0 ? line : line.first(optionsEnd);
+    if (options.contains(u"--help"_s) || options.contains(u"-h"_s))
+        return {{.command = Help}, {}};
+    if (options.contains(u"--version"_s))
+        return {{.command = Version}, {}};
+
+    Words split = splitOptions(line);
+    if (!split.error.isEmpty())
+        return failure(split.error);
+    Arguments arguments = split.options;
+    QStringList words = split.words;
+    if (words.isEmpty())
+        return failure(u"a command is missing"_s);
+    const QString command = words.takeFirst();
+
+    if (command == "status"_L1 || command == "apps"_L1) {
+        arguments.command = command == "status"_L1 ? Status : Apps;
+    } else if (command == "flock"_L1) {
+        const QString action = words.isEmpty() ? QString() : words.takeFirst();
+        if (action != "add"_L1 && action != "remove"_L1)
+            return failure(u"flock wants add or remove"_s);
+        arguments.command = action == "add"_L1 ? FlockAdd : FlockRemove;
+        if (words.isEmpty())
+            return failure(u"flock %1 wants at least one application"_s.arg(action));
+        arguments.applications = std::exchange(words, {});
+    } else if (command == "rename"_L1) {
+        arguments.command = Rename;
+        if (words.size() < 2)
+            return failure(u"rename wants a desktop and a name"_s);
+        arguments.desktop = words.takeFirst();
+        arguments.name = words.takeFirst();
+    } else if (command == "move"_L1) {
+        arguments.command = Move;
+        if (words.isEmpty())
+            return failure(u"move wants a desktop"_s);
+        arguments.desktop = words.takeFirst();
+    } else {
+        return failure(u"there is no command %1"_s.arg(command));
+    }
+    if (!words.isEmpty())
+        return failure(u"%1 is one word too many"_s.arg(words.first()));
+    if (split.hasFollow && arguments.command != Move)
+        return failure(u"--follow and --no-follow belong to move"_s);
+    return {arguments, {}};
+}
+
+QString helpText()
+{
+    return uR"(Usage: tovelctl COMMAND [--json]
+
+Gathers the windows of your flock, the applications you chose, on one desktop.
+
+Commands:
+  status                   access, desktops, the flock and its windows
+  apps                     the applications that can join the flock
+  flock add APP…           add applications, by bundle identifier or name
+  flock remove APP…        remove applications
+  rename DESKTOP NAME      give a desktop a name; an empty one takes it away
+  move DESKTOP             move the flock to a desktop, by number or name
+    --follow, --no-follow  show that desktop afterwards, or do not, this once
+
+Options:
+  --json                   print one JSON object
+  -h, --help               print this text
+  --version                print the version
+
+Exit status: 0 done; 1 some windows are not on the desktop, or it could not be
+shown, or a choice could not be stored; 2 wrong usage; 3 nothing could be tried;
+130 interrupted.
+)"_s;
+}
+
+} // namespace tovel

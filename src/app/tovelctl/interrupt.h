@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QObject>
+
+#include <functional>
+
+class QSocketNotifier;
+
+namespace tovel {
+
+// Brings SIGINT and SIGTERM into the event loop, once: a second signal ends the program at once,
+// as if nobody had asked. One at a time.
+class Interrupt final
+{
+public:
+    // The handler is called on the thread of the event loop with the signal's number.
+    explicit Interrupt(std::function<void(int)> handler);
+    ~Interrupt();
+
+    Interrupt(const Interrupt &) = delete;
+    Interrupt &operator=(const Interrupt &) = delete;
+
+private:
+    void arrived();
+
+    std::function<void(int)> m_handler;
+    int m_pipe[2] = {-1, -1};
+    std::unique_ptr<QSocketNotifier> m_notifier;
+};
+
+} // namespace tovel

@@ -1,0 +1,216 @@
+#include "platform/linux/json_value.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QLocale>
+
+#include <cmath>
+#include <limits>
+
+namespace tovel {
+
+namespace {
+
+constexpr QLatin1StringView dataMarker("$data");
+constexpr QLatin1StringView realMarker("$real");
+constexpr QLatin1StringView unsignedMarker("$unsigned");
+constexpr QLatin1StringView dictionaryMarker("$dictionary");
+
+bool isMarker(const QString &key)
+{
+    return key == dataMarker || key == realMarker || key == unsignedMarker
+        || key == dictionaryMarker;
+}
+
+QJsonObject marked(QLatin1StringView marker, const QJsonValue &content)
+{
+    return {{marker, content}};
+}
+
+QJsonValue jsonFromReal(double real)
+{
+    // QJsonValue turns a double without a fraction into an integer, and QString loses zero's sign.
+    if (std::isfinite(real) && real != std::trunc(real))
+        return real;
+    if (real == 0 && std::signbit(real))
+        return marked(realMarker, u"-0"_qs);
+    return marked(realMarker, QString::number(real, 'g', QLocale::FloatingPointShortest));
+}
+
+QJsonValue jsonFromUnsigned(quint64 number)
+{
+    if (number <= static_cast<quint64>(std::numeric_limits<qint64>::max()))
+        return static_cast<qint64>(number);
+    return marked(unsignedMarker, QString::number(number));
+}
+
+std::optional<QJsonValue> encoded(const QVariant &value, int depth);
+
+std::optional<QJsonValue> encodedList(const QVariantList &list, int depth)
+{
+    QJsonArray array;
+    for (const QVariant &item : list) {
+        const auto json = encoded(item, depth);
+        if (!json)
+            return std::nullopt;
+        array.append(*json);
+    }
+    return array;
+}
+
+std::optional<QJsonValue> encodedMap(const QVariantMap &map, int depth)
+{
+    QJsonObject object;
+    for (auto it = map.cbegin(); it != map.cend(); ++it) {
+        const auto json = encoded(it.value(), depth);
+        if (!json)
+            return std::nullopt;
+        object.insert(it.key(), *json);
+    }
+    if (map.size() == 1 && isMarker(map.firstKey()))
+        return marked(dictionaryMarker, object);
+    return object;
+}
+
+std::optional<QJsonValue> encoded(const QVariant &value, int depth)
+{
+    if (depth > maximumDefaultsDepth)
+        return std::nullopt;
+    switch (value.typeId()) {
+    case QMetaType::Bool:
+        return value.toBool();
+    case QMetaType::Int:
+    case QMetaType::UInt:
+    case QMetaType::Short:
+    case QMetaType::UShort:
+    case QMetaType::Long:
+    case QMetaType::LongLong:
+        return value.toLongLong();
+    case QMetaType::ULong:
+    case QMetaType::ULongLong:
+        return jsonFromUnsigned(value.toULongLong());
+    case QMetaType::Float:
+    case QMetaType::Double:
+        return jsonFromReal(value.toDouble());
+    case QMetaType::QString:
+        return value.toString();
+    case QMetaType::QByteArray:
+        return marked(dataMarker, QString::fromLatin1(value.toByteArray().toBase64()));
+    case QMetaType::QStringList:
+        return depth < maximumDefaultsDepth
+            ? std::optional<QJsonValue>(QJsonArray::fromStringList(value.toStringList()))
+            : std::nullopt;
+    case QMetaType::QVariantList:
+        return encodedList(value.toList(), depth + 1);
+    case QMetaType::QVariantMap:
+        return encodedMap(value.toMap(), depth + 1);
+    default:
+        return std::nullopt;
+    }
+}
+
+std::optional<QVariant> decoded(const QJsonValue &json, int depth);
+
+std::optional<QVariantMap> decodedMap(const QJsonObject &object, int depth)
+{
+    QVariantMap map;
+    for (auto it = object.begin(); it != object.end(); ++it) {
+        auto value = decoded(it.value(), depth);
+        if (!value)
+            return std::nullopt;
+        map.insert(it.key(), *std::move(value));
+    }
+    return map;
+}
+
+std::optional<QVariant> decodedMarker(const QString &marker, const QJsonValue &content, int depth)
+{
+    if (marker == dictionaryMarker) {
+        if (!content.isObject())
+            return std::nullopt;
+        return decodedMap(content.toObject(), depth);
+    }
+    if (!content.isString())
+        return std::nullopt;
+    const QString text = content.toString();
+    bool valid = false;
+    QVariant value;
+    if (marker == dataMarker) {
+        const auto data = QByteArray::fromBase64Encoding(
+            text.toUtf8(), QByteArray::Base64Encoding | QByteArray::AbortOnBase64DecodingErrors);
+        valid = data.decodingStatus == QByteArray::Base64DecodingStatus::Ok;
+        value = data.decoded;
+    } else if (marker == realMarker) {
+        value = text.toDouble(&valid);
+    } else {
+        value = text.toULongLong(&valid);
+    }
+    return valid ? std::optional(value) : std::nullopt;
+}
+
+std::optional<QVariant> decoded(const QJsonValue &json, int depth)
+{
+    if (depth > maximumDefaultsDepth)
+        return std::nullopt;
+    switch (json.type()) {
+    case QJsonValue::Bool:
+    case QJsonValue::Double:
+    case QJsonValue::String:
+        return json.toVariant();
+    case QJsonValue::Array: {
+        QVariantList list;
+        for (const QJsonValue item : json.toArray()) {
+            auto value = decoded(item, depth + 1);
+            if (!value)
+                return std::nullopt;
+            list.append(*std::move(value));
+        }
+        return list;
+    }
+    case QJsonValue::Object: {
+        const QJsonObject object = json.toObject();
+        if (object.size() == 1 && isMarker(object.begin().key()))
+            return decodedMarker(object.begin().key(), object.begin().value(), depth + 1);
+        return decodedMap(object, depth + 1);
+    }
+    case QJsonValue::Null:
+    case QJsonValue::Undefined:
+        break;
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+std::optional<QJsonValue> jsonFromVariant(const QVariant &value) { return encoded(value, 0); }
+
+std::optional<QVariant> variantFromJson(const QJsonValue &json) { return decoded(json, 0); }
+
+std::optional<QByteArray> serializeDefaults(const QVariantMap &values)
+{
+    QJsonObject object;
+    for (auto it = values.cbegin(); it != values.cend(); ++it) {
+        const auto json = jsonFromVariant(it.value());
+        if (!json)
+            return std::nullopt;
+        object.insert(it.key(), *json);
+    }
+    const QByteArray bytes = QJsonDocument(object).toJson();
+    if (bytes.size() > maximumDefaultsSize)
+        return std::nullopt;
+    return bytes;
+}
+
+std::optional<QVariantMap> parseDefaults(QByteArrayView bytes)
+{
+    if (bytes.size() > maximumDefaultsSize)
+        return std::nullopt;
+    const auto document
+        = QJsonDocument::fromJson(QByteArray::fromRawData(bytes.data(), bytes.size()));
+    if (!document.isObject())
+        return std::nullopt;
+    return decodedMap(document.object(), 0);
+}
+
+} // namespace tovel

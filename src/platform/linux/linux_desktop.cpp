@@ -1,0 +1,24 @@
+#include "platform/linux/linux_desktop.h"
+
+namespace tovel {
+
+LinuxDesktop::LinuxDesktop(std::unique_ptr<DesktopSession> session)
+    : m_session(std::move(session))
+    , m_applications(
+          m_session ? std::optional<SessionApplications>(std::in_place, *m_session, m_installed)
+                    : std::nullopt)
+    , m_accessibility(applications())
+    , m_windowServer(applications(), m_accessibility)
+    , m_quartz(applications())
+    , m_userDefaults(m_session.get())
+    , m_workspace(applications(), m_installed, m_clock)
+{
+    if (m_session)
+        m_clock.setWakeHandler([this] { m_session->invalidate(); });
+}
+
+LinuxDesktop::~LinuxDesktop() = default;
+
+QStringList LinuxDesktop::limits() const { return m_session ? m_session->limits() : QStringList(); }
+
+} // namespace tovel

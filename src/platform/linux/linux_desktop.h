@@ -1,0 +1,65 @@
+#pragma once
+
+#include "platform/application.h"
+#include "platform/linux/boottime_clock.h"
+#include "platform/linux/installed_applications.h"
+#include "platform/linux/linux_accessibility.h"
+#include "platform/linux/linux_quartz.h"
+#include "platform/linux/linux_user_defaults.h"
+#include "platform/linux/linux_window_server.h"
+#include "platform/linux/linux_workspace.h"
+#include "platform/linux/no_hot_keys.h"
+#include "platform/linux/session_applications.h"
+#include "platform/platform.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace tovel {
+
+// The platform over a running Linux session. Without a session every operation has its neutral
+// result, but for the user defaults, the clock, and finding and launching applications. To be made
+// after the QCoreApplication; one at a time.
+class LinuxDesktop final : public Platform, private Application
+{
+public:
+    // The session may be null.
+    explicit LinuxDesktop(std::unique_ptr<DesktopSession> session);
+    ~LinuxDesktop() override;
+
+    DynamicLoader &loader() override { return m_windowServer; }
+    Accessibility &accessibility() override { return m_accessibility; }
+    Quartz &quartz() override { return m_quartz; }
+    Workspace &workspace() override { return m_workspace; }
+    UserDefaultsDomains &userDefaults() override { return m_userDefaults; }
+    Clock &clock() override { return m_clock; }
+    HotKeys &hotKeys() override { return m_hotKeys; }
+    Application &application() override { return *this; }
+
+    bool hasSession() const { return m_session != nullptr; }
+
+    // What a user of this session has to know that it cannot do; a sentence each.
+    QStringList limits() const;
+
+    // Answers Application::hasVisibleWindow; false without one.
+    void setVisibleWindowTest(std::function<bool()> test) { m_hasVisibleWindow = std::move(test); }
+
+private:
+    bool hasVisibleWindow() const override { return m_hasVisibleWindow && m_hasVisibleWindow(); }
+    SessionApplications *applications() { return m_applications ? &*m_applications : nullptr; }
+
+    std::unique_ptr<DesktopSession> m_session;
+    InstalledApplications m_installed;
+    std::optional<SessionApplications> m_applications;
+    BoottimeClock m_clock;
+    LinuxAccessibility m_accessibility;
+    LinuxWindowServer m_windowServer;
+    LinuxQuartz m_quartz;
+    LinuxUserDefaults m_userDefaults;
+    NoHotKeys m_hotKeys;
+    LinuxWorkspace m_workspace;
+    std::function<bool()> m_hasVisibleWindow;
+};
+
+} // namespace tovel

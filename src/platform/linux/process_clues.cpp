@@ -1,0 +1,162 @@
+#include "platform/linux/process_clues.h"
+
+#include <QFile>
+#include <QRegularExpression>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <time.h>
+#include <unistd.h>
+
+namespace tovel {
+
+namespace {
+
+constexpr qsizetype maximumFileSize = 256 * 1024; // bytes
+constexpr qsizetype maximumClueLength = 256;
+
+QByteArray readSmallFile(const QByteArray &path)
+{
+    // A sandbox may have put a pipe or a link there.
+    const int descriptor = ::open(path.constData(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC);
+    if (descriptor < 0)
+        return {};
+    QFile file;
+    file.open(descriptor, QIODevice::ReadOnly | QIODevice::Unbuffered, QFile::AutoCloseHandle);
+    struct stat status
+    {
+    };
+    if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode))
+        return {};
+    return file.read(maximumFileSize);
+}
+
+QByteArray linkTarget(const QByteArray &path)
+{
+    QByteArray target(4096, '\0');
+    const auto length
+        = ::readlink(path.constData(), target.data(), static_cast<std::size_t>(target.size()));
+    return length > 0 ? target.first(length) : QByteArray();
+}
+
+QString executableName(const QByteArray &path)
+{
+    QByteArray name = path.mid(path.lastIndexOf('/') + 1);
+    // The kernel's mark of a file that was replaced while it runs, as by an upgrade.
+    if (name.endsWith(" (deleted)"))
+        name.chop(10);
+    return cleanClue(QString::fromLocal8Bit(name));
+}
+
+QDateTime timeOfTicks(std::uint64_t ticks)
+{
+    const auto milliseconds = [](clockid_t clock) {
+        timespec now{};
+        ::clock_gettime(clock, &now);
+        return static_cast<qint64>(now.tv_sec) * 1000 + now.tv_nsec / 1'000'000;
+    };
+    const auto ticksPerSecond = static_cast<std::uint64_t>(::sysconf(_SC_CLK_TCK));
+    const qint64 sinceBoot = static_cast<qint64>(ticks / ticksPerSecond * 1000
+                                                 + ticks % ticksPerSecond * 1000 / ticksPerSecond);
+    const qint64 boot = milliseconds(CLOCK_REALTIME) - milliseconds(CLOCK_BOOTTIME);
+    return QDateTime::fromMSecsSinceEpoch((boot + sinceBoot) / 10 * 10);
+}
+
+} // namespace
+
+ProcessClues readProcessClues(std::int32_t pid)
+{
+    ProcessClues clues;
+    if (pid <= 0)
+        return clues;
+    const QByteArray folder = "/proc/" + QByteArray::number(pid);
+    clues.executable = executableName(linkTarget(folder + "/exe"));
+    if (const auto ticks = startTicksFromStat(readSmallFile(folder + "/stat")))
+        clues.startTime = timeOfTicks(*ticks);
+    clues.sandboxId = flatpakIdFromInfo(readSmallFile(folder + "/root/.flatpak-info"));
+    if (clues.sandboxId.isEmpty())
+        clues.sandboxId = snapIdFromCgroup(readSmallFile(folder + "/cgroup"));
+    clues.launchedDesktopFile
+        = launchedDesktopFileFromEnvironment(readSmallFile(folder + "/environ"), pid);
+    return clues;
+}
+
+QString cleanClue(QStringView text)
+{
+    QString clean;
+    for (const QChar character : text.first(qMin(text.size(), 4 * maximumClueLength))) {
+        switch (character.category()) {
+        case QChar::Other_Control:
+        case QChar::Other_Format:
+        case QChar::Separator_Line:
+        case QChar::Separator_Paragraph:
+            break;
+        default:
+            clean.append(character);
+        }
+    }
+    if (clean.size() > maximumClueLength) {
+        clean.truncate(maximumClueLength);
+        if (clean.back().isHighSurrogate())
+            clean.chop(1);
+    }
+    return clean;
+}
+
+std::optional<std::uint64_t> startTicksFromStat(QByteArrayView stat)
+{
+    // The second field is the program's name in parentheses, blanks and parentheses included.
+    const qsizetype nameEnd = stat.lastIndexOf(')');
+    if (nameEnd < 0)
+        return std::nullopt;
+    constexpr qsizetype startTimeAfterName = 22 - 2 - 1;
+    const auto fields = stat.sliced(nameEnd + 1).trimmed().toByteArray().split(' ');
+    if (fields.size() <= startTimeAfterName)
+        return std::nullopt;
+    bool valid = false;
+    const qulonglong ticks = fields[startTimeAfterName].toULongLong(&valid);
+    return valid ? std::optional<std::uint64_t>(ticks) : std::nullopt;
+}
+
+QString flatpakIdFromInfo(QByteArrayView info)
+{
+    bool inApplication = false;
+    for (const QByteArray &line : info.toByteArray().split('\n')) {
+        const QByteArray trimmed = line.trimmed();
+        if (trimmed.startsWith('['))
+            inApplication = trimmed == "[Application]";
+        else if (inApplication && trimmed.startsWith("name="))
+            return cleanClue(QString::fromUtf8(trimmed.mid(5)));
+    }
+    return {};
+}
+
+QString snapIdFromCgroup(QByteArrayView cgroup)
+{
+    // The application's name ends at a dot or at the identifier of this run.
+    static const QRegularExpression pattern(
+        u"/snap\\.([a-z0-9-]+(?:_[a-z0-9]+)?)\\.([A-Za-z0-9-]+?)"
+        "(?:-[0-9a-f]{8}(?:-[0-9a-f]{4}){3}-[0-9a-f]{12})?(?:[./]|$)"_qs,
+        QRegularExpression::MultilineOption);
+    const auto match = pattern.match(QString::fromLatin1(cgroup));
+    if (!match.hasMatch() || match.captured(2) == u"hook")
+        return {};
+    return cleanClue(match.captured(1) + u'_' + match.captured(2));
+}
+
+QString launchedDesktopFileFromEnvironment(QByteArrayView environment, std::int32_t pid)
+{
+    QByteArray file;
+    QByteArray launchedPid;
+    for (const QByteArray &variable : environment.toByteArray().split('\0')) {
+        if (variable.startsWith("GIO_LAUNCHED_DESKTOP_FILE="))
+            file = variable.mid(26);
+        else if (variable.startsWith("GIO_LAUNCHED_DESKTOP_FILE_PID="))
+            launchedPid = variable.mid(30);
+    }
+    if (launchedPid != QByteArray::number(pid))
+        return {};
+    return cleanClue(QString::fromLocal8Bit(file));
+}
+
+} // namespace tovel

@@ -1,0 +1,164 @@
+#pragma once
+
+#include "platform/linux/x11/properties.h"
+
+#include <QByteArray>
+#include <QRectF>
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <span>
+#include <vector>
+
+struct xcb_connection_t;
+class QSocketNotifier;
+
+namespace tovel::x11 {
+
+// The atoms this driver uses, in the order of their names in connection.cpp.
+enum class Name : std::size_t {
+    NetSupported,
+    NetSupportingWmCheck,
+    NetNumberOfDesktops,
+    NetCurrentDesktop,
+    NetClientList,
+    NetClientListStacking,
+    NetActiveWindow,
+    NetRestackWindow,
+    NetWmDesktop,
+    NetWmState,
+    NetWmStateHidden,
+    NetWmStateFullscreen,
+    NetWmStateSkipTaskbar,
+    NetWmName,
+    NetWmPid,
+    NetWmWindowType,
+    TypeDesktop,
+    TypeDock,
+    TypeToolbar,
+    TypeMenu,
+    TypeUtility,
+    TypeSplash,
+    TypeDialog,
+    TypeDropdownMenu,
+    TypePopupMenu,
+    TypeTooltip,
+    TypeNotification,
+    TypeCombo,
+    TypeDnd,
+    TypeNormal,
+    Utf8String,
+    WmName,
+    WmClass,
+    WmTransientFor,
+    WmClientMachine,
+    GtkApplicationId,
+    KdeDesktopFile,
+    Timestamp,
+    Count,
+};
+
+struct PropertyRequest
+{
+    Window window = 0;
+    Atom atom = 0;
+    std::uint32_t maximumLength = 0; // in 32-bit units
+};
+
+// What the core protocol and X-Resource know of a client window.
+struct WindowFacts
+{
+    bool exists = false;
+    QRectF frame; // in root coordinates
+    std::int32_t process = 0; // of the client, 0 when it is not on this machine
+};
+
+struct Monitor
+{
+    std::uint32_t id = 0; // of its first output; never 0
+    QString name;
+    QRectF bounds;
+    bool primary = false;
+};
+
+struct Event
+{
+    enum class Kind { PropertyChanged, FrameChanged, Destroyed, MonitorsChanged };
+
+    Kind kind;
+    Window window = 0;
+    Atom atom = 0;
+    std::uint32_t time = 0;
+};
+
+// One connection to an X server. Batches are pipelined: however long, each costs one wait. When
+// the server goes away, everything answers empty and isAlive() says so; nothing throws or blocks.
+class Connection final
+{
+public:
+    // Null when the display cannot be reached. The display name may be empty: the environment's.
+    static std::unique_ptr<Connection> open(const QByteArray &display);
+    ~Connection();
+
+    Connection(const Connection &) = delete;
+    Connection &operator=(const Connection &) = delete;
+
+    bool isAlive() const;
+    Window root() const { return m_root; }
+    Atom atom(Name name) const { return m_atoms[static_cast<std::size_t>(name)]; }
+
+    // How often a call has waited for the server's answer so far.
+    std::uint64_t roundTrips() const { return m_roundTrips; }
+
+    // Waits until the server has handled everything sent; every event that happened before is
+    // then in the queue.
+    void synchronize();
+
+    std::vector<Property> readProperties(std::span<const PropertyRequest> requests);
+    std::vector<WindowFacts> readFacts(std::span<const Window> windows);
+    std::vector<Monitor> readMonitors();
+
+    // Asks for events of property changes, geometry changes and destruction. The window may be
+    // gone already.
+    void watch(Window window);
+
+    // The events that have arrived, oldest first. Does not wait.
+    std::vector<Event> takeEvents();
+
+    // Called from the event loop when there may be events to take, and when the server is gone.
+    void setReadableHandler(std::function<void()> handler);
+
+    // A client message to the root window, as EWMH asks for requests to the manager.
+    bool sendToManager(Window window, Atom message, const std::array<std::uint32_t, 5> &data);
+
+    // The server's current time, from a property change of our own; 0 when it is gone.
+    std::uint32_t serverTime();
+
+    std::optional<QPointF> cursorPosition();
+    void moveCursor(QPointF position);
+
+private:
+    explicit Connection(xcb_connection_t *connection);
+
+    bool setUp(int screen);
+    template <typename Cookie>
+    void countWait(Cookie cookie);
+
+    xcb_connection_t *m_connection;
+    Window m_root = 0;
+    QRectF m_rootBounds;
+    Window m_ownWindow = 0;
+    bool m_hasResources = false;
+    bool m_hasMonitors = false;
+    std::uint8_t m_randrEvents = 0;
+    std::array<Atom, static_cast<std::size_t>(Name::Count)> m_atoms{};
+    std::uint64_t m_roundTrips = 0;
+    unsigned m_answeredThrough = 0;
+    std::vector<Event> m_pending;
+    std::unique_ptr<QSocketNotifier> m_notifier;
+    std::function<void()> m_readableHandler;
+};
+
+} // namespace tovel::x11

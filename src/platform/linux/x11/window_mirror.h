@@ -1,0 +1,101 @@
+#pragma once
+
+#include "platform/linux/desktop_session.h"
+#include "platform/linux/x11/connection.h"
+
+#include <QHash>
+#include <QSet>
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace tovel::x11 {
+
+// What the root window says of the manager and its desktops (EWMH).
+struct RootState
+{
+    bool hasManager = false; // _NET_SUPPORTING_WM_CHECK names a window that is there
+    QString managerName;
+    QSet<Atom> supported;
+    std::uint32_t desktopCount = 0;
+    std::uint32_t currentDesktop = 0;
+    bool hasCurrentDesktop = false;
+    std::uint32_t activeWindow = 0;
+
+    bool operator==(const RootState &) const = default;
+};
+
+// More desktops than any manager offers; a count above is cut to it.
+inline constexpr std::uint32_t MaximumDesktops = 256;
+
+// The value of _NET_WM_DESKTOP that means every desktop.
+inline constexpr std::uint32_t AllDesktops = 0xFFFFFFFF;
+
+struct MirroredWindow
+{
+    SessionWindow window; // without its workspaces, which depend on the count of desktops
+    std::optional<std::uint32_t> desktop;
+    std::vector<Atom> types; // _NET_WM_WINDOW_TYPE
+    std::optional<std::int32_t> claimedProcess; // _NET_WM_PID
+    std::int32_t serverProcess = 0; // X-Resource
+    bool isLocalMachine = false;
+    bool exists = false;
+};
+
+// A picture of the root window's and every client window's properties, kept true by events: it
+// asks the server only for what has changed. Costs one wait when nothing has, and a few more for
+// any number of changes.
+class WindowMirror final
+{
+public:
+    explicit WindowMirror(Connection &connection);
+
+    // Makes the picture true as of now.
+    void update();
+
+    // Takes note of the events that have arrived, without asking the server for anything. True when
+    // the root window's state may have changed.
+    bool collectEvents();
+
+    // Changes with the picture.
+    std::uint64_t revision() const { return m_revision; }
+
+    const RootState &root() const { return m_rootState; }
+
+    // In the manager's mapping order, oldest first; windows that are gone left out.
+    const std::vector<Window> &clients() const { return m_clients; }
+
+    // Bottom to top; the mapping order where the manager does not tell.
+    const std::vector<Window> &stacking() const { return m_stacking; }
+
+    // Null for a window that is no client or is gone.
+    const MirroredWindow *window(Window id) const;
+
+    const std::vector<Monitor> &monitors() const { return m_monitors; }
+
+private:
+    void refreshRoot();
+    void refreshClients();
+    bool isDirty() const;
+    void apply(MirroredWindow &window, Atom atom, const Property &property);
+
+    Connection &m_connection;
+    std::uint64_t m_revision = 1;
+    RootState m_rootState;
+    Window m_checkWindow = 0;
+    std::vector<Window> m_listedClients;
+    std::vector<Window> m_listedStacking;
+    std::vector<Window> m_clients;
+    std::vector<Window> m_stacking;
+    QHash<Window, MirroredWindow> m_windows;
+    std::vector<Monitor> m_monitors;
+
+    bool m_rootDirty = true;
+    bool m_clientsDirty = true;
+    bool m_monitorsDirty = true;
+    QHash<Window, QSet<Atom>> m_dirtyProperties;
+    QSet<Window> m_dirtyFacts;
+};
+
+} // namespace tovel::x11

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "platform/linux/desktop_session.h"
+
+#include <QByteArray>
+#include <QObject>
+
+#include <memory>
+
+namespace tovel::x11 {
+
+class Connection;
+class WindowMirror;
+
+// A session of X11 with a window manager that follows the Extended Window Manager Hints. The
+// manager's desktops are one row, of one output named "Main": EWMH knows no other.
+class X11Session final : public DesktopSession
+{
+public:
+    // Null when no X server answers on the display (empty: the environment's).
+    static std::unique_ptr<X11Session> open(const QByteArray &display);
+    ~X11Session() override;
+
+    void invalidate() override;
+    std::uint64_t revision() override;
+    bool hasManager() override;
+    bool isControllable() override;
+    QList<SessionScreen> screens() override;
+    QList<SessionOutput> outputs() override;
+    const QList<SessionWindow> &windows() override;
+    QList<std::uint32_t> stackingOrder() override;
+    std::uint32_t activeWindow() override;
+    bool moveWindow(std::uint32_t window, std::uint64_t workspace) override;
+    bool showWorkspace(std::uint64_t workspace) override;
+    bool activateWindow(std::uint32_t window) override;
+    bool raiseWindow(std::uint32_t window) override;
+    bool activationShowsWorkspace() override;
+    std::optional<QPointF> cursorPosition() override;
+    void moveCursor(QPointF position) override;
+    QStringList limits() override;
+    void setShownWorkspaceHandler(std::function<void()> handler) override;
+
+    // How often a call has waited for the server's answer so far.
+    std::uint64_t roundTrips() const;
+
+private:
+    explicit X11Session(std::unique_ptr<Connection> connection);
+
+    WindowMirror &current();
+    bool shownWorkspaceChanged() const;
+    void noticeShownWorkspace();
+
+    std::unique_ptr<Connection> m_connection;
+    std::unique_ptr<WindowMirror> m_mirror;
+    bool m_isStale = true;
+    std::uint64_t m_listedRevision = 0;
+    QList<SessionWindow> m_windows;
+    std::optional<std::uint32_t> m_notifiedDesktop;
+    std::function<void()> m_shownWorkspaceHandler;
+    QObject m_context;
+};
+
+} // namespace tovel::x11

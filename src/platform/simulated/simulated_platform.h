@@ -1,0 +1,60 @@
+#pragma once
+
+#include "platform/application.h"
+#include "platform/platform.h"
+#include "platform/simulated/simulated_accessibility.h"
+#include "platform/simulated/simulated_hot_keys.h"
+#include "platform/simulated/simulated_loader.h"
+#include "platform/simulated/simulated_quartz.h"
+#include "platform/simulated/simulated_state.h"
+#include "platform/simulated/simulated_workspace.h"
+
+namespace tovel {
+
+class SimulatedApplication final : public Application
+{
+public:
+    explicit SimulatedApplication(const SimulatedState &state)
+        : m_state(state)
+    { }
+
+    bool hasVisibleWindow() const override { return m_state.world.visibleWindow; }
+
+private:
+    const SimulatedState &m_state;
+};
+
+// The contract, answered from one state.
+class SimulatedPlatform final : public Platform
+{
+public:
+    explicit SimulatedPlatform(SimulatedState &state)
+        : m_state(state)
+        , m_loader(state)
+        , m_accessibility(state)
+        , m_quartz(state)
+        , m_workspace(state)
+        , m_hotKeys(state)
+        , m_application(state)
+    { }
+
+    DynamicLoader &loader() override { return m_loader; }
+    Accessibility &accessibility() override { return m_accessibility; }
+    Quartz &quartz() override { return m_quartz; }
+    Workspace &workspace() override { return m_workspace; }
+    UserDefaultsDomains &userDefaults() override { return m_state.userDefaults; }
+    Clock &clock() override { return m_state.clock; }
+    HotKeys &hotKeys() override { return m_hotKeys; }
+    Application &application() override { return m_application; }
+
+private:
+    SimulatedState &m_state;
+    SimulatedLoader m_loader;
+    SimulatedAccessibility m_accessibility;
+    SimulatedQuartz m_quartz;
+    SimulatedWorkspace m_workspace;
+    SimulatedHotKeys m_hotKeys;
+    SimulatedApplication m_application;
+};
+
+} // namespace tovel

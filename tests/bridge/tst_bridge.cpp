@@ -1,0 +1,476 @@
+#include "bridge/bridge.h"
+#include "platform/simulated/simulated_desktop.h"
+
+#include <QTest>
+
+#include <algorithm>
+
+using namespace tovel;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr std::int32_t pid = 500;
+
+// One display with desktops 10 and 11, and one application with window 101 on 10.
+struct World
+{
+    World()
+        : installation(desktop.platform())
+    {
+        desktop.addDisplay({.identifier = u"A"_s,
+                            .number = 1,
+                            .bounds = QRectF(0, 0, 1920, 1080),
+                            .spaces = {{.id = 10}, {.id = 11}},
+                            .currentSpace = 10});
+        desktop.addApplication(
+            {.pid = pid, .bundleIdentifier = u"org.example.Notes"_s, .launchDate = started(1)});
+        desktop.addWindow({.number = 101, .pid = pid, .spaces = {10}});
+    }
+
+    static QDateTime started(int second) { return QDateTime::fromSecsSinceEpoch(second); }
+
+    QList<std::uint32_t> numbers() const
+    {
+        QList<std::uint32_t> result;
+        for (const AXUIElementRef &element : TApplicationWindows(pid))
+            result.append(TWindowID(element));
+        std::sort(result.begin(), result.end());
+        return result;
+    }
+
+    AXUIElementRef element() const { return TApplicationWindows(pid).value(0); }
+
+    SimulatedDesktop desktop;
+    PlatformInstallation installation;
+};
+
+QList<std::uint64_t> range(std::uint64_t first, std::uint64_t end)
+{
+    QList<std::uint64_t> result;
+    for (; first < end; ++first)
+        result.append(first);
+    return result;
+}
+
+using Numbers = QList<std::uint32_t>;
+using WindowChange = std::function<void(SimulatedDesktop &)>;
+
+} // namespace
+
+class TestBridge : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void bindsOnceInOrder();
+    void missingSymbol_data();
+    void missingSymbol();
+    void nullRepliesAreNeutral();
+    void inventory_data();
+    void inventory();
+    void orderedOut();
+    void identification_data();
+    void identification();
+    void untrustedOrEndedProcessHasNoWindows();
+    void keepsWhatItFoundUntilItChanges();
+    void probesWithinItsBounds();
+    void boundsTheCallsOnElements();
+    void readsAttributes();
+    void move_data();
+    void move();
+    void desktopStep_data();
+    void desktopStep();
+};
+
+void TestBridge::bindsOnceInOrder()
+{
+    World world;
+    QVERIFY(TAvailable());
+    const QStringList lookups{
+        u"dlopen /System/Library/PrivateFrameworks/SkyLight.framework/SkyLight"_s,
+        u"dlsym SLSMainConnectionID"_s,
+        u"dlsym SLSCopyManagedDisplaySpaces"_s,
+        u"dlsym SLSCopySpacesForWindows"_s,
+        u"dlsym SLSSpaceSetCompatID"_s,
+        u"dlsym SLSSetWindowListWorkspace"_s,
+        u"dlsym SLSWindowIsOrderedIn"_s,
+        u"dlsym SLSCopyWindowsWithOptionsAndTags"_s,
+        u"dlsym _AXUIElementGetWindow"_s,
+    };
+    QCOMPARE(world.desktop.takeLookups(), lookups);
+
+    world.desktop.dropSymbol("SLSMainConnectionID");
+    QVERIFY(TAvailable());
+    QCOMPARE(TDisplays().size(), 1);
+    QCOMPARE(world.desktop.takeLookups(), QStringList());
+
+    {
+        SimulatedDesktop other;
+        other.world().frameworkPresent = false;
+        const PlatformInstallation installation(other.platform());
+        QVERIFY(!TAvailable());
+        QCOMPARE(TMove(101, 11), kBridgeUnavailable);
+    }
+    QVERIFY(!TAvailable()); // bound anew, without the symbol
+}
+
+void TestBridge::missingSymbol_data()
+{
+    QTest::addColumn<QByteArray>("symbol");
+    QTest::addColumn<QString>("left"); // a letter per function that still answers
+
+    const auto row = [](const char *symbol, const QString &left) {
+        QTest::newRow(symbol) << QByteArray(symbol) << left;
+    };
+    row("none", u"available displays spaces ordered inventory number move"_s);
+    row("SLSMainConnectionID", u"number"_s);
+    row("SLSCopyManagedDisplaySpaces", u"spaces ordered number"_s);
+    row("SLSCopySpacesForWindows", u"displays ordered inventory number"_s);
+    row("SLSSpaceSetCompatID", u"displays spaces ordered inventory number"_s);
+    row("SLSSetWindowListWorkspace", u"displays spaces ordered inventory number"_s);
+    row("SLSWindowIsOrderedIn", u"available displays spaces inventory number move"_s);
+    row("SLSCopyWindowsWithOptionsAndTags", u"available displays spaces ordered number move"_s);
+    row("_AXUIElementGetWindow", u"displays spaces ordered inventory"_s);
+    row("_AXUIElementCreateWithRemoteToken",
+        u"available displays spaces ordered inventory number move"_s);
+    row(SimulatedDesktop::submitMoveSymbol(),
+        u"available displays spaces ordered inventory number move"_s);
+}
+
+void TestBridge::missingSymbol()
+{
+    QFETCH(QByteArray, symbol);
+    QFETCH(QString, left);
+
+    World world;
+    world.desktop.addWindow({.number = 102, .pid = pid, .spaces = {}, .orderedIn = false});
+    world.desktop.dropSymbol(symbol);
+    const auto elements = world.desktop.platform().accessibility().AXUIElementCopyAttributeValue(
+        world.desktop.platform().accessibility().AXUIElementCreateApplication(pid), u"AXWindows"_s);
+    const auto element = elements.value.toList().value(0).value<AXUIElementRef>();
+
+    QStringList answers;
+    const auto note = [&](const QString &name, bool answered) {
+        if (answered)
+            answers.append(name);
+    };
+    note(u"available"_s, TAvailable());
+    note(u"displays"_s, !TDisplays().isEmpty());
+    note(u"spaces"_s, TWindowSpaces(101) == QVariantList{quint64(10)});
+    note(u"ordered"_s, TWindowIsOrderedOut(102));
+    note(u"inventory"_s, !TWindowInventory().isEmpty());
+    note(u"number"_s, TWindowID(element) == 101);
+    note(u"move"_s, TMove(101, 11) == 0);
+    QCOMPARE(answers.join(u' '), left);
+}
+
+void TestBridge::nullRepliesAreNeutral()
+{
+    World world;
+    const QList<QPair<QByteArray, std::function<bool()>>> calls{
+        {"SLSCopyManagedDisplaySpaces", [] { return TDisplays().isEmpty(); }},
+        {"SLSCopySpacesForWindows", [] { return TWindowSpaces(101).isEmpty(); }},
+        {"SLSCopyWindowsWithOptionsAndTags 7", [] { return TWindowInventory().isEmpty(); }},
+        {"SLSCopyWindowsWithOptionsAndTags 2", [] { return TWindowInventory().isEmpty(); }},
+        {"CGWindowListCopyWindowInfo", [] { return TWindowInventory().isEmpty(); }},
+    };
+    for (const auto &[call, isEmpty] : calls) {
+        QVERIFY2(!isEmpty(), call.constData());
+        world.desktop.replaceReply(call, std::nullopt);
+        QVERIFY2(isEmpty(), call.constData());
+        world.desktop.restoreReply(call);
+    }
+    const QVariantList malformed{u"text"_s, QVariantMap(), QVariantMap{{u"Spaces"_s, 7}}};
+    world.desktop.replaceReply("SLSCopyManagedDisplaySpaces", malformed);
+    world.desktop.replaceReply("CGWindowListCopyWindowInfo", malformed);
+    QCOMPARE(TWindowInventory(), QVariantList());
+}
+
+void TestBridge::inventory_data()
+{
+    QTest::addColumn<WindowChange>("change");
+    QTest::addColumn<int>("minimized"); // -1 for a window that is left out
+
+    const auto row = [](const char *name, int minimized, const WindowChange &change) {
+        QTest::newRow(name) << change << minimized;
+    };
+    row("ordinary", 0, [](auto &) {});
+    row("minimized", 1, [](auto &desktop) { desktop.window(101).minimized = true; });
+    row("31 points wide", -1, [](auto &desktop) { desktop.window(101).frame.setWidth(31); });
+    row("31 points high", -1, [](auto &desktop) { desktop.window(101).frame.setHeight(31); });
+    row("32 points", 0, [](auto &desktop) { desktop.window(101).frame = QRectF(0, 0, 32, 32); });
+    row("other layer", -1, [](auto &desktop) { desktop.window(101).layer = 3; });
+    row("on no desktop", -1, [](auto &desktop) { desktop.window(101).spaces.clear(); });
+    row("ordered out", -1, [](auto &desktop) { desktop.window(101).orderedIn = false; });
+    row("ordered out, hidden application", 0, [](auto &desktop) {
+        desktop.window(101).orderedIn = false;
+        desktop.application(pid).hidden = true;
+    });
+    row("order unknown", 0, [](auto &desktop) {
+        desktop.window(101).orderedIn = false;
+        desktop.window(101).orderedInStatus = 5;
+    });
+    row("order not asked", 0, [](auto &desktop) {
+        desktop.window(101).orderedIn = false;
+        desktop.dropSymbol("SLSWindowIsOrderedIn");
+    });
+}
+
+void TestBridge::inventory()
+{
+    QFETCH(WindowChange, change);
+    QFETCH(int, minimized);
+
+    World world;
+    world.desktop.addWindow({.number = 102, .pid = pid, .spaces = {11}});
+    change(world.desktop);
+    QVariantList expected;
+    if (minimized >= 0)
+        expected.append(QVariantMap{{u"id"_s, 101U}, {u"pid"_s, pid}, {u"minimized"_s, minimized}});
+    expected.append(QVariantMap{{u"id"_s, 102U}, {u"pid"_s, pid}, {u"minimized"_s, 0}});
+    QCOMPARE(TWindowInventory(), expected);
+    QCOMPARE(world.desktop.calls("CGWindowListCopyWindowInfo"), 1);
+}
+
+void TestBridge::orderedOut()
+{
+    World world;
+    QVERIFY(!TWindowIsOrderedOut(101));
+    world.desktop.window(101).orderedIn = false;
+    QVERIFY(TWindowIsOrderedOut(101));
+    world.desktop.window(101).orderedInStatus = 1;
+    QVERIFY(!TWindowIsOrderedOut(101));
+}
+
+void TestBridge::identification_data()
+{
+    QTest::addColumn<WindowChange>("change");
+    QTest::addColumn<Numbers>("numbers");
+
+    const auto row = [](const char *name, const Numbers &numbers, const WindowChange &change) {
+        QTest::newRow(name) << change << numbers;
+    };
+    row("standard windows", {101, 102}, [](auto &) {});
+    row("dialog", {101, 102}, [](auto &d) { d.window(101).subrole = u"AXDialog"_s; });
+    row("other subrole", {102}, [](auto &d) { d.window(101).subrole = u"AXFloatingWindow"_s; });
+    row("no subrole", {102}, [](auto &d) { d.window(101).subrole.reset(); });
+    row("subrole unreadable", {102}, [](auto &d) {
+        d.window(101).attributes[u"AXSubrole"_s] = {kAXErrorFailure, u"AXDialog"_s};
+    });
+    row("no number", {102}, [](auto &d) { d.window(101).elementNumber = 0; });
+    row("same number twice", {102}, [](auto &d) { d.window(101).elementNumber = 102; });
+    row("other owner", {102}, [](auto &d) {
+        d.window(101).elementPid = AXProcessIdentifier{kAXErrorSuccess, pid + 1};
+    });
+    row("owner unreadable", {102}, [](auto &d) {
+        d.window(101).elementPid = AXProcessIdentifier{kAXErrorFailure, pid};
+    });
+    row("not listed", {102}, [](auto &d) { d.window(101).listed = false; });
+    row("not listed, main", {101, 102}, [](auto &d) {
+        d.window(101).listed = false;
+        d.application(pid).mainWindow = 101;
+    });
+    row("not listed, focused", {101, 102}, [](auto &d) {
+        d.window(101).listed = false;
+        d.application(pid).focusedWindow = 101;
+    });
+    row("found by probing", {101, 102}, [](auto &d) {
+        d.window(101).listed = false;
+        d.window(101).remoteElement = 1151;
+    });
+    row("beyond the probes", {102}, [](auto &d) {
+        d.window(101).listed = false;
+        d.window(101).remoteElement = 1152;
+    });
+    row("probing impossible", {102}, [](auto &d) {
+        d.window(101).listed = false;
+        d.window(101).remoteElement = 1;
+        d.dropSymbol("_AXUIElementCreateWithRemoteToken");
+    });
+    row("list of another kind", {}, [](auto &d) {
+        d.application(pid).attributes[u"AXWindows"_s] = {kAXErrorSuccess, u"text"_s};
+    });
+    row("items of another kind", {}, [](auto &d) {
+        d.application(pid).attributes[u"AXWindows"_s]
+            = {kAXErrorSuccess, QVariantList{7, QVariant(), u"text"_s}};
+    });
+}
+
+void TestBridge::identification()
+{
+    QFETCH(WindowChange, change);
+    QFETCH(Numbers, numbers);
+
+    World world;
+    world.desktop.addWindow({.number = 102, .pid = pid, .spaces = {11}});
+    change(world.desktop);
+    QCOMPARE(world.numbers(), numbers);
+    QCOMPARE(TWindowID(nullptr), 0U);
+}
+
+void TestBridge::untrustedOrEndedProcessHasNoWindows()
+{
+    World world;
+    world.desktop.world().trusted = false;
+    QCOMPARE(world.numbers(), Numbers());
+    QCOMPARE(world.desktop.takeProbes(pid), QList<std::uint64_t>());
+    world.desktop.world().trusted = true;
+    QCOMPARE(world.numbers(), Numbers{101});
+    world.desktop.takeProbes(pid);
+    world.desktop.quit(pid);
+    QCOMPARE(world.numbers(), Numbers());
+    QCOMPARE(world.desktop.takeProbes(pid), QList<std::uint64_t>());
+}
+
+void TestBridge::keepsWhatItFoundUntilItChanges()
+{
+    World world;
+    world.desktop.addWindow({.number = 102, .pid = pid, .listed = false, .remoteElement = 200});
+    QCOMPARE(world.numbers(), (Numbers{101, 102}));
+    world.desktop.window(102).remoteElement.reset(); // only the first call could find it
+    QCOMPARE(world.numbers(), (Numbers{101, 102}));
+    world.desktop.window(102).elementNumber = 103;
+    QCOMPARE(world.numbers(), Numbers{101});
+    world.desktop.window(102).elementNumber.reset();
+    QCOMPARE(world.numbers(), Numbers{101});
+}
+
+void TestBridge::probesWithinItsBounds()
+{
+    World world;
+    const auto probes = [&] {
+        TApplicationWindows(pid);
+        return world.desktop.takeProbes(pid);
+    };
+    QCOMPARE(probes(), range(0, 1152));
+    QCOMPARE(probes(), range(0, 128) + range(1152, 2176));
+
+    // A start of its own after the process was replaced by another with its number.
+    world.desktop.quit(pid);
+    world.desktop.addApplication({.pid = pid, .launchDate = World::started(2)});
+    world.desktop.world().probeCost = 0.06;
+    QCOMPARE(probes(), range(0, 1));
+    world.desktop.world().probeCost = 0.00059;
+    QCOMPARE(probes(), range(0, 102));
+
+    world.desktop.world().probeCost = 0;
+    QList<std::uint64_t> last;
+    for (int call = 0; call < 64; ++call)
+        last = probes();
+    QCOMPARE(last.last(), 65663 - 128U);
+    QCOMPARE(probes(), range(0, 1152));
+}
+
+void TestBridge::boundsTheCallsOnElements()
+{
+    World world;
+    world.desktop.window(101).listed = false;
+    world.desktop.window(101).remoteElement = 5;
+    TApplicationWindows(pid);
+    const QList<SimulatedDesktop::MessagingTimeout> expected{
+        {pid, 0, 0.3F}, {pid, 101, 0.03F}, {pid, 101, 0.3F}};
+    QVERIFY(world.desktop.takeMessagingTimeouts() == expected);
+}
+
+void TestBridge::readsAttributes()
+{
+    World world;
+    world.desktop.window(101).title = u"Groceries"_s;
+    const AXUIElementRef element = world.element();
+    QVERIFY(attribute(element, u"AXTitle"_s) == QVariant(u"Groceries"_s));
+    QVERIFY(!attribute(element, u"AXNothing"_s));
+    QVERIFY(!attribute(nullptr, u"AXTitle"_s));
+    world.desktop.removeWindow(101);
+    QVERIFY(!attribute(element, u"AXTitle"_s));
+}
+
+void TestBridge::move_data()
+{
+    QTest::addColumn<WindowChange>("change");
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QStringList>("journal");
+
+    const QString mark = u"SLSSpaceSetCompatID 11 746f766c"_s;
+    const QString send = u"SLSSetWindowListWorkspace 101 746f766c"_s;
+    const QString clear = u"SLSSpaceSetCompatID 11 0"_s;
+    const QStringList submitted{u"submit 101 11"_s};
+    const QStringList tagged{mark, send, clear};
+    const auto row
+        = [](const char *name, int status, const QStringList &journal, const WindowChange &change) {
+              QTest::newRow(name) << change << status << journal;
+          };
+    const auto byTag = [](std::int32_t set, std::int32_t workspace, std::int32_t cleared) {
+        return [=](SimulatedDesktop &desktop) {
+            desktop.dropSymbol(SimulatedDesktop::submitMoveSymbol());
+            desktop.world().setCompatStatus = set;
+            desktop.world().setWorkspaceStatus = workspace;
+            desktop.world().clearCompatStatus = cleared;
+        };
+    };
+    const auto withClass = [](SimOperationClass operation) {
+        return [=](SimulatedDesktop &desktop) { desktop.world().operationClass = operation; };
+    };
+    row("by operation", 0, submitted, [](auto &) {});
+    row("no class", 0, tagged, withClass(SimOperationClass::Absent));
+    row("no initialiser", 0, tagged, withClass(SimOperationClass::WithoutInitialiser));
+    row("no instance", 0, tagged, withClass(SimOperationClass::GivesNull));
+    row("no submit function", 0, tagged, byTag(0, 0, 0));
+    row("marking fails", 3, {mark}, byTag(3, 4, 5));
+    row("sending fails", 4, tagged, byTag(0, 4, 0));
+    row("clearing fails", 5, tagged, byTag(0, 0, 5));
+    row("sending and clearing fail", 4, tagged, byTag(0, 4, 5));
+}
+
+void TestBridge::move()
+{
+    QFETCH(WindowChange, change);
+    QFETCH(int, status);
+    QFETCH(QStringList, journal);
+
+    World world;
+    change(world.desktop);
+    QCOMPARE(TMove(101, 11), status);
+    QCOMPARE(world.desktop.takeJournal(), journal);
+    const bool refused = world.desktop.world().setCompatStatus != 0
+        || world.desktop.world().setWorkspaceStatus != 0;
+    QCOMPARE(TWindowSpaces(101), QVariantList{quint64(refused ? 10 : 11)});
+}
+
+void TestBridge::desktopStep_data()
+{
+    QTest::addColumn<bool>("toRight");
+    QTest::addColumn<WindowChange>("change");
+    QTest::addColumn<QStringList>("journal");
+
+    QTest::newRow("right") << true << WindowChange([](auto &) {})
+                           << QStringList{u"post 0 down 124 840000"_s, u"post 0 up 124 840000"_s};
+    QTest::newRow("left") << false << WindowChange([](auto &) {})
+                          << QStringList{u"post 0 down 123 840000"_s, u"post 0 up 123 840000"_s};
+    QTest::newRow("no trust") << true << WindowChange([](auto &d) { d.world().trusted = false; })
+                              << QStringList();
+    QTest::newRow("no source") << true
+                               << WindowChange([](auto &d) { d.world().eventSourceFails = true; })
+                               << QStringList();
+    QTest::newRow("no key down") << true << WindowChange([](auto &d) {
+        d.world().keyDownEventFails = true;
+    }) << QStringList();
+    QTest::newRow("no key up") << true
+                               << WindowChange([](auto &d) { d.world().keyUpEventFails = true; })
+                               << QStringList();
+}
+
+void TestBridge::desktopStep()
+{
+    QFETCH(bool, toRight);
+    QFETCH(WindowChange, change);
+    QFETCH(QStringList, journal);
+
+    World world;
+    change(world.desktop);
+    QCOMPARE(TPostDesktopStep(toRight), !journal.isEmpty());
+    QCOMPARE(world.desktop.takeJournal(), journal);
+}
+
+QTEST_GUILESS_MAIN(TestBridge)
+#include "tst_bridge.moc"

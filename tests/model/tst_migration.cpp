@@ -1,0 +1,299 @@
+#include "model_world.h"
+
+#include <QTest>
+
+using namespace tovel;
+
+namespace {
+
+using Change = std::function<void(ModelWorld &)>;
+
+} // namespace
+
+class TestMigration : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void refusal_data();
+    void refusal();
+    void outcome_data();
+    void outcome();
+    void reportsProgress();
+    void follows_data();
+    void follows();
+    void runsOnce();
+    void stopsAfterTheWindowItIsOn();
+    void endsWithTheModel();
+};
+
+void TestMigration::refusal_data()
+{
+    QTest::addColumn<Change>("change");
+    QTest::addColumn<QStringList>("issues");
+    const auto row = [](const char *name, const QStringList &issues, const Change &change) {
+        QTest::newRow(name) << change << issues;
+    };
+    const QStringList access{u"Allow Accessibility access to move apps."_s};
+    row("no trust", access, [](auto &w) { w.desktop.world().trusted = false; });
+    row("no bridge", access, [](auto &w) { w.desktop.dropSymbol("SLSSpaceSetCompatID"); });
+    row("target gone", {u"That desktop is no longer available."_s},
+        [](auto &w) { w.desktop.display(u"A"_s).spaces.removeAt(3); });
+    row("nothing to move", {u"No movable windows. Add an app or restore its windows."_s},
+        [](auto &w) {
+            w.desktop.window(101).fullScreen = true;
+            w.desktop.removeWindow(102);
+        });
+    row("already there", {}, [](auto &w) {
+        w.desktop.window(101).spaces = {12};
+        w.desktop.window(102).spaces = {12};
+    });
+}
+
+void TestMigration::refusal()
+{
+    QFETCH(Change, change);
+    QFETCH(QStringList, issues);
+    ModelWorld world;
+    change(world);
+    TovelModel &model = world.start();
+    int finished = 0;
+    model.onMigrationFinished([&] { ++finished; });
+    model.setIssues({u"old"_s});
+    model.setMessage(u"old"_s);
+    world.takeChanges();
+    const auto task = model.migrate({.id = 12});
+    QVERIFY(task.isReady());
+    QCOMPARE(model.issues(), issues);
+    QCOMPARE(model.message(), u"old"_s);
+    QVERIFY(!world.takeChanges().contains(u"busy"_s));
+    QCOMPARE(finished, 0);
+    QCOMPARE(world.desktop.takeJournal(), QStringList());
+}
+
+void TestMigration::outcome_data()
+{
+    QTest::addColumn<Change>("change"); // after the model listed the windows and before it moves
+    QTest::addColumn<QString>("message");
+    QTest::addColumn<QStringList>("issues");
+    const auto row
+        = [](const char *name, const QString &message, const QStringList &issues,
+             const Change &change) { QTest::newRow(name) << change << message << issues; };
+    const auto whenMoving = [](std::uint32_t first, const std::function<void(ModelWorld &)> &then) {
+        return [=](ModelWorld &world) {
+            world.desktop.onMoveRequested([=, &world](std::uint32_t window, std::uint64_t) {
+                if (window == first)
+                    then(world);
+            });
+        };
+    };
+    const QString moved2 = u"2 moved · 0 already there"_s;
+    const QString lost = u"1 moved · 0 already there · 1 failed"_s;
+    const QStringList changed{u"Mail: desktop changed; skipped."_s};
+    const QStringList replaced{u"Mail: window changed; skipped."_s};
+    row("all", moved2, {}, [](auto &) {});
+    row("one there", u"1 moved · 1 already there"_s, {},
+        [](auto &w) { w.desktop.window(101).spaces = {12}; });
+    row("one skipped", u"1 moved · 0 already there · 1 skipped"_s, {},
+        [](auto &w) { w.desktop.window(102).fullScreen = true; });
+    row("slow", moved2, {}, [](auto &w) { w.desktop.window(101).moveDelay = 0.71; });
+    row("too slow", lost, {u"Notes: could not move (0)."_s},
+        [](auto &w) { w.desktop.window(101).moveDelay = 0.73; });
+    row("refused", u"0 moved · 0 already there · 2 failed"_s,
+        {u"Notes: could not move (9)."_s, u"Mail: could not move (9)."_s}, [](auto &w) {
+            w.desktop.dropSymbol(SimulatedDesktop::submitMoveSymbol());
+            w.desktop.world().setWorkspaceStatus = 9;
+        });
+    row("elsewhere", lost, {u"Notes: could not move (0)."_s}, [](auto &w) {
+        w.desktop.window(101).move = SimMove::Elsewhere;
+        w.desktop.window(101).elsewhere = 11;
+    });
+    row("arrived before its turn", u"1 moved · 1 already there"_s, {},
+        whenMoving(101, [](auto &w) { w.desktop.window(102).spaces = {12}; }));
+    row("on two desktops meanwhile", lost, changed, whenMoving(101, [](auto &w) {
+            w.desktop.window(102).spaces = {11, 12};
+        }));
+    row("on a full-screen space meanwhile", lost, changed,
+        whenMoving(101, [](auto &w) { w.desktop.window(102).spaces = {50}; }));
+    row("desktop gone meanwhile", lost, changed,
+        whenMoving(101, [](auto &w) { w.desktop.display(u"A"_s).spaces.removeAt(1); }));
+    row("full screen meanwhile", lost, replaced,
+        whenMoving(101, [](auto &w) { w.desktop.window(102).fullScreen = true; }));
+    row("other number meanwhile", lost, replaced,
+        whenMoving(101, [](auto &w) { w.desktop.window(102).elementNumber = 103; }));
+    row("full screen unreadable", moved2, {}, [](auto &w) {
+        w.desktop.window(102).attributes[u"AXFullScreen"_s] = {kAXErrorSuccess, u"true"_s};
+    });
+
+    const auto unlisted = [](const Change &change) {
+        return [=](ModelWorld &world) {
+            world.desktop.window(102).listed = false;
+            change(world);
+        };
+    };
+    row("inventory only", moved2, {}, unlisted([](auto &) {}));
+    row("inventory only, replaced meanwhile", lost, replaced,
+        unlisted(whenMoving(101, [](auto &w) { w.desktop.window(102).pid = notesPid; })));
+    row("inventory only, owner replaced meanwhile", lost, replaced,
+        unlisted(whenMoving(101, [](auto &w) {
+            w.desktop.application(mailPid).bundleIdentifier = u"org.other"_s;
+        })));
+    row("inventory only, owner gone meanwhile", lost, changed,
+        unlisted(whenMoving(101, [](auto &w) { w.desktop.quit(mailPid); })));
+}
+
+void TestMigration::outcome()
+{
+    QFETCH(Change, change);
+    QFETCH(QString, message);
+    QFETCH(QStringList, issues);
+    ModelWorld world;
+    TovelModel &model = world.start();
+    int finished = 0;
+    model.onMigrationFinished([&] {
+        ++finished;
+        QVERIFY(!model.busy());
+    });
+    change(world);
+    QVERIFY(world.migrateTo(12, false));
+    QCOMPARE(model.message(), message);
+    QCOMPARE(model.issues(), issues);
+    QCOMPARE(model.hasSkippedWindows(), message.contains(u"skipped"));
+    QCOMPARE(finished, 1);
+    QCOMPARE(world.desktop.takeJournal().filter(u"warp"_s), QStringList());
+}
+
+void TestMigration::reportsProgress()
+{
+    ModelWorld world;
+    TovelModel &model = world.start();
+    QStringList messages;
+    connect(&model, &TovelModel::didChange, this, [&](TovelModel::Property property) {
+        if (property == TovelModel::Property::message)
+            messages.append(model.message());
+    });
+    QVERIFY(world.migrateTo(12, false));
+    QCOMPARE(
+        messages,
+        (QStringList{u"Moving 1 of 2…"_s, u"Moving 2 of 2…"_s, u"2 moved · 0 already there"_s}));
+    QCOMPARE(world.takeChanges(),
+             (QStringList{u"busy"_s, u"message"_s, u"message"_s, u"message"_s, u"busy"_s,
+                          u"windows"_s}));
+    QVERIFY(model.flockDesktopID() == 12U);
+    QCOMPARE(world.desktop.clock().monotonicTime(), 0.12);
+}
+
+void TestMigration::follows_data()
+{
+    QTest::addColumn<bool>("chosen");
+    QTest::addColumn<std::optional<bool>>("thisRun");
+    QTest::addColumn<Change>("change");
+    QTest::addColumn<bool>("shown");
+    QTest::addColumn<bool>("complains");
+    const Change nothing = [](auto &) {};
+    const Change stuck = [](auto &w) {
+        w.desktop.world().stepsEnabled = false;
+        for (const std::int32_t pid : {notesPid, mailPid})
+            w.desktop.application(pid).activation = SimActivation::Refused;
+    };
+    const Change noneMoves = [](auto &w) {
+        for (const std::uint32_t window : {101, 102})
+            w.desktop.window(window).move = SimMove::Never;
+    };
+    const std::optional<bool> asChosen;
+    QTest::newRow("chosen") << true << asChosen << nothing << true << false;
+    QTest::newRow("not chosen") << false << asChosen << nothing << false << false;
+    QTest::newRow("for this run") << false << std::optional(true) << nothing << true << false;
+    QTest::newRow("not this run") << true << std::optional(false) << nothing << false << false;
+    QTest::newRow("impossible") << true << asChosen << stuck << false << true;
+    QTest::newRow("nothing moved") << true << asChosen << noneMoves << false << false;
+}
+
+void TestMigration::follows()
+{
+    QFETCH(bool, chosen);
+    QFETCH(std::optional<bool>, thisRun);
+    QFETCH(Change, change);
+    QFETCH(bool, shown);
+    QFETCH(bool, complains);
+    ModelWorld world;
+    TovelModel &model = world.start();
+    model.setFollow(chosen);
+    world.defaults().takeWrites();
+    change(world);
+    QVERIFY(world.migrateTo(12, thisRun));
+    QCOMPARE(world.desktop.display(u"A"_s).currentSpace, shown ? 12U : 10U);
+    const QString complaint
+        = u"Apps moved. Could not switch desktops; check Mission Control shortcuts."_s;
+    QCOMPARE(model.issues().value(model.issues().size() - 1) == complaint, complains);
+    QVERIFY(model.message().endsWith(u"already there"_s)
+            || model.message().endsWith(u"2 failed"_s));
+    QCOMPARE(model.follow(), chosen);
+    QCOMPARE(world.defaults().takeWrites(), QStringList());
+    // The last window that is on the target is the one brought forward.
+    QCOMPARE(world.desktop.takeJournal().contains(u"AXRaise 102"_s), shown || complains);
+}
+
+void TestMigration::runsOnce()
+{
+    ModelWorld world;
+    TovelModel &model = world.start();
+    const auto first = model.migrate(world.target(12), false);
+    QVERIFY(model.busy());
+    world.takeChanges();
+    const auto second = model.migrate(world.target(11), false);
+    QVERIFY(second.isReady());
+    QCOMPARE(world.takeChanges(), QStringList());
+    QVERIFY(world.finish(first));
+    QVERIFY(model.flockDesktopID() == 12U);
+}
+
+void TestMigration::stopsAfterTheWindowItIsOn()
+{
+    ModelWorld world;
+    world.desktop.addWindow({.number = 103, .pid = mailPid, .spaces = {20}});
+    TovelModel &model = world.start();
+    int finished = 0;
+    model.onMigrationFinished([&] { ++finished; });
+    model.stopMigration(); // nothing runs
+
+    const auto task = model.migrate(world.target(12));
+    model.stopMigration();
+    QVERIFY(world.finish(task));
+    QCOMPARE(model.message(), u"1 moved · 0 already there"_s);
+    QCOMPARE(model.issues(), QStringList());
+    QCOMPARE(model.untriedWindows(), 2);
+    QCOMPARE(finished, 1);
+    QCOMPARE(world.desktop.takeJournal(), QStringList{u"submit 101 12"_s});
+
+    QVERIFY(world.migrateTo(12));
+    QCOMPARE(model.message(), u"2 moved · 1 already there"_s);
+    QCOMPARE(model.untriedWindows(), 0);
+    QCOMPARE(world.desktop.display(u"A"_s).currentSpace, 12U);
+}
+
+void TestMigration::endsWithTheModel()
+{
+    // At every wait of a run that moves, follows by activation, and then by keys.
+    for (int waits = 0; waits < 40; ++waits) {
+        ModelWorld world;
+        world.desktop.application(mailPid).activation = SimActivation::Stays;
+        world.desktop.world().cursor = QPointF(2000, 10);
+        TovelModel &model = world.start();
+        int finished = 0;
+        model.onMigrationFinished([&] { ++finished; });
+        const auto task = model.migrate(world.target(12));
+        int handlers = 0;
+        world.desktop.clock().runUntil([&] { return handlers++ == waits; }, 600);
+        if (task.isReady())
+            break;
+        world.model.reset();
+        world.desktop.takeJournal();
+        QVERIFY(world.finish(task));
+        QCOMPARE(finished, 0);
+        QCOMPARE(world.desktop.takeJournal(), QStringList());
+    }
+}
+
+QTEST_GUILESS_MAIN(TestMigration)
+#include "tst_migration.moc"

@@ -1,0 +1,236 @@
+#include "model_world.h"
+
+#include <QTest>
+
+using namespace tovel;
+
+namespace {
+
+using Change = std::function<void(ModelWorld &)>;
+
+} // namespace
+
+class TestSwitching : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void jumps_data();
+    void jumps();
+    void steps_data();
+    void steps();
+    void movesTheCursorToTheDisplay_data();
+    void movesTheCursorToTheDisplay();
+    void waitsForTheRightChange();
+    void givesUpAfterManySteps();
+};
+
+void TestSwitching::jumps_data()
+{
+    QTest::addColumn<bool>("listed"); // through accessibility
+    QTest::addColumn<Change>("change");
+    QTest::addColumn<QString>("journal"); // of what came before the keys
+    QTest::addColumn<bool>("arrives"); // by the jump, without keys
+    QTest::addColumn<double>("seconds");
+    const auto row = [](const char *name, const QString &journal, bool arrives, double seconds,
+                        const Change &change, bool listed = true) {
+        QTest::newRow(name) << listed << change << journal << arrives << seconds;
+    };
+    const QString activated = u"AXMain 101,AXRaise 101,activate 500"_s;
+    const double keys = 0.1 + 0.35; // one step
+    row("at once", activated, true, 0.1 + 0.35, [](auto &) {});
+    row("late", activated, true, 2.0 + 0.35,
+        [](auto &w) { w.desktop.application(notesPid).activationDelay = 1.95; });
+    row("too late", activated, false, 2.5 + keys,
+        [](auto &w) { w.desktop.application(notesPid).activation = SimActivation::Stays; });
+    row("refused", activated, false, keys,
+        [](auto &w) { w.desktop.application(notesPid).activation = SimActivation::Refused; });
+    row("minimized", {}, false, keys, [](auto &w) { w.desktop.window(101).minimized = true; });
+    row("minimized unreadable", {}, false, keys, [](auto &w) {
+        w.desktop.window(101).attributes[u"AXMinimized"_s] = {kAXErrorSuccess, 0};
+    });
+    row("activation stays here", {}, false, keys,
+        [](auto &w) { w.desktop.dockDefaults().setObject(u"workspaces-auto-swoosh"_s, false); });
+    row("preference of another kind", activated, true, 0.1 + 0.35,
+        [](auto &w) { w.desktop.dockDefaults().setObject(u"workspaces-auto-swoosh"_s, 0); });
+    row("became another window", {}, false, keys,
+        [](auto &w) { w.desktop.window(101).elementNumber = 103; });
+    row("went elsewhere", {}, false, keys, [](auto &w) { w.desktop.window(101).spaces = {12}; });
+    row("on two desktops", {}, false, keys, [](auto &w) {
+        w.desktop.window(101).spaces = {11, 12};
+    });
+    row("owner unreadable", {}, false, keys, [](auto &w) {
+        w.desktop.window(101).elementPid = AXProcessIdentifier{kAXErrorFailure, notesPid};
+    });
+    row("owner gone", {}, false, keys, [](auto &w) {
+        w.desktop.window(101).elementPid = AXProcessIdentifier{kAXErrorSuccess, 999};
+    });
+    row(
+        "inventory only", u"activate 500"_s, true, 0.1 + 0.35, [](auto &) {}, false);
+    row(
+        "inventory only, minimized", {}, false, keys,
+        [](auto &w) { w.desktop.window(101).minimized = true; }, false);
+    row(
+        "inventory only, gone", {}, false, keys, [](auto &w) { w.desktop.quit(notesPid); }, false);
+}
+
+void TestSwitching::jumps()
+{
+    QFETCH(bool, listed);
+    QFETCH(Change, change);
+    QFETCH(QString, journal);
+    QFETCH(bool, arrives);
+    QFETCH(double, seconds);
+    ModelWorld world;
+    world.desktop.window(101).listed = listed;
+    world.desktop.window(101).spaces = {11};
+    world.desktop.world().stepDelay = 0;
+    TovelModel &model = world.start();
+    const TravelWindow window = world.listed(101);
+    change(world);
+    QVERIFY(world.finish(model.switchDesktop(world.target(11), window)) == true);
+    QStringList log = world.desktop.takeJournal();
+    QCOMPARE(log.filter(u"post"_s).isEmpty(), arrives);
+    log.removeIf([](const QString &entry) { return entry.startsWith(u"post"_s); });
+    QCOMPARE(log.join(u','), journal);
+    QCOMPARE(world.desktop.clock().monotonicTime(), seconds);
+    QCOMPARE(world.desktop.display(u"A"_s).currentSpace, 11U);
+}
+
+void TestSwitching::steps_data()
+{
+    QTest::addColumn<std::uint64_t>("from");
+    QTest::addColumn<std::uint64_t>("to");
+    QTest::addColumn<Change>("change");
+    QTest::addColumn<QString>("keys"); // L and R
+    QTest::addColumn<bool>("shown");
+    QTest::addColumn<double>("seconds");
+    const auto row = [](const char *name, std::uint64_t from, std::uint64_t to, const QString &keys,
+                        bool shown, double seconds, const Change &change) {
+        QTest::newRow(name) << from << to << change << keys << shown << seconds;
+    };
+    const double step = 0.2 + 0.35; // the change takes 0.15 s
+    const auto without = [](const QByteArray &call) {
+        return [=](ModelWorld &world) { world.desktop.replaceReply(call, std::nullopt); };
+    };
+    const auto later = [](double seconds, const Change &change) {
+        return [=](ModelWorld &world) {
+            world.desktop.after(seconds, [&world, change] { change(world); });
+        };
+    };
+    const auto cutRow = [](ModelWorld &w) { w.desktop.display(u"A"_s).spaces.removeLast(); };
+    row("shown already", 11, 11, {}, true, 0, [](auto &) {});
+    row("right, over a full-screen space", 10, 12, u"RRR"_s, true, 3 * step, [](auto &) {});
+    row("left", 12, 10, u"LLL"_s, true, 3 * step, [](auto &) {});
+    row("from a full-screen space", 50, 12, u"R"_s, true, step, [](auto &) {});
+    row("no trust", 10, 11, {}, false, 0, [](auto &w) { w.desktop.world().trusted = false; });
+    row("no display", 10, 11, {}, false, 0, [](auto &w) { w.desktop.display(u"A"_s).number = 0; });
+    row("no route", 10, 11, {}, false, 0, without("SLSCopyManagedDisplaySpaces"));
+    row("target gone", 10, 12, {}, false, 0, cutRow);
+    row("current space unknown", 10, 11, {}, false, 0,
+        [](auto &w) { w.desktop.display(u"A"_s).currentSpace = 0; });
+    row("keys impossible", 10, 11, {}, false, 0,
+        [](auto &w) { w.desktop.world().eventSourceFails = true; });
+    row("keys disabled", 10, 11, u"R"_s, false, 3.0,
+        [](auto &w) { w.desktop.world().stepsEnabled = false; });
+    row("just in time", 10, 11, u"R"_s, true, 3.0 + 0.35,
+        [](auto &w) { w.desktop.world().stepDelay = 2.95; });
+    row("target gone on the way", 10, 12, u"R"_s, false, 0.2, later(0.18, cutRow));
+    row("user went on meanwhile", 10, 11, u"R"_s, true, step,
+        later(0.3, [](auto &w) { w.desktop.showSpace(11); }));
+    row("user went too far meanwhile", 10, 11, u"RL"_s, true, 2 * step + 0.35 - 0.35,
+        later(0.3, [](auto &w) { w.desktop.showSpace(50); }));
+}
+
+void TestSwitching::steps()
+{
+    QFETCH(std::uint64_t, from);
+    QFETCH(std::uint64_t, to);
+    QFETCH(Change, change);
+    QFETCH(QString, keys);
+    QFETCH(bool, shown);
+    QFETCH(double, seconds);
+    ModelWorld world;
+    world.desktop.display(u"A"_s).currentSpace = from;
+    world.desktop.world().stepDelay = 0.15;
+    TovelModel &model = world.start();
+    Desktop target = world.target(to);
+    change(world);
+    if (world.desktop.display(u"A"_s).number == 0U)
+        target.displayID = 0;
+    QVERIFY(world.finish(model.switchDesktop(target, std::nullopt)) == shown);
+    QString pressed;
+    for (const QString &entry : world.desktop.takeJournal()) {
+        if (entry.contains(u"down"_s))
+            pressed += entry.contains(u"124"_s) ? u'R' : u'L';
+    }
+    QCOMPARE(pressed, keys);
+    QCOMPARE(world.desktop.clock().monotonicTime(), seconds);
+}
+
+void TestSwitching::movesTheCursorToTheDisplay_data()
+{
+    QTest::addColumn<QPointF>("cursor");
+    QTest::addColumn<Change>("change");
+    QTest::addColumn<QStringList>("warps");
+    const QStringList there{u"warp 2420 400"_s, u"warp 500 500"_s};
+    const Change nothing = [](auto &) {};
+    QTest::newRow("there already") << QPointF(1920, 0) << nothing << QStringList();
+    QTest::newRow("elsewhere") << QPointF(500, 500) << nothing << there;
+    QTest::newRow("on the far edge")
+        << QPointF(2920, 10) << nothing << QStringList{u"warp 2420 400"_s, u"warp 2920 10"_s};
+    QTest::newRow("place unknown")
+        << QPointF(500, 500) << Change([](auto &w) { w.desktop.world().emptyEventFails = true; })
+        << QStringList();
+    QTest::newRow("shown already")
+        << QPointF(500, 500) << Change([](auto &w) { w.desktop.showSpace(21); }) << there;
+    QTest::newRow("failure") << QPointF(500, 500)
+                             << Change([](auto &w) { w.desktop.world().stepsEnabled = false; })
+                             << there;
+    QTest::newRow("no trust") << QPointF(500, 500)
+                              << Change([](auto &w) { w.desktop.world().trusted = false; })
+                              << QStringList();
+}
+
+void TestSwitching::movesTheCursorToTheDisplay()
+{
+    QFETCH(QPointF, cursor);
+    QFETCH(Change, change);
+    QFETCH(QStringList, warps);
+    ModelWorld world;
+    world.desktop.world().cursor = cursor;
+    TovelModel &model = world.start();
+    const Desktop target = world.target(21);
+    change(world);
+    world.finish(model.switchDesktop(target, std::nullopt));
+    QCOMPARE(world.desktop.takeJournal().filter(u"warp"_s), warps);
+    QCOMPARE(world.desktop.world().cursor, cursor);
+}
+
+void TestSwitching::waitsForTheRightChange()
+{
+    // Neither a notification without a change here nor a change without a notification counts.
+    ModelWorld world;
+    world.desktop.world().stepsEnabled = false;
+    TovelModel &model = world.start();
+    world.desktop.after(0.25, [&] { world.desktop.postActiveSpaceDidChange(); });
+    QVERIFY(world.finish(model.switchDesktop(world.target(11), std::nullopt)) == false);
+    world.desktop.after(0.25, [&] { world.desktop.display(u"A"_s).currentSpace = 11; });
+    QVERIFY(world.finish(model.switchDesktop(world.target(11), std::nullopt)) == false);
+    QCOMPARE(world.desktop.clock().monotonicTime(), 6.0);
+}
+
+void TestSwitching::givesUpAfterManySteps()
+{
+    ModelWorld world;
+    for (std::uint64_t id = 100; id < 140; ++id)
+        world.desktop.display(u"B"_s).spaces.append({.id = id});
+    world.desktop.world().cursor = QPointF(2000, 10);
+    world.desktop.world().stepDelay = 0.05;
+    TovelModel &model = world.start();
+    QVERIFY(world.finish(model.switchDesktop(world.target(139), std::nullopt)) == false);
+    QCOMPARE(world.desktop.takeJournal().filter(u"down"_s).size(), 32);
+}
+
+QTEST_GUILESS_MAIN(TestSwitching)
+#include "tst_switching.moc"

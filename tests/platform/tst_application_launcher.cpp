@@ -1,0 +1,131 @@
+#include "platform/linux/application_launcher.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <unistd.h>
+
+using namespace tovel;
+
+class TestApplicationLauncher final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY(QDir(m_folder.path()).mkpath(u"applications/kde"_qs));
+        qputenv("XDG_DATA_HOME", QFile::encodeName(m_folder.path()));
+    }
+
+    void locatesEntries();
+    void startsAProgramOfItsOwn();
+    void tellsWhyNot_data();
+    void tellsWhyNot();
+    void forgetsHandlersWhenDestroyed();
+
+private:
+    QUrl write(const QString &name, const QByteArray &content)
+    {
+        const QString path = m_folder.filePath(u"applications/"_qs + name);
+        QFile file(path);
+        if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+            qFatal("The entry could not be written.");
+        return QUrl::fromLocalFile(path);
+    }
+
+    QTemporaryDir m_folder;
+};
+
+void TestApplicationLauncher::locatesEntries()
+{
+    const ApplicationLauncher launcher;
+    const QByteArray missing = "[Desktop Entry]\nType=Application\nName=A\nExec=no-such-program\n";
+    const QUrl top = write(u"my-app.desktop"_qs, missing);
+    const QUrl below = write(u"kde/my-viewer.desktop"_qs, missing);
+    write(u"hidden.desktop"_qs, missing + "Hidden=true\n");
+    QCOMPARE(launcher.locate(u"my-app"_qs), top);
+    QCOMPARE(launcher.locate(u"kde-my-viewer"_qs), below);
+    for (const QString &absent : {u"hidden"_qs, u"kde/my-viewer"_qs, u"kde-..-my-app"_qs, u"kde"_qs,
+                                  u"my-app.desktop"_qs, QString()})
+        QCOMPARE(launcher.locate(absent), QUrl());
+}
+
+void TestApplicationLauncher::startsAProgramOfItsOwn()
+{
+    const QString marker = m_folder.filePath(u"marker"_qs);
+    const QUrl location = write(u"session.desktop"_qs,
+                                "[Desktop Entry]\nType=Application\nName=A\nExec=sh -c \"exec "
+                                "cut -d' ' -f6 /proc/self/stat >"
+                                    + QFile::encodeName(marker) + "\"\n");
+    ApplicationLauncher launcher;
+    QList<std::optional<QString>> outcomes;
+    launcher.launch(location, [&](const auto &reason) { outcomes << reason; });
+    QVERIFY(outcomes.isEmpty());
+    QTRY_COMPARE(outcomes.size(), 1);
+    QCOMPARE(outcomes.first(), std::nullopt);
+
+    QFile file(marker);
+    QTRY_VERIFY(file.size() > 0);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QVERIFY(file.readAll().trimmed() != QByteArray::number(::getsid(0)));
+    QCOMPARE(outcomes.size(), 1);
+}
+
+void TestApplicationLauncher::tellsWhyNot_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<QString>("part");
+    const QByteArray head = "[Desktop Entry]\nType=Application\nName=A\n";
+    const QString noSuchFile = qt_error_string(ENOENT);
+    QTest::newRow("missing program") << head + "Exec=no-such-program %U\n" << noSuchFile;
+    QTest::newRow("missing required program") << head + "Exec=true\nTryExec=no-such-program\n"
+                                              << noSuchFile;
+    QTest::newRow("missing working folder") << head + "Exec=true\nPath=/no/such/folder\n"
+                                            << u"/no/such/folder"_qs;
+    QTest::newRow("link") << QByteArray("[Desktop Entry]\nType=Link\nName=A\nURL=file:///\n")
+                          << u"link.desktop"_qs;
+    QTest::newRow("no command") << head << u"Exec"_qs;
+    QTest::newRow("unpaired quote") << head + "Exec='true\n" << u"'true"_qs;
+    QTest::newRow("not an entry") << QByteArray("\x7f"
+                                                "ELF")
+                                  << QString();
+}
+
+void TestApplicationLauncher::tellsWhyNot()
+{
+    QFETCH(const QByteArray, content);
+    QFETCH(const QString, part);
+    const QUrl location
+        = write(QLatin1StringView(QTest::currentDataTag()) + u".desktop"_qs, content);
+    ApplicationLauncher launcher;
+    std::optional<QString> outcome;
+    launcher.launch(location,
+                    [&](const auto &reason) { outcome = reason.value_or(u"started"_qs); });
+    QTRY_VERIFY(outcome);
+    QVERIFY(*outcome != u"started" && !outcome->isEmpty());
+    QVERIFY2(outcome->contains(part), qPrintable(*outcome));
+}
+
+void TestApplicationLauncher::forgetsHandlersWhenDestroyed()
+{
+    const QUrl location = QUrl::fromLocalFile(m_folder.path());
+    int calls = 0;
+    {
+        ApplicationLauncher launcher;
+        launcher.launch(location, [&](const auto &) { ++calls; });
+    }
+    auto launcher = std::make_unique<ApplicationLauncher>();
+    bool destroyed = false;
+    launcher->launch(location, [&](const auto &) {
+        launcher.reset();
+        destroyed = true;
+    });
+    QTRY_VERIFY(destroyed);
+    QCOMPARE(calls, 0);
+}
+
+QTEST_GUILESS_MAIN(TestApplicationLauncher)
+#include "tst_application_launcher.moc"

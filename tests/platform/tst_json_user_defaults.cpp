@@ -1,0 +1,352 @@
+#include "platform/linux/json_user_defaults.h"
+#include "platform/linux/json_value.h"
+
+#include <QDir>
+#include <QLockFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <cmath>
+#include <limits>
+
+#include <sys/stat.h>
+
+using namespace tovel;
+
+namespace {
+
+// A value of every kind that can be stored.
+QVariantMap everyKind()
+{
+    QVariantMap kinds{
+        {u"true"_qs, true},
+        {u"one"_qs, 1},
+        {u"lowest"_qs, std::numeric_limits<qint64>::min()},
+        {u"highest"_qs, std::numeric_limits<quint64>::max()},
+        {u"fraction"_qs, 0.1},
+        {u"whole real"_qs, 5.0},
+        {u"minus zero"_qs, -0.0},
+        {u"infinite"_qs, std::numeric_limits<double>::infinity()},
+        {u"text"_qs, u"quote \" line\n nul \0 snow ☃ 🐑"_qs},
+        {u"empty text"_qs, QString()},
+        {u"bytes"_qs, QByteArray("\0\xff{}", 4)},
+        {u"list"_qs, QVariantList{1, 1.0, u"1"_qs, true, QVariantList()}},
+        {u"posing as bytes"_qs, QVariantMap{{u"$data"_qs, u"AAAA"_qs}}},
+        {u"posing twice"_qs, QVariantMap{{u"$dictionary"_qs, QVariantMap{{u"$real"_qs, 1}}}}}};
+    kinds.insert(u"dictionary"_qs, QVariantMap(kinds));
+    kinds.insert(u"$data"_qs, u"a key like any other"_qs);
+    return kinds;
+}
+
+// Kinds and values, as text; QVariant's own comparison takes 1 for true.
+QString described(const QVariant &value)
+{
+    if (value.typeId() == QMetaType::QVariantMap) {
+        QString text;
+        const QVariantMap map = value.toMap();
+        for (auto it = map.cbegin(); it != map.cend(); ++it)
+            text += it.key() + u'=' + described(it.value()) + u' ';
+        return u'{' + text + u'}';
+    }
+    if (value.typeId() == QMetaType::QVariantList) {
+        QString text;
+        for (const QVariant &item : value.toList())
+            text += described(item) + u' ';
+        return u'[' + text + u']';
+    }
+    if (value.typeId() == QMetaType::Int)
+        return described(value.toLongLong());
+    if (value.typeId() == QMetaType::QByteArray)
+        return u"bytes:"_qs + QString::fromLatin1(value.toByteArray().toHex());
+    return QLatin1StringView(value.typeName()) + u':' + value.toString();
+}
+
+// What the executable does when it is started as another process.
+int childRole(const QStringList &arguments)
+{
+    JsonUserDefaults defaults(arguments[2]);
+    if (arguments[1] == u"--check") {
+        const QVariantMap expected = everyKind();
+        for (auto it = expected.cbegin(); it != expected.cend(); ++it) {
+            if (described(defaults.object(it.key()).value_or(QVariant())) != described(it.value()))
+                qFatal("%s differs", qPrintable(it.key()));
+        }
+        return 0;
+    }
+    for (int number = 0; number < arguments[4].toInt(); ++number) {
+        if (!defaults.setObject(arguments[3] + QString::number(number), number))
+            qFatal("%s", qPrintable(defaults.errorString()));
+        std::printf("%d\n", number);
+        std::fflush(stdout);
+    }
+    return 0;
+}
+
+void startChild(QProcess &process, const QStringList &arguments)
+{
+    process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    process.start(QCoreApplication::applicationFilePath(), arguments);
+}
+
+QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void putContent(const QString &path, const QByteArray &content)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(content), content.size());
+}
+
+} // namespace
+
+class TestJsonUserDefaults final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        m_path = m_folder->filePath(u"new/folders/settings.json"_qs);
+    }
+
+    void keepsEveryKindAcrossProcesses();
+    void refusesOtherKinds_data();
+    void refusesOtherKinds();
+    void writesOnlyChanges();
+    void seesTheWritesOfOthers();
+    void losesNothingBetweenTwoWriters();
+    void keepsWhatWasAcknowledgedBeforeAKill();
+    void setsADamagedFileAside_data();
+    void setsADamagedFileAside();
+    void keepsValuesInMemoryWhenTheyCannotBeWritten();
+    void givesUpOnALockThatIsHeld();
+
+private:
+    std::unique_ptr<QTemporaryDir> m_folder;
+    QString m_path;
+};
+
+void TestJsonUserDefaults::keepsEveryKindAcrossProcesses()
+{
+    const QVariantMap kinds = everyKind();
+    JsonUserDefaults defaults(m_path);
+    for (auto it = kinds.cbegin(); it != kinds.cend(); ++it) {
+        QVERIFY2(defaults.setObject(it.key(), it.value()), qPrintable(defaults.errorString()));
+        QCOMPARE(described(*defaults.object(it.key())), described(it.value()));
+    }
+    QVERIFY(defaults.setObject(u"texts"_qs, QStringList{u"a"_qs}));
+    QCOMPARE(defaults.texts(u"texts"_qs), QStringList{u"a"_qs});
+    QVERIFY(std::signbit(defaults.object(u"minus zero"_qs)->toDouble()));
+
+    QProcess other;
+    startChild(other, {u"--check"_qs, m_path});
+    QVERIFY(other.waitForFinished());
+    QCOMPARE(other.exitCode(), 0);
+
+    struct stat status
+    {
+    };
+    QCOMPARE(::stat(QFile::encodeName(m_path).constData(), &status), 0);
+    QCOMPARE(status.st_mode & 0777, 0600U);
+    QCOMPARE(::stat(qPrintable(m_folder->filePath(u"new"_qs)), &status), 0);
+    QCOMPARE(status.st_mode & 0777, 0700U);
+}
+
+void TestJsonUserDefaults::refusesOtherKinds_data()
+{
+    QTest::addColumn<QVariant>("value");
+    QVariant deep = 1;
+    for (int depth = 0; depth <= maximumDefaultsDepth; ++depth)
+        deep = QVariantList{deep};
+    QTest::newRow("nothing") << QVariant();
+    QTest::newRow("date") << QVariant(QDate(2024, 1, 1));
+    QTest::newRow("date in a list") << QVariant(QVariantList{1, QDate(2024, 1, 1)});
+    QTest::newRow("nested too deeply") << deep;
+    QTest::newRow("too large") << QVariant(QString(maximumDefaultsSize, u'x'));
+}
+
+void TestJsonUserDefaults::refusesOtherKinds()
+{
+    QFETCH(const QVariant, value);
+    JsonUserDefaults defaults(m_path);
+    QVERIFY(defaults.setObject(u"key"_qs, u"before"_qs));
+    const QByteArray before = contentOf(m_path);
+
+    QVERIFY(!defaults.setObject(u"key"_qs, value));
+    QVERIFY(defaults.errorString().contains(u"key"));
+    QCOMPARE(defaults.object(u"key"_qs), QVariant(u"before"_qs));
+    QCOMPARE(contentOf(m_path), before);
+
+    QVERIFY(defaults.setObject(u"key"_qs, u"after"_qs));
+    QCOMPARE(defaults.errorString(), QString());
+}
+
+void TestJsonUserDefaults::writesOnlyChanges()
+{
+    const auto inode = [this] {
+        struct stat status
+        {
+        };
+        return ::stat(QFile::encodeName(m_path).constData(), &status) == 0 ? status.st_ino : 0;
+    };
+    JsonUserDefaults defaults(m_path);
+    QVERIFY(defaults.removeObject(u"absent"_qs));
+    QVERIFY(!QFile::exists(m_path));
+    QVERIFY(defaults.setObject(u"key"_qs, 1));
+    const auto written = inode();
+    QVERIFY(defaults.setObject(u"key"_qs, 1));
+    QVERIFY(defaults.removeObject(u"absent"_qs));
+    QCOMPARE(inode(), written);
+    QVERIFY(defaults.setObject(u"key"_qs, true)); // equal to 1 for QVariant
+    QVERIFY(inode() != written);
+    QCOMPARE(defaults.boolean(u"key"_qs), true);
+    QVERIFY(defaults.removeObject(u"key"_qs));
+    QVERIFY(!defaults.object(u"key"_qs));
+    QCOMPARE(parseDefaults(contentOf(m_path)), QVariantMap());
+}
+
+void TestJsonUserDefaults::seesTheWritesOfOthers()
+{
+    JsonUserDefaults mine(m_path);
+    JsonUserDefaults theirs(m_path);
+    QVERIFY(!mine.object(u"key"_qs));
+    for (int number = 0; number < 20; ++number) {
+        QVERIFY(theirs.setObject(u"key"_qs, number % 10));
+        QCOMPARE(mine.object(u"key"_qs), QVariant(number % 10));
+    }
+    QVERIFY(QFile::remove(m_path));
+    QVERIFY(!mine.object(u"key"_qs));
+    QCOMPARE(mine.errorString(), QString());
+}
+
+void TestJsonUserDefaults::losesNothingBetweenTwoWriters()
+{
+    constexpr int count = 60;
+    QProcess first;
+    QProcess second;
+    startChild(first, {u"--write"_qs, m_path, u"first"_qs, QString::number(count)});
+    startChild(second, {u"--write"_qs, m_path, u"second"_qs, QString::number(count)});
+    QVERIFY(first.waitForFinished(60'000) && second.waitForFinished(60'000));
+    QCOMPARE(first.exitCode() + second.exitCode(), 0);
+
+    const JsonUserDefaults defaults(m_path);
+    for (int number = 0; number < count; ++number) {
+        QCOMPARE(defaults.object(u"first"_qs + QString::number(number)), QVariant(number));
+        QCOMPARE(defaults.object(u"second"_qs + QString::number(number)), QVariant(number));
+    }
+}
+
+void TestJsonUserDefaults::keepsWhatWasAcknowledgedBeforeAKill()
+{
+    JsonUserDefaults defaults(m_path);
+    for (int round = 1; round <= 3; ++round) {
+        const QString prefix = u"round %1 "_qs.arg(round);
+        QProcess writer;
+        startChild(writer, {u"--write"_qs, m_path, prefix, u"100000"_qs});
+        QByteArray output;
+        while (output.count('\n') < 7 * round && writer.waitForReadyRead())
+            output += writer.readAllStandardOutput();
+        writer.kill();
+        QVERIFY(writer.waitForFinished());
+        output += writer.readAllStandardOutput();
+
+        const auto acknowledged = output.count('\n');
+        QVERIFY(acknowledged >= 7 * round);
+        for (int number = 0; number < acknowledged; ++number)
+            QCOMPARE(defaults.object(prefix + QString::number(number)), QVariant(number));
+        // Whatever lock the dead process left does not stand in the way.
+        QVERIFY2(defaults.setObject(u"own"_qs, round), qPrintable(defaults.errorString()));
+    }
+}
+
+void TestJsonUserDefaults::setsADamagedFileAside_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    const QByteArray deep
+        = QByteArray(maximumDefaultsDepth + 2, '[') + QByteArray(maximumDefaultsDepth + 2, ']');
+    QTest::newRow("empty") << QByteArray();
+    QTest::newRow("cut short") << QByteArray("{\"key\": 1, \"ot");
+    QTest::newRow("not an object") << QByteArray("[1]");
+    QTest::newRow("null") << QByteArray("{\"key\": null}");
+    QTest::newRow("malformed bytes") << QByteArray("{\"key\": {\"$data\": \"?\"}}");
+    QTest::newRow("marker of another kind") << QByteArray("{\"key\": {\"$real\": 1}}");
+    QTest::newRow("nested too deeply") << "{\"key\": " + deep + '}';
+    QTest::newRow("too large") << "{\"key\": 1}" + QByteArray(maximumDefaultsSize, ' ');
+}
+
+void TestJsonUserDefaults::setsADamagedFileAside()
+{
+    QFETCH(const QByteArray, content);
+    const QString path = m_folder->filePath(u"settings.json"_qs);
+    putContent(path, content);
+    putContent(path + u".damaged-1"_qs, "kept from before");
+
+    JsonUserDefaults defaults(path);
+    QVERIFY(!defaults.object(u"key"_qs));
+    QVERIFY(defaults.errorString().contains(path));
+    QVERIFY(defaults.removeObject(u"key"_qs));
+    QCOMPARE(contentOf(path), content);
+
+    QVERIFY(defaults.setObject(u"new"_qs, 1));
+    QCOMPARE(defaults.errorString(), QString());
+    QCOMPARE(contentOf(path + u".damaged-1"_qs), "kept from before");
+    QCOMPARE(contentOf(path + u".damaged-2"_qs), content);
+    QCOMPARE(parseDefaults(contentOf(path)), QVariantMap({{u"new"_qs, 1}}));
+}
+
+void TestJsonUserDefaults::keepsValuesInMemoryWhenTheyCannotBeWritten()
+{
+    // Permissions would not stop a test that runs as root; a file in the place of a folder does.
+    const QString obstacle = m_folder->filePath(u"new"_qs);
+    putContent(obstacle, "in the way");
+    JsonUserDefaults defaults(m_path);
+    QVERIFY(!defaults.setObject(u"key"_qs, 1));
+    QVERIFY(defaults.errorString().contains(obstacle));
+    QVERIFY(!defaults.setObject(u"gone"_qs, 1));
+    QVERIFY(!defaults.removeObject(u"gone"_qs));
+    QCOMPARE(defaults.object(u"key"_qs), QVariant(1));
+    QVERIFY(!defaults.object(u"gone"_qs));
+    QVERIFY(!JsonUserDefaults(m_path).object(u"key"_qs));
+
+    QVERIFY(QFile::remove(obstacle));
+    QVERIFY(defaults.setObject(u"other"_qs, 2));
+    QCOMPARE(parseDefaults(contentOf(m_path)), QVariantMap({{u"key"_qs, 1}, {u"other"_qs, 2}}));
+
+    // What cannot be read is not replaced either.
+    JsonUserDefaults onFolder(m_folder->path());
+    QVERIFY(!onFolder.setObject(u"key"_qs, 1));
+    QVERIFY(!onFolder.errorString().isEmpty());
+}
+
+void TestJsonUserDefaults::givesUpOnALockThatIsHeld()
+{
+    JsonUserDefaults defaults(m_path);
+    QVERIFY(defaults.setObject(u"key"_qs, 1));
+    QLockFile lock(m_path + u".lock"_qs);
+    QVERIFY(lock.tryLock());
+    QVERIFY(!defaults.setObject(u"key"_qs, 2));
+    QVERIFY(defaults.errorString().contains(QString::number(QCoreApplication::applicationPid())));
+    QCOMPARE(defaults.object(u"key"_qs), QVariant(2));
+    QCOMPARE(JsonUserDefaults(m_path).object(u"key"_qs), QVariant(1));
+    lock.unlock();
+    QVERIFY(defaults.setObject(u"other"_qs, 3));
+    QCOMPARE(JsonUserDefaults(m_path).object(u"key"_qs), QVariant(2));
+}
+
+int main(int argc, char **argv)
+{
+    QCoreApplication application(argc, argv);
+    const QStringList arguments = application.arguments();
+    if (arguments.size() > 2 && (arguments[1] == u"--check" || arguments[1] == u"--write"))
+        return childRole(arguments);
+    TestJsonUserDefaults test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_json_user_defaults.moc"
