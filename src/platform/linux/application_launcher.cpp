@@ -8,6 +8,7 @@
 
 #include <thread>
 #include <utility>
+#include <vector>
 
 #include <fcntl.h>
 #include <gio/gdesktopappinfo.h>
@@ -119,8 +120,9 @@ Reason reasonForRefusal(const QString &path)
     return tryCommand(command.get());
 }
 
-// Activation over D-Bus, which tells how it went, unlike GIO's blocking call.
-Reason activate(GAppInfo *info, GAppLaunchContext *launchContext, GCancellable *cancellable)
+// Activation over D-Bus, which tells how it went, unlike GIO's blocking call. With a launch context
+// GIO would complain, when it fails, that the context tracks no start.
+Reason activate(GAppInfo *info, GCancellable *cancellable)
 {
     struct Outcome
     {
@@ -128,7 +130,7 @@ Reason activate(GAppInfo *info, GAppLaunchContext *launchContext, GCancellable *
         Reason reason;
     } outcome;
     g_app_info_launch_uris_async(
-        info, nullptr, launchContext, cancellable,
+        info, nullptr, nullptr, cancellable,
         [](GObject *source, GAsyncResult *result, void *data) {
             auto &filled = *static_cast<Outcome *>(data);
             GError *error = nullptr;
@@ -142,13 +144,17 @@ Reason activate(GAppInfo *info, GAppLaunchContext *launchContext, GCancellable *
     return outcome.reason;
 }
 
-Reason spawn(GDesktopAppInfo *info, GAppLaunchContext *launchContext)
+Reason spawn(GDesktopAppInfo *info)
 {
+    const GObjectPointer<GAppLaunchContext> launchContext(g_app_launch_context_new());
+    // Tokens of our own start, which are not the application's to use.
+    g_app_launch_context_unsetenv(launchContext.get(), "DESKTOP_STARTUP_ID");
+    g_app_launch_context_unsetenv(launchContext.get(), "XDG_ACTIVATION_TOKEN");
     GError *error = nullptr;
     const int null = ::open("/dev/null", O_RDWR | O_CLOEXEC);
     const bool launched = g_desktop_app_info_launch_uris_as_manager_with_fds(
-        info, nullptr, launchContext, G_SPAWN_SEARCH_PATH, [](void *) { ::setsid(); }, nullptr,
-        nullptr, nullptr, null, null, null, &error);
+        info, nullptr, launchContext.get(), G_SPAWN_SEARCH_PATH, [](void *) { ::setsid(); },
+        nullptr, nullptr, nullptr, null, null, null, &error);
     if (null >= 0)
         ::close(null);
     return launched ? std::nullopt : reasonFrom(error);
@@ -162,13 +168,9 @@ Reason start(const QString &path, GCancellable *cancellable)
         g_desktop_app_info_new_from_filename(QFile::encodeName(path).constData()));
     if (!info)
         return reasonForRefusal(path);
-    const GObjectPointer<GAppLaunchContext> launchContext(g_app_launch_context_new());
-    // Tokens of our own start, which are not the application's to use.
-    g_app_launch_context_unsetenv(launchContext.get(), "DESKTOP_STARTUP_ID");
-    g_app_launch_context_unsetenv(launchContext.get(), "XDG_ACTIVATION_TOKEN");
     if (g_desktop_app_info_get_boolean(info.get(), "DBusActivatable"))
-        return activate(G_APP_INFO(info.get()), launchContext.get(), cancellable);
-    return spawn(info.get(), launchContext.get());
+        return activate(G_APP_INFO(info.get()), cancellable);
+    return spawn(info.get());
 }
 
 // On a thread of its own, with a main context of its own: GIO waits for the session bus even to
