@@ -225,8 +225,10 @@ private:
 template <typename Value>
 void TovelModel::publish(Value &field, const Value &value, Property property)
 {
-    if (field == value)
+    if (field == value) {
+        field = value; // an equal value may hold newer handles
         return;
+    }
     Q_EMIT willChange(property);
     field = value;
     Q_EMIT didChange(property);

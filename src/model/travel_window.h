@@ -23,7 +23,13 @@ struct TravelWindow
     std::optional<QString> skipReason; // why the window cannot move; absent when it can
     std::optional<std::int32_t> ownerPID;
 
-    bool operator==(const TravelWindow &) const = default;
+    // Elements are handles, and a window may have several: what counts is whether there is one.
+    bool operator==(const TravelWindow &other) const
+    {
+        return id == other.id && !element == !other.element && appID == other.appID
+            && appName == other.appName && title == other.title && spaces == other.spaces
+            && skipReason == other.skipReason && ownerPID == other.ownerPID;
+    }
 };
 
 } // namespace tovel

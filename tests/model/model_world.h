@@ -6,7 +6,7 @@
 #include <QCoroTask>
 #include <QMetaEnum>
 
-#include <algorithm>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -25,6 +25,7 @@ class ModelWorld
 public:
     ModelWorld()
         : m_installation(desktop.platform())
+        , m_startTime(desktop.clock().monotonicTime())
     {
         desktop.addDisplay({.identifier = u"A"_s,
                             .number = 1,
@@ -49,12 +50,13 @@ public:
         desktop.addWindow({.number = 101, .pid = notesPid, .title = u"List"_s, .spaces = {10}});
         desktop.addWindow({.number = 102, .pid = mailPid, .spaces = {11}});
         defaults().setObject(u"selected"_s, QStringList{u"org.notes"_s, u"org.mail"_s});
-        defaults().takeWrites();
     }
 
     MemoryUserDefaults &defaults() { return desktop.userDefaults().standardUserDefaults(); }
+    SimWindow &window(std::uint32_t number) { return desktop.window(number); }
+    double elapsed() { return desktop.clock().monotonicTime() - m_startTime; }
 
-    // Makes the model and starts to record its notifications.
+    // Makes the model and starts every record afresh.
     TovelModel &start()
     {
         model = std::make_unique<TovelModel>(desktop.platform());
@@ -77,38 +79,33 @@ public:
 
     Desktop target(std::uint64_t id) const
     {
-        const auto list = model->readDesktops();
-        const auto found = std::find_if(list.cbegin(), list.cend(),
-                                        [id](const Desktop &item) { return item.id == id; });
-        return found == list.cend() ? Desktop{.id = id} : *found;
+        for (const Desktop &item : model->readDesktops()) {
+            if (item.id == id)
+                return item;
+        }
+        return {.id = id};
     }
 
     TravelWindow listed(std::uint32_t id) const
     {
-        for (const TravelWindow &window : model->windows()) {
-            if (window.id == id)
-                return window;
+        for (const TravelWindow &item : model->windows()) {
+            if (item.id == id)
+                return item;
         }
         return {};
     }
 
-    // Runs the task in virtual time; false when it does not end.
+    // Runs a task in virtual time; false, or nothing, when it does not end.
     bool finish(const QCoro::Task<> &task)
     {
         return desktop.clock().runUntil([&] { return task.isReady(); }, 600);
     }
-
     std::optional<bool> finish(QCoro::Task<bool> task)
     {
         std::optional<bool> result;
         const auto waiting = store(std::move(task), &result);
         desktop.clock().runUntil([&] { return result.has_value(); }, 600);
         return result;
-    }
-
-    bool migrateTo(std::uint64_t id, std::optional<bool> follow = std::nullopt)
-    {
-        return finish(model->migrate(target(id), follow));
     }
 
     SimulatedDesktop desktop;
@@ -121,11 +118,15 @@ private:
     }
 
     PlatformInstallation m_installation;
+    double m_startTime;
     std::optional<TovelModel::Property> m_announced;
     QStringList m_changes;
 
 public:
     std::unique_ptr<TovelModel> model;
 };
+
+// What a row of a table does to the world.
+using Change = std::function<void(ModelWorld &)>;
 
 } // namespace tovel

@@ -4,12 +4,6 @@
 
 using namespace tovel;
 
-namespace {
-
-using Change = std::function<void(ModelWorld &)>;
-
-} // namespace
-
 class TestMigration : public QObject
 {
     Q_OBJECT
@@ -41,12 +35,12 @@ void TestMigration::refusal_data()
         [](auto &w) { w.desktop.display(u"A"_s).spaces.removeAt(3); });
     row("nothing to move", {u"No movable windows. Add an app or restore its windows."_s},
         [](auto &w) {
-            w.desktop.window(101).fullScreen = true;
+            w.window(101).fullScreen = true;
             w.desktop.removeWindow(102);
         });
     row("already there", {}, [](auto &w) {
-        w.desktop.window(101).spaces = {12};
-        w.desktop.window(102).spaces = {12};
+        w.window(101).spaces = {12};
+        w.window(102).spaces = {12};
     });
 }
 
@@ -73,7 +67,7 @@ void TestMigration::refusal()
 
 void TestMigration::outcome_data()
 {
-    QTest::addColumn<Change>("change"); // after the model listed the windows and before it moves
+    QTest::addColumn<Change>("change");
     QTest::addColumn<QString>("message");
     QTest::addColumn<QStringList>("issues");
     const auto row
@@ -93,47 +87,47 @@ void TestMigration::outcome_data()
     const QStringList replaced{u"Mail: window changed; skipped."_s};
     row("all", moved2, {}, [](auto &) {});
     row("one there", u"1 moved · 1 already there"_s, {},
-        [](auto &w) { w.desktop.window(101).spaces = {12}; });
+        [](auto &w) { w.window(101).spaces = {12}; });
     row("one skipped", u"1 moved · 0 already there · 1 skipped"_s, {},
-        [](auto &w) { w.desktop.window(102).fullScreen = true; });
-    row("slow", moved2, {}, [](auto &w) { w.desktop.window(101).moveDelay = 0.71; });
+        [](auto &w) { w.window(102).fullScreen = true; });
+    row("slow", moved2, {}, [](auto &w) { w.window(101).moveDelay = 0.71; });
     row("too slow", lost, {u"Notes: could not move (0)."_s},
-        [](auto &w) { w.desktop.window(101).moveDelay = 0.73; });
+        [](auto &w) { w.window(101).moveDelay = 0.73; });
     row("refused", u"0 moved · 0 already there · 2 failed"_s,
         {u"Notes: could not move (9)."_s, u"Mail: could not move (9)."_s}, [](auto &w) {
             w.desktop.dropSymbol(SimulatedDesktop::submitMoveSymbol());
             w.desktop.world().setWorkspaceStatus = 9;
         });
     row("elsewhere", lost, {u"Notes: could not move (0)."_s}, [](auto &w) {
-        w.desktop.window(101).move = SimMove::Elsewhere;
-        w.desktop.window(101).elsewhere = 11;
+        w.window(101).move = SimMove::Elsewhere;
+        w.window(101).elsewhere = 11;
     });
     row("arrived before its turn", u"1 moved · 1 already there"_s, {},
-        whenMoving(101, [](auto &w) { w.desktop.window(102).spaces = {12}; }));
+        whenMoving(101, [](auto &w) { w.window(102).spaces = {12}; }));
     row("on two desktops meanwhile", lost, changed, whenMoving(101, [](auto &w) {
-            w.desktop.window(102).spaces = {11, 12};
+            w.window(102).spaces = {11, 12};
         }));
     row("on a full-screen space meanwhile", lost, changed,
-        whenMoving(101, [](auto &w) { w.desktop.window(102).spaces = {50}; }));
+        whenMoving(101, [](auto &w) { w.window(102).spaces = {50}; }));
     row("desktop gone meanwhile", lost, changed,
         whenMoving(101, [](auto &w) { w.desktop.display(u"A"_s).spaces.removeAt(1); }));
     row("full screen meanwhile", lost, replaced,
-        whenMoving(101, [](auto &w) { w.desktop.window(102).fullScreen = true; }));
+        whenMoving(101, [](auto &w) { w.window(102).fullScreen = true; }));
     row("other number meanwhile", lost, replaced,
-        whenMoving(101, [](auto &w) { w.desktop.window(102).elementNumber = 103; }));
+        whenMoving(101, [](auto &w) { w.window(102).elementNumber = 103; }));
     row("full screen unreadable", moved2, {}, [](auto &w) {
-        w.desktop.window(102).attributes[u"AXFullScreen"_s] = {kAXErrorSuccess, u"true"_s};
+        w.window(102).attributes[u"AXFullScreen"_s] = {kAXErrorSuccess, u"true"_s};
     });
 
     const auto unlisted = [](const Change &change) {
         return [=](ModelWorld &world) {
-            world.desktop.window(102).listed = false;
+            world.window(102).listed = false;
             change(world);
         };
     };
     row("inventory only", moved2, {}, unlisted([](auto &) {}));
     row("inventory only, replaced meanwhile", lost, replaced,
-        unlisted(whenMoving(101, [](auto &w) { w.desktop.window(102).pid = notesPid; })));
+        unlisted(whenMoving(101, [](auto &w) { w.window(102).pid = notesPid; })));
     row("inventory only, owner replaced meanwhile", lost, replaced,
         unlisted(whenMoving(101, [](auto &w) {
             w.desktop.application(mailPid).bundleIdentifier = u"org.other"_s;
@@ -148,14 +142,14 @@ void TestMigration::outcome()
     QFETCH(QString, message);
     QFETCH(QStringList, issues);
     ModelWorld world;
+    change(world);
     TovelModel &model = world.start();
     int finished = 0;
     model.onMigrationFinished([&] {
         ++finished;
         QVERIFY(!model.busy());
     });
-    change(world);
-    QVERIFY(world.migrateTo(12, false));
+    QVERIFY(world.finish(model.migrate(world.target(12), false)));
     QCOMPARE(model.message(), message);
     QCOMPARE(model.issues(), issues);
     QCOMPARE(model.hasSkippedWindows(), message.contains(u"skipped"));
@@ -172,7 +166,7 @@ void TestMigration::reportsProgress()
         if (property == TovelModel::Property::message)
             messages.append(model.message());
     });
-    QVERIFY(world.migrateTo(12, false));
+    QVERIFY(world.finish(model.migrate(world.target(12), false)));
     QCOMPARE(
         messages,
         (QStringList{u"Moving 1 of 2…"_s, u"Moving 2 of 2…"_s, u"2 moved · 0 already there"_s}));
@@ -180,7 +174,7 @@ void TestMigration::reportsProgress()
              (QStringList{u"busy"_s, u"message"_s, u"message"_s, u"message"_s, u"busy"_s,
                           u"windows"_s}));
     QVERIFY(model.flockDesktopID() == 12U);
-    QCOMPARE(world.desktop.clock().monotonicTime(), 0.12);
+    QCOMPARE(world.elapsed(), 0.12);
 }
 
 void TestMigration::follows_data()
@@ -198,7 +192,7 @@ void TestMigration::follows_data()
     };
     const Change noneMoves = [](auto &w) {
         for (const std::uint32_t window : {101, 102})
-            w.desktop.window(window).move = SimMove::Never;
+            w.window(window).move = SimMove::Never;
     };
     const std::optional<bool> asChosen;
     QTest::newRow("chosen") << true << asChosen << nothing << true << false;
@@ -221,7 +215,7 @@ void TestMigration::follows()
     model.setFollow(chosen);
     world.defaults().takeWrites();
     change(world);
-    QVERIFY(world.migrateTo(12, thisRun));
+    QVERIFY(world.finish(model.migrate(world.target(12), thisRun)));
     QCOMPARE(world.desktop.display(u"A"_s).currentSpace, shown ? 12U : 10U);
     const QString complaint
         = u"Apps moved. Could not switch desktops; check Mission Control shortcuts."_s;
@@ -266,7 +260,7 @@ void TestMigration::stopsAfterTheWindowItIsOn()
     QCOMPARE(finished, 1);
     QCOMPARE(world.desktop.takeJournal(), QStringList{u"submit 101 12"_s});
 
-    QVERIFY(world.migrateTo(12));
+    QVERIFY(world.finish(model.migrate(world.target(12))));
     QCOMPARE(model.message(), u"2 moved · 1 already there"_s);
     QCOMPARE(model.untriedWindows(), 0);
     QCOMPARE(world.desktop.display(u"A"_s).currentSpace, 12U);

@@ -6,8 +6,6 @@ using namespace tovel;
 
 namespace {
 
-using Change = std::function<void(SimulatedDesktop &)>;
-
 QStringList lines(const QList<Desktop> &desktops)
 {
     QStringList result;
@@ -100,31 +98,24 @@ void TestModelInventory::findsScreens_data()
 {
     QTest::addColumn<Change>("change");
     QTest::addColumn<std::uint32_t>("screen");
-    const auto row = [](const char *name, std::uint32_t screen, const Change &change) {
-        QTest::newRow(name) << change << screen;
+    const Change rename = [](auto &w) { w.desktop.display(u"A"_s).uuid = u"other"_s; };
+    const auto alone = [](const Change &change) {
+        return [=](ModelWorld &world) {
+            world.desktop.display(u"A"_s).uuid = u"other"_s;
+            world.desktop.alterReply("SLSCopyManagedDisplaySpaces",
+                                     [](auto reply) { return QVariantList{reply->value(0)}; });
+            change(world);
+        };
     };
-    const auto removeOther = [](SimulatedDesktop &desktop) {
-        desktop.world().displays.back().spaces.clear();
-        desktop.alterReply("SLSCopyManagedDisplaySpaces",
-                           [](auto reply) { return QVariantList{reply->value(0)}; });
-    };
-    row("by UUID", 1, [](auto &) {});
-    row("no screen of several", 0, [](auto &d) { d.display(u"A"_s).uuid = u"other"_s; });
-    row("no number", 0, [](auto &d) { d.display(u"A"_s).number.reset(); });
-    row("lone display", 1, [=](auto &d) {
-        d.display(u"A"_s).uuid = u"other"_s;
-        removeOther(d);
-    });
-    row("lone display, by UUID", 2, [=](auto &d) {
-        d.display(u"A"_s).uuid = u"other"_s;
-        d.display(u"B"_s).uuid = u"A"_s;
-        removeOther(d);
-    });
-    row("lone display, no screens", 0, [=](auto &d) {
-        d.display(u"A"_s).hasScreen = false;
-        d.display(u"B"_s).hasScreen = false;
-        removeOther(d);
-    });
+    QTest::newRow("by UUID") << Change([](auto &) {}) << 1U;
+    QTest::newRow("no screen of several") << rename << 0U;
+    QTest::newRow("lone display") << Change(alone([](auto &) {})) << 1U;
+    QTest::newRow("lone display, by UUID")
+        << Change(alone([](auto &w) { w.desktop.display(u"B"_s).uuid = u"A"_s; })) << 2U;
+    QTest::newRow("lone display, no screens") << Change(alone([](auto &w) {
+        w.desktop.display(u"A"_s).hasScreen = false;
+        w.desktop.display(u"B"_s).hasScreen = false;
+    })) << 0U;
 }
 
 void TestModelInventory::findsScreens()
@@ -132,7 +123,7 @@ void TestModelInventory::findsScreens()
     QFETCH(Change, change);
     QFETCH(std::uint32_t, screen);
     ModelWorld world;
-    change(world.desktop);
+    change(world);
     QCOMPARE(world.start().desktops().value(0).displayID, screen);
 }
 
@@ -226,43 +217,42 @@ void TestModelInventory::listsWindow_data()
     const auto with = [](const QString &rest) { return u"101 org.notes Notes 'List' "_s + rest; };
     const QString bare = u"101 org.notes Notes 'Window' [10] pid 500 moves"_s;
     row("on a desktop", with(u"[10] moves"_s), [](auto &) {});
-    row("minimized", with(u"[10] moves"_s), [](auto &d) { d.window(101).minimized = true; });
-    row("full screen", with(u"[50] Full screen — leave full screen to move"_s), [](auto &d) {
-        d.window(101).fullScreen = true;
-        d.window(101).spaces = {50};
+    row("minimized", with(u"[10] moves"_s), [](auto &w) { w.window(101).minimized = true; });
+    row("full screen", with(u"[50] Full screen — leave full screen to move"_s), [](auto &w) {
+        w.window(101).fullScreen = true;
+        w.window(101).spaces = {50};
     });
-    row("several", with(u"[11,10] On multiple desktops — set Assign To to None"_s), [](auto &d) {
-        d.window(101).spaces = {11, 10};
+    row("several", with(u"[11,10] On multiple desktops — set Assign To to None"_s), [](auto &w) {
+        w.window(101).spaces = {11, 10};
     });
     row("irregular", with(u"[50] Not on a regular desktop"_s),
-        [](auto &d) { d.window(101).spaces = {50}; });
-    row("nowhere", with(u"[] Desktop unavailable"_s), [](auto &d) { d.window(101).spaces = {}; });
-    row("nowhere, ordered out", {}, [](auto &d) {
-        d.window(101).spaces = {};
-        d.window(101).orderedIn = false;
+        [](auto &w) { w.window(101).spaces = {50}; });
+    row("nowhere", with(u"[] Desktop unavailable"_s), [](auto &w) { w.window(101).spaces = {}; });
+    row("nowhere, ordered out", {}, [](auto &w) {
+        w.window(101).spaces = {};
+        w.window(101).orderedIn = false;
     });
-    row("nowhere, hidden", with(u"[] Desktop unavailable"_s), [](auto &d) {
-        d.window(101).spaces = {};
-        d.window(101).orderedIn = false;
-        d.application(notesPid).hidden = true;
+    row("nowhere, hidden", with(u"[] Desktop unavailable"_s), [](auto &w) {
+        w.window(101).spaces = {};
+        w.window(101).orderedIn = false;
+        w.desktop.application(notesPid).hidden = true;
     });
     row("no title", u"101 org.notes Notes 'Window' [10] moves"_s,
-        [](auto &d) { d.window(101).title.reset(); });
-    row("no application name", u"101 org.notes org.notes 'List' [10] moves"_s,
-        [](auto &d) { d.application(notesPid).name.reset(); });
-    row("accessory", with(u"[10] moves"_s),
-        [](auto &d) { d.application(notesPid).policy = NSApplicationActivationPolicy::Accessory; });
-    row("inventory only", bare, [](auto &d) { d.window(101).listed = false; });
-    row("no standard window", bare, [](auto &d) { d.window(101).subrole = u"AXUnknown"_s; });
+        [](auto &w) { w.window(101).title.reset(); });
+    row("accessory", with(u"[10] moves"_s), [](auto &w) {
+        w.desktop.application(notesPid).policy = NSApplicationActivationPolicy::Accessory;
+    });
+    row("inventory only", bare, [](auto &w) { w.window(101).listed = false; });
+    row("no standard window", bare, [](auto &w) { w.window(101).subrole = u"AXUnknown"_s; });
     row("inventory only, several",
         u"101 org.notes Notes 'Window' [10,11] pid 500 On multiple desktops — set Assign To to None"_s,
-        [](auto &d) {
-            d.window(101).listed = false;
-            d.window(101).spaces = {10, 11};
+        [](auto &w) {
+            w.window(101).listed = false;
+            w.window(101).spaces = {10, 11};
         });
-    row("untrusted", {}, [](auto &d) { d.world().trusted = false; });
-    row("spaces malformed", with(u"[] Desktop unavailable"_s), [](auto &d) {
-        d.replaceReply("SLSCopySpacesForWindows", QVariantList{quint64(10), u"11"_s});
+    row("untrusted", {}, [](auto &w) { w.desktop.world().trusted = false; });
+    row("spaces malformed", with(u"[] Desktop unavailable"_s), [](auto &w) {
+        w.desktop.replaceReply("SLSCopySpacesForWindows", QVariantList{quint64(10), u"11"_s});
     });
 }
 
@@ -271,7 +261,7 @@ void TestModelInventory::listsWindow()
     QFETCH(Change, change);
     QFETCH(QString, expected);
     ModelWorld world;
-    change(world.desktop);
+    change(world);
     const TovelModel &model = world.start();
     const TravelWindow window = world.listed(101);
     QCOMPARE(window.id ? line(window) : QString(), expected);

@@ -97,7 +97,10 @@ QString table(const QList<QStringList> &rows)
         QString line = u"  "_s;
         for (qsizetype i = 0; i + 1 < row.size(); ++i)
             line += padded(row[i], widths[i]) + u"  "_s;
-        text += line + row.last() + u'\n';
+        line += row.last();
+        while (line.endsWith(u' '))
+            line.chop(1);
+        text += line + u'\n';
     }
     return text;
 }
