@@ -10,8 +10,6 @@ class TestFlock : public QObject
 
 private Q_SLOTS:
     void selects();
-    void selectsDuringMigration();
-    void reopens_data();
     void reopens();
     void reopenNeedsInstallation();
     void reopenWaitsForMigration();
@@ -36,7 +34,6 @@ SimInstalledApplication TestFlock::installed(double delay)
     result.location = QUrl(u"file:///apps/agenda"_s);
     result.launchDelay = delay;
     result.application = {.bundleIdentifier = agenda().id, .name = agenda().name};
-    result.windows = {{.number = 300, .spaces = {10}}};
     return result;
 }
 
@@ -83,48 +80,24 @@ void TestFlock::selects()
     QCOMPARE(TovelModel(world.desktop.platform()).selected(), model.selected());
 }
 
-void TestFlock::selectsDuringMigration()
-{
-    ModelWorld world;
-    TovelModel &model = world.start();
-    const auto task = model.migrate(world.target(12), false);
-    model.select(model.apps().value(0), false);
-    QCOMPARE(model.selected(), QSet<QString>{u"org.notes"_s});
-    QCOMPARE(model.windows().size(), 2);
-    QVERIFY(world.finish(task));
-    QCOMPARE(model.message(), u"2 moved · 0 already there"_s);
-    QCOMPARE(model.windows().size(), 1);
-}
-
-void TestFlock::reopens_data()
-{
-    QTest::addColumn<std::optional<QString>>("failure");
-    QTest::addColumn<QStringList>("issues");
-    QTest::newRow("starts") << std::optional<QString>() << QStringList();
-    QTest::newRow("fails") << std::optional(u"No memory"_s)
-                           << QStringList{u"Couldn’t open Agenda: No memory"_s};
-}
-
 void TestFlock::reopens()
 {
-    QFETCH(std::optional<QString>, failure);
-    QFETCH(QStringList, issues);
-    ModelWorld world;
-    SimInstalledApplication application = installed(1.5);
-    application.launchFailure = failure;
-    world.desktop.world().installed.append(application);
-    TovelModel &model = world.start();
-    model.select(agenda(), true);
-    model.setIssues({u"old"_s});
-    const auto task = model.reopen(agenda());
-    QCOMPARE(model.issues(), QStringList());
-    model.setIssues({u"meanwhile"_s});
-    world.desktop.removeWindow(102);
-    QVERIFY(world.finish(task));
-    QCOMPARE(world.elapsed(), 1.5);
-    QCOMPARE(model.issues(), failure ? issues : QStringList{u"meanwhile"_s});
-    QCOMPARE(model.windows().size(), failure ? 1 : 2); // looked afresh in both cases
-    QVERIFY(world.desktop.takeJournal().contains(u"open file:///apps/agenda"_s));
+    for (const auto &failure : {std::optional<QString>(), std::optional(u"No memory"_s)}) {
+        ModelWorld world;
+        world.desktop.world().installed.append(installed(1.5));
+        world.desktop.world().installed.last().launchFailure = failure;
+        TovelModel &model = world.start();
+        model.setIssues({u"old"_s});
+        const auto task = model.reopen(agenda());
+        QCOMPARE(model.issues(), QStringList());
+        world.desktop.removeWindow(102);
+        QVERIFY(world.finish(task));
+        QCOMPARE(world.elapsed(), 1.5);
+        QCOMPARE(model.issues(),
+                 failure ? QStringList{u"Couldn’t open Agenda: No memory"_s} : QStringList());
+        QCOMPARE(model.windows().size(), 1); // looked afresh
+        QCOMPARE(world.desktop.takeJournal(), QStringList{u"open file:///apps/agenda"_s});
+    }
 }
 
 void TestFlock::reopenNeedsInstallation()

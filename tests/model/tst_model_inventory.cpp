@@ -227,7 +227,6 @@ void TestModelInventory::listsWindow_data()
     });
     row("irregular", with(u"[50] Not on a regular desktop"_s),
         [](auto &w) { w.window(101).spaces = {50}; });
-    row("nowhere", with(u"[] Desktop unavailable"_s), [](auto &w) { w.window(101).spaces = {}; });
     row("nowhere, ordered out", {}, [](auto &w) {
         w.window(101).spaces = {};
         w.window(101).orderedIn = false;
@@ -239,9 +238,6 @@ void TestModelInventory::listsWindow_data()
     });
     row("no title", u"101 org.notes Notes 'Window' [10] moves"_s,
         [](auto &w) { w.window(101).title.reset(); });
-    row("accessory", with(u"[10] moves"_s), [](auto &w) {
-        w.desktop.application(notesPid).policy = NSApplicationActivationPolicy::Accessory;
-    });
     row("inventory only", bare, [](auto &w) { w.window(101).listed = false; });
     row("no standard window", bare, [](auto &w) { w.window(101).subrole = u"AXUnknown"_s; });
     row("inventory only, several",
@@ -251,9 +247,6 @@ void TestModelInventory::listsWindow_data()
             w.window(101).spaces = {10, 11};
         });
     row("untrusted", {}, [](auto &w) { w.desktop.world().trusted = false; });
-    row("spaces malformed", with(u"[] Desktop unavailable"_s), [](auto &w) {
-        w.desktop.replaceReply("SLSCopySpacesForWindows", QVariantList{quint64(10), u"11"_s});
-    });
 }
 
 void TestModelInventory::listsWindow()

@@ -1,11 +1,14 @@
 #pragma once
 
+#include <QCoroTask>
 #include <QRect>
 #include <QString>
 
 #include <cstdint>
 
 namespace tovel {
+
+class Platform;
 
 // Windows of this process for the self-tests to move. What becomes of them is for the window
 // server to say: their desktops, frames and states are read from there, not from here.
@@ -22,7 +25,17 @@ public:
     virtual void minimize(std::uint32_t number) = 0;
 };
 
-// Where the two fixture windows stand.
+struct FixturePair
+{
+    std::uint32_t first = 0;
+    std::uint32_t second = 0;
+};
+
+// Opens two windows, each at its fixed place, and gives them 0.3 seconds to settle.
+QCoro::Task<FixturePair> openFixturePair(Platform &platform, FixtureWindows &windows,
+                                         QString firstTitle, QString secondTitle);
+
+// Where the two stand.
 inline constexpr QRect firstFixtureContent(120, 140, 260, 120);
 inline constexpr QRect secondFixtureContent(160, 180, 260, 120);
 

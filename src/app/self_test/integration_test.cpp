@@ -52,9 +52,8 @@ QCoro::Task<int> testMovement(const SelfTestSetting &setting, FixtureWindows &wi
         co_return SelfTestSkipped;
     }
 
-    const std::uint32_t moving = windows.open(u"Tovel movement test"_s, firstFixtureContent);
-    const std::uint32_t staying = windows.open(u"Tovel stationary test"_s, secondFixtureContent);
-    co_await Sleep(clock, pause);
+    const auto [moving, staying] = co_await openFixturePair(
+        platform, windows, u"Tovel movement test"_s, u"Tovel stationary test"_s);
     if (minimized) {
         windows.minimize(moving);
         co_await Sleep(clock, pause);

@@ -1,8 +1,6 @@
 #include "app/self_test/self_test.h"
 
 #include "app/self_test/fixture_windows.h"
-#include "platform/platform.h"
-#include "platform/sleep.h"
 
 namespace tovel {
 
@@ -35,10 +33,9 @@ bool asksForMinimized(const QStringList &arguments) { return arguments.contains(
 QCoro::Task<> showFixture(const SelfTestSetting &setting, FixtureWindows &windows)
 {
     const QString title = u"Tovel test fixture %1"_s;
-    const std::uint32_t first = windows.open(title.arg(1), firstFixtureContent);
-    const std::uint32_t second = windows.open(title.arg(2), secondFixtureContent);
-    co_await Sleep(setting.platform.clock(), 0.3);
-    setting.out << first << ',' << second << Qt::endl;
+    const FixturePair pair
+        = co_await openFixturePair(setting.platform, windows, title.arg(1), title.arg(2));
+    setting.out << pair.first << ',' << pair.second << Qt::endl;
 }
 
 } // namespace tovel

@@ -31,7 +31,7 @@ std::unique_ptr<QCoreApplication> makeApplication(SelfTestMode mode, int &argc, 
     // X11 also within a Wayland session, where only such windows can be moved. The second choice
     // keeps a missing display from ending the process before it has said so itself.
     qputenv("QT_QPA_PLATFORM", "xcb;offscreen");
-    QLoggingCategory::setFilterRules(u"qt.qpa.xcb.warning=false\nqt.qpa.plugin.warning=false"_s);
+    QLoggingCategory::setFilterRules(u"qt.qpa.xcb.warning=false\nqt.qpa.plugin=false"_s);
     QGuiApplication::setDesktopFileName(u"org.tovel.Tovel"_s);
     auto application = std::make_unique<QGuiApplication>(argc, argv);
     QGuiApplication::setQuitOnLastWindowClosed(false);

@@ -138,7 +138,7 @@ MachOImage::MachOImage(const QByteArray &symbol, std::uint64_t address, MachOFau
     QByteArray strings = nul;
     std::array<std::uint32_t, 4> names{};
     const std::array<QByteArray, 4> texts{
-        QByteArrayLiteral("_main"), symbol.chopped(2), symbol + "vv",
+        QByteArrayLiteral("_main"), symbol.chopped(1), symbol + "v",
         fault == MachOFault::NoTarget ? QByteArrayLiteral("_other") : symbol};
     for (std::size_t i = 0; i < texts.size(); ++i) {
         names[i] = static_cast<std::uint32_t>(strings.size());

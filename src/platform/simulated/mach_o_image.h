@@ -35,7 +35,8 @@ enum class MachOFault {
 class MachOImage final
 {
 public:
-    // An image whose symbol table has, among others, the symbol at the address in this process.
+    // An image whose symbol table has the symbol at the address in this process, after others:
+    // among them the symbol without its last character, and with a "v" at its end.
     MachOImage(const QByteArray &symbol, std::uint64_t address,
                MachOFault fault = MachOFault::None);
 

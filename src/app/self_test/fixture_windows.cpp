@@ -1,0 +1,35 @@
+#include "app/self_test/fixture_windows.h"
+
+#include "model/readings.h"
+#include "platform/clock.h"
+#include "platform/platform.h"
+#include "platform/sleep.h"
+
+namespace tovel {
+
+namespace {
+
+constexpr double settling = 0.3; // seconds
+constexpr double glance = 0.02; // seconds between two looks at a window that is not there yet
+constexpr int mostGlances = 100;
+
+} // namespace
+
+QCoro::Task<FixturePair> openFixturePair(Platform &platform, FixtureWindows &windows,
+                                         QString firstTitle, QString secondTitle)
+{
+    Clock &clock = platform.clock();
+    FixturePair pair;
+    pair.first = windows.open(firstTitle, firstFixtureContent);
+    pair.second = windows.open(secondTitle, secondFixtureContent);
+    // Showing a window is only a request, which a busy window manager takes its time to grant.
+    for (int i = 0; i < mostGlances; ++i) {
+        if (!readWindowSpaces(pair.first).isEmpty() && !readWindowSpaces(pair.second).isEmpty())
+            break;
+        co_await Sleep(clock, glance);
+    }
+    co_await Sleep(clock, settling);
+    co_return pair;
+}
+
+} // namespace tovel
