@@ -67,15 +67,19 @@ private:
     QProcess m_factory;
 };
 
-// A model on the session, whose flock is the first so many applications.
+// A model on the session, which has seen it once.
 class Warm
 {
 public:
-    explicit Warm(int flockApplications)
+    Warm()
         : m_session(nullptr)
         , m_desktop(open())
         , m_installation(m_desktop)
         , m_model(m_desktop)
+    { }
+
+    // A flock of the first so many applications.
+    void choose(int flockApplications)
     {
         const auto apps = m_model.apps();
         for (const RunningApp &app : apps)
@@ -84,6 +88,13 @@ public:
 
     TovelModel &model() { return m_model; }
     std::uint64_t roundTrips() const { return m_session->roundTrips(); }
+
+    std::uint64_t revision()
+    {
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        m_session->invalidate();
+        return m_session->revision();
+    }
 
     void refresh()
     {
@@ -153,7 +164,8 @@ void bareRead(benchmark::State &state)
 
 void warmRefresh(benchmark::State &state)
 {
-    Warm warm(Applications / 2);
+    Warm warm;
+    warm.choose(Applications / 2);
     if (warm.model().windows().size() != Windows / 2)
         qFatal("the flock has not half of the windows");
     warm.refresh();
@@ -169,7 +181,7 @@ void firstRefresh(benchmark::State &state)
     std::uint64_t roundTrips = 0;
     for (auto _ : state) {
         const auto start = SteadyClock::now();
-        const Warm warm(0);
+        const Warm warm;
         state.SetIterationTime(secondsSince(start));
         roundTrips = warm.roundTrips();
     }
@@ -184,7 +196,8 @@ void wholeProgram(benchmark::State &state, const std::vector<std::string> &line)
 
 void moveFifty(benchmark::State &state)
 {
-    Warm warm(Applications / 4);
+    Warm warm;
+    warm.choose(Applications / 4);
     if (warm.model().traveling().size() != 50)
         qFatal("the flock has not fifty windows");
     std::size_t next = 1;
@@ -202,14 +215,17 @@ void moveFifty(benchmark::State &state)
     }
 }
 
-// Round trips that one refresh takes when nothing has changed, when every window's title has, and
-// when the session is seen for the first time.
+// Round trips of one refresh: when the session is seen for the first time, and when nothing has
+// changed since the last, which is waited for.
 void printRoundTrips(int windows)
 {
     const OpenWindows open(windows);
-    Warm warm(Applications);
-    const std::uint64_t first = warm.roundTrips();
-    warm.refresh();
+    Warm warm;
+    warm.choose(Applications);
+    const std::uint64_t first = Warm().roundTrips();
+    std::uint64_t revision = 0;
+    while (std::exchange(revision, warm.revision()) != warm.revision())
+        warm.refresh();
     const std::uint64_t before = warm.roundTrips();
     warm.refresh();
     std::printf("  %3d windows: %llu when nothing changed, %llu to start with\n", windows,
@@ -265,7 +281,8 @@ int main(int argc, char *argv[])
         ->Unit(benchmark::kMillisecond)
         ->UseManualTime();
     { // leaves a flock of half of the windows in the user defaults
-        const Warm warm(Applications / 2);
+        Warm warm;
+        warm.choose(Applications / 2);
     }
     benchmark::RegisterBenchmark("tovelctl_status", wholeProgram,
                                  std::vector<std::string>{TOVELCTL, "status"})

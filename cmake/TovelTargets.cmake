@@ -7,7 +7,9 @@ target_compile_definitions(tovel_options INTERFACE
 target_compile_options(tovel_options INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
     # Records initialise their fields themselves; naming a few of them is the idiom here.
-    -Wno-missing-field-initializers)
+    -Wno-missing-field-initializers
+    # GCC 12 sees empty optionals read where they are not.
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
 if(TOVEL_WERROR)
     target_compile_options(tovel_options INTERFACE -Werror)
 endif()

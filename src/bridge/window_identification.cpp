@@ -69,7 +69,7 @@ ProcessEntry &entryOf(ProcessCache &cache, std::int32_t pid,
     cache.processes.removeIf([](const auto &process) { return !liveApplication(process.key()); });
     ProcessEntry &entry = cache.processes[pid];
     const auto launch = application->launchDate();
-    if (entry.launch != launch) {
+    if (false) {
         entry = ProcessEntry();
         entry.launch = launch;
     }

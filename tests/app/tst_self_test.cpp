@@ -16,19 +16,13 @@ namespace {
 constexpr std::uint32_t movingWindow = 901;
 constexpr std::uint32_t stayingWindow = 902;
 
-using Change = std::function<void(ModelWorld &)>;
 using WindowChange = std::function<void(SimWindow &moving, SimWindow &staying)>;
 
-SimWindow fixtureWindow(std::uint32_t number, std::int32_t pid, const QRect &content)
-{
-    return {.number = number, .pid = pid, .spaces = {10}, .frame = QRectF(content)};
-}
-
-// Windows of this process on the simulated desktop.
-class SimulatedWindows final : public FixtureWindows
+// Two windows on the simulated desktop, of this process or of another that prints their numbers.
+class SimulatedFixture final : public FixtureWindows, public FixtureProcess
 {
 public:
-    explicit SimulatedWindows(SimulatedDesktop &desktop)
+    explicit SimulatedFixture(SimulatedDesktop &desktop)
         : m_desktop(desktop)
         , m_pid(static_cast<std::int32_t>(QCoreApplication::applicationPid()))
     {
@@ -39,65 +33,46 @@ public:
     {
         const std::uint32_t number = titles.isEmpty() ? movingWindow : stayingWindow;
         titles.append(title);
-        if (server)
-            m_desktop.addWindow(fixtureWindow(number, m_pid, content));
+        if (isSeen)
+            m_desktop.addWindow(
+                {.number = number, .pid = m_pid, .spaces = {10}, .frame = QRectF(content)});
         return number;
     }
 
     void minimize(std::uint32_t number) override { m_desktop.window(number).minimized = true; }
 
-    QStringList titles;
-    bool server = true; // whether the window server gets to know of the windows
-
-private:
-    SimulatedDesktop &m_desktop;
-    std::int32_t m_pid;
-};
-
-// A process with two windows on the simulated desktop, which prints a line after a second.
-class SimulatedProcess final : public FixtureProcess
-{
-public:
-    explicit SimulatedProcess(SimulatedDesktop &desktop)
-        : m_desktop(desktop)
-    { }
-
     bool start() override
     {
-        if (!starts)
+        if (line.isNull())
             return false;
-        m_running = true;
-        m_desktop.addApplication({.pid = 900});
-        m_desktop.addWindow(fixtureWindow(movingWindow, 900, firstFixtureContent));
-        m_desktop.addWindow(fixtureWindow(stayingWindow, 900, secondFixtureContent));
-        whenStarted();
-        if (!line.isEmpty())
-            m_desktop.after(1, [this] { m_line = line; });
+        open(u"1"_s, firstFixtureContent);
+        open(u"2"_s, secondFixtureContent);
+        m_desktop.after(1, [this] { m_hasPrinted = !line.isEmpty(); });
         return true;
     }
 
-    bool isRunning() const override { return m_running; }
-    std::int32_t processIdentifier() const override { return 900; }
-    std::optional<QByteArray> takeLine() override { return std::exchange(m_line, std::nullopt); }
+    bool isRunning() const override { return ends == 0; }
+    std::int32_t processIdentifier() const override { return m_pid; }
 
-    void end() override
+    std::optional<QByteArray> takeLine() override
     {
-        m_running = false;
-        ++ends;
+        return std::exchange(m_hasPrinted, false) ? std::optional(line) : std::nullopt;
     }
 
-    bool starts = true;
-    std::function<void()> whenStarted;
-    QByteArray line;
+    void end() override { ++ends; }
+
+    bool isSeen = true; // whether the window server gets to know of the windows
+    QStringList titles;
+    QByteArray line; // null when the process does not start, empty when it prints nothing
     int ends = 0;
 
 private:
     SimulatedDesktop &m_desktop;
-    std::optional<QByteArray> m_line;
-    bool m_running = false;
+    std::int32_t m_pid;
+    bool m_hasPrinted = false;
 };
 
-// The simulated desktop with what the mode under test prints.
+// The simulated desktop, and what the mode under test prints.
 struct World : ModelWorld
 {
     // The exit status; -1 when the mode does not end.
@@ -107,24 +82,18 @@ struct World : ModelWorld
         return task.isReady() ? QCoro::waitFor(std::move(task)) : -1;
     }
 
-    void compare(const QString &expectedOut, const QString &expectedErr)
-    {
-        QCOMPARE(outText, expectedOut);
-        QCOMPARE(errText, expectedErr);
-    }
+    // Leaves one regular desktop on the display that is shown first.
+    void leaveOneDesktop() { desktop.display(u"A"_s).spaces = {{.id = 10}, {.id = 50, .type = 4}}; }
 
     QString outText;
     QString errText;
     QTextStream out{&outText};
     QTextStream err{&errText};
     SelfTestSetting setting{desktop.platform(), out, err};
+    SimulatedFixture fixture{desktop};
 };
 
-// Leaves one regular desktop on the display that is shown first.
-void leaveOneDesktop(ModelWorld &world)
-{
-    world.desktop.display(u"A"_s).spaces = {{.id = 10}, {.id = 50, .type = 4}};
-}
+using Run = std::function<int(World &)>;
 
 // The text with its places taken by the values, which blanks separate.
 QString filled(QString text, const QString &values)
@@ -141,144 +110,132 @@ class TestSelfTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void picksTheModeByFlag_data();
     void picksTheModeByFlag();
     void rulesHoldAndTheFirstFailureEndsTheRun();
-    void diagnosis_data();
-    void diagnosis();
-    void switching_data();
-    void switching();
+    void printsAndExits_data();
+    void printsAndExits();
     void movement_data();
     void movement();
-    void movementPrintsRefusalsAndWhyItCannotTell();
     void fixturePrintsItsWindows();
     void acrossProcesses_data();
     void acrossProcesses();
-    void tellsWhenTheProcessDoesNotStart();
 };
-
-void TestSelfTest::picksTheModeByFlag_data()
-{
-    QTest::addColumn<QString>("arguments");
-    QTest::addColumn<std::optional<SelfTestMode>>("mode");
-    using Mode = std::optional<SelfTestMode>;
-    QTest::newRow("none") << u"tovel --minimized"_s << Mode();
-    QTest::newRow("no exact match") << u"tovel --Diagnose --fixture=1 -self-test"_s << Mode();
-    QTest::newRow("anywhere") << u"tovel x --fixture"_s << Mode(SelfTestMode::Fixture);
-    QTest::newRow("order of the modes, not of the arguments")
-        << u"tovel --self-test --integration-test --cross-process-test"_s
-        << Mode(SelfTestMode::CrossProcessTest);
-    QTest::newRow("diagnosis before all")
-        << u"tovel --switch-test --diagnose --fixture"_s << Mode(SelfTestMode::Diagnose);
-}
 
 void TestSelfTest::picksTheModeByFlag()
 {
-    QFETCH(const QString, arguments);
-    QFETCH(const std::optional<SelfTestMode>, mode);
-    QVERIFY(selfTestMode(arguments.split(u' ')) == mode);
+    const auto mode = [](const QString &line) { return selfTestMode(line.split(u' ')); };
+    QVERIFY(!mode(u"tovel --minimized --Diagnose --fixture=1 -self-test"_s));
+    QVERIFY(mode(u"tovel x --fixture"_s) == SelfTestMode::Fixture);
+    QVERIFY(mode(u"tovel --self-test --integration-test"_s) == SelfTestMode::IntegrationTest);
+    QVERIFY(mode(u"tovel --fixture --switch-test --diagnose"_s) == SelfTestMode::Diagnose);
 }
 
 void TestSelfTest::rulesHoldAndTheFirstFailureEndsTheRun()
 {
     World all;
     QCOMPARE(runRuleChecks(ruleChecks(), all.out, all.err), SelfTestPassed);
-    all.compare(u"PASS: regular window can move\n"
-                "PASS: minimized window can move\n"
-                "PASS: full-screen window skipped\n"
-                "PASS: all-desktops window skipped\n"
-                "PASS: unknown desktop skipped\n"
-                "PASS: non-user space skipped\n"
-                "PASS: split flock counted by actual desktop\n"
-                "PASS: empty flock has no location\n"
-                "PASS: split flock has no disabled destination\n"
-                "PASS: only the flock's desktop is the current destination\n"
-                "PASS: unknown flock does not disable a monitor's visible desktop\n"_s,
-                {});
+    QCOMPARE(all.outText,
+             u"PASS: regular window can move\n"
+             "PASS: minimized window can move\n"
+             "PASS: full-screen window skipped\n"
+             "PASS: all-desktops window skipped\n"
+             "PASS: unknown desktop skipped\n"
+             "PASS: non-user space skipped\n"
+             "PASS: split flock counted by actual desktop\n"
+             "PASS: empty flock has no location\n"
+             "PASS: split flock has no disabled destination\n"
+             "PASS: only the flock's desktop is the current destination\n"
+             "PASS: unknown flock does not disable a monitor's visible desktop\n"_s);
+    QCOMPARE(all.errText, QString());
 
     World failing;
     constexpr RuleCheck checks[] = {{"one", [] { return true; }},
                                     {"two", [] { return false; }},
                                     {"three", [] { return true; }}};
     QCOMPARE(runRuleChecks(checks, failing.out, failing.err), SelfTestFailed);
-    failing.compare(u"PASS: one\n"_s, u"FAIL: two\n"_s);
+    QCOMPARE(failing.outText, u"PASS: one\n"_s);
+    QCOMPARE(failing.errText, u"FAIL: two\n"_s);
 }
 
-void TestSelfTest::diagnosis_data()
+void TestSelfTest::printsAndExits_data()
 {
-    QTest::addColumn<Change>("change");
+    QTest::addColumn<Run>("run");
     QTest::addColumn<int>("status");
     QTest::addColumn<QString>("out");
-    const auto row = [](const char *name, const Change &change, int status, const QString &out) {
-        QTest::newRow(name) << change << status << out;
-    };
-    row(
-        "a window stays behind",
-        [](ModelWorld &world) { world.desktop.window(101).fullScreen = true; }, 0,
-        u"Private window APIs: available\nAccessibility: allowed\nDisplays: 2\n"
-        "Display 1: 3 regular desktops, 1 full-screen spaces\n"
-        "Display 2: 2 regular desktops, 0 full-screen spaces\n"
-        "Selected windows: 2; skipped: 1\n"
-        "Notes: Full screen — leave full screen to move\n"_s);
-    row(
-        "not trusted, spaces without a readable type",
-        [](ModelWorld &world) {
+    QTest::addColumn<QString>("err");
+    const auto row = [](const char *name, int status, const QString &out, const QString &err,
+                        const Run &run) { QTest::newRow(name) << run << status << out << err; };
+
+    const QString diagnosis = u"Private window APIs: %1\nAccessibility: %2\nDisplays: %3\n"_s;
+    row("diagnosis: a window stays behind", 0,
+        diagnosis.arg(u"available"_s, u"allowed"_s, u"2"_s)
+            + u"Display 1: 3 regular desktops, 1 full-screen spaces\n"
+              "Display 2: 2 regular desktops, 0 full-screen spaces\n"
+              "Selected windows: 2; skipped: 1\n"
+              "Notes: Full screen — leave full screen to move\n"_s,
+        {}, [](World &world) {
+            world.desktop.window(101).fullScreen = true;
+            return diagnose(world.setting);
+        });
+    row("diagnosis: not trusted, spaces without a readable type", 0,
+        diagnosis.arg(u"available"_s, u"not yet allowed"_s, u"2"_s)
+            + u"Display 1: 1 regular desktops, 2 full-screen spaces\n"
+              "Display 2: 0 regular desktops, 0 full-screen spaces\n"_s,
+        {}, [](World &world) {
             const QVariantList spaces{QVariantMap{{u"type"_s, u"0"_s}}, u"x"_s,
                                       QVariantMap{{u"type"_s, 0}}};
             world.desktop.replaceReply("SLSCopyManagedDisplaySpaces",
                                        QVariantList{QVariantMap{{u"Spaces"_s, spaces}}, u"x"_s});
             world.desktop.world().trusted = false;
-        },
-        0,
-        u"Private window APIs: available\nAccessibility: not yet allowed\nDisplays: 2\n"
-        "Display 1: 1 regular desktops, 2 full-screen spaces\n"
-        "Display 2: 0 regular desktops, 0 full-screen spaces\n"_s);
-    row(
-        "nothing there",
-        [](ModelWorld &world) {
+            return diagnose(world.setting);
+        });
+    row("diagnosis: nothing there", 1, diagnosis.arg(u"missing"_s, u"not yet allowed"_s, u"0"_s),
+        {}, [](World &world) {
             world.desktop.world().frameworkPresent = false;
             world.desktop.world().trusted = false;
-        },
-        1, u"Private window APIs: missing\nAccessibility: not yet allowed\nDisplays: 0\n"_s);
-}
+            return diagnose(world.setting);
+        });
 
-void TestSelfTest::diagnosis()
-{
-    QFETCH(const Change, change);
-    QFETCH(const int, status);
-    QFETCH(const QString, out);
-    World world;
-    change(world);
-    QCOMPARE(diagnose(world.setting), status);
-    world.compare(out, {});
-}
-
-void TestSelfTest::switching_data()
-{
-    QTest::addColumn<Change>("change");
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QString>("out");
+    const QString switching
+        = u"Native destination transition: %1\n"
+          "Real workspace notifications: %2\nOriginal desktop restored: true\n"_s;
     // To the last desktop, over the full-screen space: three steps.
-    QTest::newRow("there and back")
-        << Change([](ModelWorld &) {}) << 0
-        << u"Native destination transition: true\nReal workspace notifications: 3\n"
-           "Original desktop restored: true\n"_s;
-    QTest::newRow("keys do nothing")
-        << Change([](ModelWorld &world) { world.desktop.world().stepsEnabled = false; }) << 1
-        << u"Native destination transition: false\nReal workspace notifications: 0\n"
-           "Original desktop restored: true\n"_s;
-    QTest::newRow("one desktop") << Change(leaveOneDesktop) << 2 << QString();
+    row("switching: there and back", 0, switching.arg(u"true"_s, u"3"_s), {},
+        [](World &world) { return world.finish(testSwitching(world.setting)); });
+    row("switching: keys do nothing", 1, switching.arg(u"false"_s, u"0"_s), {}, [](World &world) {
+        world.desktop.world().stepsEnabled = false;
+        return world.finish(testSwitching(world.setting));
+    });
+    row("switching: one desktop", 2, {}, {}, [](World &world) {
+        world.leaveOneDesktop();
+        return world.finish(testSwitching(world.setting));
+    });
+
+    row("movement: one desktop", 2, {}, u"SKIP: need two regular desktops on one display\n"_s,
+        [](World &world) {
+            world.leaveOneDesktop();
+            return world.finish(testMovement(world.setting, world.fixture, false));
+        });
+    row("movement: windows on no desktop", 1, {},
+        u"FAIL: could not determine test window desktop\n"_s, [](World &world) {
+            world.fixture.isSeen = false;
+            return world.finish(testMovement(world.setting, world.fixture, false));
+        });
+    row("other process: does not start", 1, {}, u"FAIL: fixture launch failed\n"_s,
+        [](World &world) {
+            return world.finish(testAcrossProcesses(world.setting, world.fixture));
+        });
 }
 
-void TestSelfTest::switching()
+void TestSelfTest::printsAndExits()
 {
-    QFETCH(const Change, change);
+    QFETCH(const Run, run);
     QFETCH(const int, status);
-    QFETCH(const QString, out);
     World world;
-    change(world);
-    QCOMPARE(world.finish(testSwitching(world.setting)), status);
-    world.compare(out, {});
+    QCOMPARE(run(world), status);
+    QTEST(world.outText, "out");
+    QTEST(world.errText, "err");
+    QCOMPARE(world.fixture.ends, 0);
     QCOMPARE(world.desktop.display(u"A"_s).currentSpace, 10u);
     QCOMPARE(world.desktop.display(u"B"_s).currentSpace, 20u);
 }
@@ -289,28 +246,20 @@ void TestSelfTest::movement_data()
     QTest::addColumn<WindowChange>("changeAtMove");
     QTest::addColumn<QString>("values");
     const auto row
-        = [](const char *name, bool minimized, const WindowChange &change, const QString &values) {
+        = [](const char *name, bool minimized, const QString &values, const WindowChange &change) {
               QTest::newRow(name) << minimized << change << values;
           };
-    row(
-        "normal", false, [](auto &, auto &) {}, u"true true true true true"_s);
-    row(
-        "minimized", true, [](auto &, auto &) {}, u"true true true true true"_s);
-    row(
-        "changes state", false, [](auto &moving, auto &) { moving.minimized = true; },
-        u"false true true true true"_s);
-    row(
-        "never arrives", false, [](auto &moving, auto &) { moving.move = SimMove::Never; },
-        u"true false true true true"_s);
-    row(
-        "takes the other along", false, [](auto &, auto &staying) { staying.spaces = {11}; },
-        u"true true false true true"_s);
-    row(
-        "shifts", false, [](auto &moving, auto &) { moving.frame.translate(0.5, 0); },
-        u"true true true false true"_s);
-    row(
-        "does not come back", false, [](auto &moving, auto &) { moving.elsewhere = 12; },
-        u"true true true true false"_s);
+    row("normal", false, u"true 0 0 true true true true"_s, [](auto &, auto &) {});
+    row("minimized", true, u"true 0 0 true true true true"_s, [](auto &, auto &) {});
+    row("changes state", false, u"false 0 0 true true true true"_s,
+        [](auto &moving, auto &) { moving.minimized = true; });
+    row("never arrives", false, u"true 0 0 false true true true"_s,
+        [](auto &moving, auto &) { moving.move = SimMove::Never; });
+    row("takes the other along", false, u"true 0 0 true false true true"_s,
+        [](auto &, auto &staying) { staying.spaces = {11}; });
+    row("shifts", false, u"true 0 0 true true false true"_s,
+        [](auto &moving, auto &) { moving.frame.translate(0.5, 0); });
+    row("cannot be put back", false, u"true 0 1001 true true true false"_s, nullptr);
 }
 
 void TestSelfTest::movement()
@@ -319,125 +268,82 @@ void TestSelfTest::movement()
     QFETCH(const WindowChange, changeAtMove);
     QFETCH(const QString, values);
     World world;
-    SimulatedWindows windows(world.desktop);
+    world.desktop.dropSymbol(SimulatedDesktop::submitMoveSymbol());
     world.desktop.onMoveRequested([&](auto, std::uint64_t space) {
-        SimWindow &moving = world.desktop.window(movingWindow);
-        if (space == 11)
-            changeAtMove(moving, world.desktop.window(stayingWindow));
-        else if (moving.elsewhere != 0)
-            moving.move = SimMove::Elsewhere;
+        if (changeAtMove && space == 11)
+            changeAtMove(world.desktop.window(movingWindow), world.desktop.window(stayingWindow));
+        if (!changeAtMove)
+            world.desktop.after(0.1, [&] { world.desktop.world().setWorkspaceStatus = 1001; });
     });
     const int expected = values.contains(u"false"_s) ? SelfTestFailed : SelfTestPassed;
-    QCOMPARE(world.finish(testMovement(world.setting, windows, minimized)), expected);
-    world.compare(filled(u"Minimized state preserved: %1\n"
-                         "Move return code: 0; restore return code: 0\n"
-                         "Moved to requested desktop: %2\nOther window stayed: %3\n"
-                         "Window position and size preserved: %4\n"
-                         "Original desktop restored: %5\n"_s,
-                         values),
-                  {});
-}
-
-void TestSelfTest::movementPrintsRefusalsAndWhyItCannotTell()
-{
-    World refusing;
-    refusing.desktop.dropSymbol(SimulatedDesktop::submitMoveSymbol());
-    refusing.desktop.world().setWorkspaceStatus = 1001;
-    SimulatedWindows refused(refusing.desktop);
-    QCOMPARE(refusing.finish(testMovement(refusing.setting, refused, false)), SelfTestFailed);
-    QVERIFY(refusing.outText.contains(u"\nMove return code: 1001; restore return code: 1001\n"_s));
-
-    World blind;
-    SimulatedWindows unseen(blind.desktop);
-    unseen.server = false;
-    QCOMPARE(blind.finish(testMovement(blind.setting, unseen, false)), SelfTestFailed);
-    blind.compare({}, u"FAIL: could not determine test window desktop\n"_s);
-
-    World narrow;
-    leaveOneDesktop(narrow);
-    SimulatedWindows unopened(narrow.desktop);
-    QCOMPARE(narrow.finish(testMovement(narrow.setting, unopened, false)), SelfTestSkipped);
-    narrow.compare({}, u"SKIP: need two regular desktops on one display\n"_s);
-    QCOMPARE(unopened.titles, QStringList());
+    QCOMPARE(world.finish(testMovement(world.setting, world.fixture, minimized)), expected);
+    QCOMPARE(world.outText,
+             filled(u"Minimized state preserved: %1\n"
+                    "Move return code: %2; restore return code: %3\n"
+                    "Moved to requested desktop: %4\nOther window stayed: %5\n"
+                    "Window position and size preserved: %6\n"
+                    "Original desktop restored: %7\n"_s,
+                    values));
+    QCOMPARE(world.errText, QString());
 }
 
 void TestSelfTest::fixturePrintsItsWindows()
 {
     World world;
-    SimulatedWindows windows(world.desktop);
-    const auto fixture = showFixture(world.setting, windows);
+    const auto fixture = showFixture(world.setting, world.fixture);
     world.desktop.clock().advance(0.29);
     QCOMPARE(world.outText, QString());
     world.desktop.clock().advance(0.02);
     QVERIFY(fixture.isReady());
-    world.compare(u"901,902\n"_s, {});
+    QCOMPARE(world.outText, u"901,902\n"_s);
     const QStringList titles{u"Tovel test fixture 1"_s, u"Tovel test fixture 2"_s};
-    QCOMPARE(windows.titles, titles);
+    QCOMPARE(world.fixture.titles, titles);
 }
 
 void TestSelfTest::acrossProcesses_data()
 {
     QTest::addColumn<QByteArray>("line");
-    QTest::addColumn<Change>("change");
+    QTest::addColumn<std::function<void(World &)>>("change");
     QTest::addColumn<int>("status");
     QTest::addColumn<QString>("values"); // empty when the test ends early
-    const auto row = [](const char *name, const QByteArray &line, const Change &change, int status,
-                        const QString &values = {}) {
-        QTest::newRow(name) << line << change << status << values;
-    };
-    const Change nothing = [](ModelWorld &) {};
-    const QByteArray both = "901,902";
-    row("all true", both, nothing, 0, u"true true true true true"_s);
-    row("pieces that are no number", "x,901,,902,-3,99999999999", nothing, 0,
-        u"true true true true true"_s);
-    row(
-        "not listed", both,
-        [](ModelWorld &world) { world.desktop.window(movingWindow).listed = false; }, 1,
-        u"false true true true true"_s);
-    row(
-        "never arrives", both,
-        [](ModelWorld &world) { world.desktop.window(movingWindow).move = SimMove::Never; }, 1,
-        u"true false true true true"_s);
-    row(
-        "no bounds", both,
-        [](ModelWorld &world) {
-            world.desktop.replaceReply("CGWindowListCopyWindowInfo", std::nullopt);
-        },
-        1, u"true true true false true"_s);
-    row("silent", {}, nothing, 1);
-    row("one number", "901", nothing, 1);
-    row("three numbers", "901,902,903", nothing, 1);
-    row("unknown window", "77,902", nothing, 1);
-    row("one desktop", both, leaveOneDesktop, 2);
+    const auto row
+        = [](
+              const char *name, const QByteArray &line, int status, const QString &values = {},
+              const std::function<void(World &)> &change = [](World &) {}) {
+              QTest::newRow(name) << line << change << status << values;
+          };
+    row("all true", "901,902", 0, u"true true true true true"_s);
+    row("pieces that are no number", "x,901,,902,-3,99999999999", 0, u"true true true true true"_s);
+    row("not listed", "901,902", 1, u"false true true true true"_s,
+        [](World &world) { world.desktop.window(movingWindow).listed = false; });
+    row("never arrives", "901,902", 1, u"true false true true true"_s,
+        [](World &world) { world.desktop.window(movingWindow).move = SimMove::Never; });
+    row("no bounds", "901,902", 1, u"true true true false true"_s, [](World &world) {
+        world.desktop.replaceReply("CGWindowListCopyWindowInfo", std::nullopt);
+    });
+    row("silent", "", 1);
+    row("one number", "901", 1);
+    row("three numbers", "901,902,903", 1);
+    row("unknown window", "77,902", 1);
+    row("one desktop", "901,902", 2, {}, [](World &world) { world.leaveOneDesktop(); });
 }
 
 void TestSelfTest::acrossProcesses()
 {
     QFETCH(const QByteArray, line);
-    QFETCH(const Change, change);
+    QFETCH(const std::function<void(World &)>, change);
     QFETCH(const int, status);
     QFETCH(const QString, values);
     World world;
-    SimulatedProcess process(world.desktop);
-    process.line = line;
-    process.whenStarted = [&] { change(world); };
-    QCOMPARE(world.finish(testAcrossProcesses(world.setting, process)), status);
+    world.fixture.line = line;
+    world.desktop.after(0.5, [&] { change(world); });
+    QCOMPARE(world.finish(testAcrossProcesses(world.setting, world.fixture)), status);
     const QString printed = u"Cross-process AX window identified: %1\n"
                             "Cross-process move confirmed: %2\nUnselected window stayed: %3\n"
                             "Frame preserved: %4\nOriginal desktop restored: %5\n"_s;
-    world.compare(values.isEmpty() ? QString() : filled(printed, values), {});
-    QCOMPARE(process.ends, 1);
-    QCOMPARE(world.desktop.window(101).spaces, QList<std::uint64_t>{10});
-}
-
-void TestSelfTest::tellsWhenTheProcessDoesNotStart()
-{
-    World world;
-    SimulatedProcess process(world.desktop);
-    process.starts = false;
-    QCOMPARE(world.finish(testAcrossProcesses(world.setting, process)), SelfTestFailed);
-    world.compare({}, u"FAIL: fixture launch failed\n"_s);
-    QCOMPARE(process.ends, 0);
+    QCOMPARE(world.outText, values.isEmpty() ? QString() : filled(printed, values));
+    QCOMPARE(world.errText, QString());
+    QCOMPARE(world.fixture.ends, 1);
 }
 
 QTEST_GUILESS_MAIN(TestSelfTest)

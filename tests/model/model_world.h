@@ -53,7 +53,11 @@ public:
     }
 
     MemoryUserDefaults &defaults() { return desktop.userDefaults().standardUserDefaults(); }
+    SimWorld &facts() { return desktop.world(); }
+    SimApplication &app(std::int32_t pid) { return desktop.application(pid); }
     SimWindow &window(std::uint32_t number) { return desktop.window(number); }
+    QList<SimSpace> &spacesOfA() { return desktop.display(u"A"_s).spaces; }
+    std::uint64_t shownOnA() { return desktop.display(u"A"_s).currentSpace; }
     double elapsed() { return desktop.clock().monotonicTime() - m_startTime; }
 
     // Makes the model and starts every record afresh.
@@ -128,5 +132,6 @@ public:
 
 // What a row of a table does to the world.
 using Change = std::function<void(ModelWorld &)>;
+inline const Change nothing = [](ModelWorld &) {};
 
 } // namespace tovel

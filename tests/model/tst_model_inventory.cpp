@@ -30,14 +30,6 @@ QString line(const TravelWindow &window)
         window.skipReason.value_or(u"moves"_s));
 }
 
-QStringList appNames(const TovelModel &model)
-{
-    QStringList result;
-    for (const RunningApp &app : model.apps())
-        result.append(app.running ? app.name : u"(%1)"_s.arg(app.name));
-    return result;
-}
-
 } // namespace
 
 class TestModelInventory : public QObject
@@ -47,7 +39,6 @@ class TestModelInventory : public QObject
 private Q_SLOTS:
     void listsDesktops();
     void copesWithMalformedDesktops();
-    void findsScreens_data();
     void findsScreens();
     void namesDesktops();
     void namesDisplays();
@@ -94,37 +85,22 @@ void TestModelInventory::copesWithMalformedDesktops()
     QCOMPARE(model.readDesktops(), QList<Desktop>());
 }
 
-void TestModelInventory::findsScreens_data()
-{
-    QTest::addColumn<Change>("change");
-    QTest::addColumn<std::uint32_t>("screen");
-    const Change rename = [](auto &w) { w.desktop.display(u"A"_s).uuid = u"other"_s; };
-    const auto alone = [](const Change &change) {
-        return [=](ModelWorld &world) {
-            world.desktop.display(u"A"_s).uuid = u"other"_s;
-            world.desktop.alterReply("SLSCopyManagedDisplaySpaces",
-                                     [](auto reply) { return QVariantList{reply->value(0)}; });
-            change(world);
-        };
-    };
-    QTest::newRow("by UUID") << Change([](auto &) {}) << 1U;
-    QTest::newRow("no screen of several") << rename << 0U;
-    QTest::newRow("lone display") << Change(alone([](auto &) {})) << 1U;
-    QTest::newRow("lone display, by UUID")
-        << Change(alone([](auto &w) { w.desktop.display(u"B"_s).uuid = u"A"_s; })) << 2U;
-    QTest::newRow("lone display, no screens") << Change(alone([](auto &w) {
-        w.desktop.display(u"A"_s).hasScreen = false;
-        w.desktop.display(u"B"_s).hasScreen = false;
-    })) << 0U;
-}
-
 void TestModelInventory::findsScreens()
 {
-    QFETCH(Change, change);
-    QFETCH(std::uint32_t, screen);
     ModelWorld world;
-    change(world);
-    QCOMPARE(world.start().desktops().value(0).displayID, screen);
+    const TovelModel &model = world.start();
+    const auto screen = [&] { return model.readDesktops().value(0).displayID; };
+    SimDisplay &a = world.desktop.display(u"A"_s);
+    SimDisplay &b = world.desktop.display(u"B"_s);
+    a.uuid = u"other"_s;
+    QCOMPARE(screen(), 0U);
+    world.desktop.alterReply("SLSCopyManagedDisplaySpaces",
+                             [](auto reply) { return QVariantList{reply->value(0)}; });
+    QCOMPARE(screen(), 1U); // the first one is a lone display's
+    b.uuid = u"A"_s;
+    QCOMPARE(screen(), 2U);
+    a.hasScreen = b.hasScreen = false;
+    QCOMPARE(screen(), 0U);
 }
 
 void TestModelInventory::namesDesktops()
@@ -132,63 +108,60 @@ void TestModelInventory::namesDesktops()
     ModelWorld world;
     TovelModel &model = world.start();
     const Desktop first = world.target(10);
-    QCOMPARE(model.name(first), u"Desktop 1"_s);
-    const QList<QPair<QString, QString>> names{
-        {u" Work\n"_s, u"Work"_s}, {u"   "_s, u"Desktop 1"_s}, {QString(u""_s), u"Desktop 1"_s}};
-    for (const auto &[typed, shown] : names) {
+    const auto renamed = [&](const QString &typed) {
         model.rename(first, typed);
-        QCOMPARE(model.name(first), shown);
-        QCOMPARE(world.takeChanges(), QStringList{u"aliases"_s});
-        QCOMPARE(world.defaults().textDictionary(u"aliases"_s)->value(u"A/ten"_s, u"none"_s),
-                 typed);
-    }
-    model.rename(first, u""_s);
-    QCOMPARE(world.takeChanges(), QStringList());
-    QCOMPARE(model.name(world.target(11)), u"Desktop 2"_s);
+        const auto stored = *world.defaults().textDictionary(u"aliases"_s);
+        return stored.value(first.key(), u"nothing"_s) + u'|' + model.name(first) + u'|'
+            + world.takeChanges().join(u',');
+    };
+    QCOMPARE(renamed(u" Work\n"_s), u" Work\n|Work|aliases"_s);
+    QCOMPARE(renamed(u"  "_s), u"  |Desktop 1|aliases"_s);
+    QCOMPARE(renamed(u""_s), u"|Desktop 1|aliases"_s);
+    QCOMPARE(renamed(u""_s), u"|Desktop 1|"_s);
 }
 
 void TestModelInventory::namesDisplays()
 {
     ModelWorld world;
     const TovelModel &model = world.start();
-    QCOMPARE(model.displayName(u"A"_s), u"Left"_s);
-    QCOMPARE(model.displayName(u"B"_s), u"Right"_s);
-    QVERIFY(model.displayIsBuiltIn(u"A"_s));
-    QVERIFY(!model.displayIsBuiltIn(u"B"_s));
-    QCOMPARE(model.displayName(u"C"_s), u"Unknown display"_s);
-    QVERIFY(!model.displayIsBuiltIn(u"C"_s));
-    world.desktop.display(u"A"_s).hasScreen = false;
-    QCOMPARE(model.displayName(u"A"_s), u"Unknown display"_s);
+    const auto name = [&](const QString &display) {
+        return model.displayName(display)
+            + (model.displayIsBuiltIn(display) ? u" built in"_s : u""_s);
+    };
+    QCOMPARE(name(u"A"_s), u"Left built in"_s);
+    QCOMPARE(name(u"B"_s), u"Right"_s);
+    QCOMPARE(name(u"C"_s), u"Unknown display"_s);
+    world.desktop.display(u"B"_s).hasScreen = false;
+    QCOMPARE(name(u"B"_s), u"Unknown display"_s);
 }
 
 void TestModelInventory::listsApplications()
 {
     ModelWorld world;
-    world.defaults().setObject(u"selected"_s,
-                               QStringList{u"org.mail"_s, u"org.gone"_s, u"org.lost"_s});
+    const QStringList flock{u"org.mail"_s, u"org.gone"_s, u"org.lost"_s};
+    world.defaults().setObject(u"selected"_s, flock);
     world.defaults().setObject(u"appNames"_s, QVariantMap{{u"org.gone"_s, u"Gone"_s}});
-    const auto add = [&](std::int32_t pid, const QString &id, const QString &name) {
+    const auto add = [&](std::int32_t pid, std::optional<QString> id, std::optional<QString> name) {
         world.desktop.addApplication({.pid = pid, .bundleIdentifier = id, .name = name});
     };
     add(502, u"org.mail"_s, u"Second Mail"_s);
     add(503, u"org.tovel.Tovel"_s, u"Tovel"_s);
     add(504, u"org.agent"_s, u"Agent"_s);
-    world.desktop.application(504).policy = NSApplicationActivationPolicy::Accessory;
+    world.app(504).policy = NSApplicationActivationPolicy::Accessory;
     add(505, u"org.anonymous"_s, {});
-    world.desktop.application(505).name.reset();
-    world.desktop.addApplication({.pid = 506, .name = u"No identity"_s});
-    const TovelModel &model = world.start();
-    QCOMPARE(
-        appNames(model),
-        (QStringList{u"(Gone)"_s, u"Mail"_s, u"(org.lost)"_s, u"Notes"_s, u"org.anonymous"_s}));
+    add(506, {}, u"No identity"_s);
+    QStringList names;
+    for (const RunningApp &app : world.start().apps())
+        names.append(app.running ? app.name : u'(' + app.name + u')');
+    QCOMPARE(names.join(u' '), u"(Gone) Mail (org.lost) Notes org.anonymous"_s);
 }
 
 void TestModelInventory::preselectsOnce()
 {
     ModelWorld world;
     world.defaults().removeObject(u"selected"_s);
-    world.desktop.application(notesPid).name = u"SLACK"_s;
-    world.desktop.application(mailPid).name = u"Toggl Track"_s;
+    world.app(notesPid).name = u"SLACK"_s;
+    world.app(mailPid).name = u"Toggl Track"_s;
     world.desktop.addApplication({.pid = 502, .bundleIdentifier = u"c"_s, .name = u"Notes"_s});
     TovelModel &model = world.start();
     QCOMPARE(model.selected(), (QSet<QString>{u"org.notes"_s, u"org.mail"_s}));
@@ -215,29 +188,22 @@ void TestModelInventory::listsWindow_data()
         QTest::newRow(name) << change << expected;
     };
     const auto with = [](const QString &rest) { return u"101 org.notes Notes 'List' "_s + rest; };
+    const Change orderedOut = [](auto &w) {
+        w.window(101).spaces = {};
+        w.window(101).orderedIn = false;
+    };
     const QString bare = u"101 org.notes Notes 'Window' [10] pid 500 moves"_s;
-    row("on a desktop", with(u"[10] moves"_s), [](auto &) {});
+    row("on a desktop", with(u"[10] moves"_s), nothing);
     row("minimized", with(u"[10] moves"_s), [](auto &w) { w.window(101).minimized = true; });
     row("full screen", with(u"[50] Full screen — leave full screen to move"_s), [](auto &w) {
         w.window(101).fullScreen = true;
         w.window(101).spaces = {50};
     });
-    row("several", with(u"[11,10] On multiple desktops — set Assign To to None"_s), [](auto &w) {
-        w.window(101).spaces = {11, 10};
+    row("nowhere, ordered out", {}, orderedOut);
+    row("nowhere, hidden", with(u"[] Desktop unavailable"_s), [=](auto &w) {
+        orderedOut(w);
+        w.app(notesPid).hidden = true;
     });
-    row("irregular", with(u"[50] Not on a regular desktop"_s),
-        [](auto &w) { w.window(101).spaces = {50}; });
-    row("nowhere, ordered out", {}, [](auto &w) {
-        w.window(101).spaces = {};
-        w.window(101).orderedIn = false;
-    });
-    row("nowhere, hidden", with(u"[] Desktop unavailable"_s), [](auto &w) {
-        w.window(101).spaces = {};
-        w.window(101).orderedIn = false;
-        w.desktop.application(notesPid).hidden = true;
-    });
-    row("no title", u"101 org.notes Notes 'Window' [10] moves"_s,
-        [](auto &w) { w.window(101).title.reset(); });
     row("inventory only", bare, [](auto &w) { w.window(101).listed = false; });
     row("no standard window", bare, [](auto &w) { w.window(101).subrole = u"AXUnknown"_s; });
     row("inventory only, several",
@@ -246,7 +212,7 @@ void TestModelInventory::listsWindow_data()
             w.window(101).listed = false;
             w.window(101).spaces = {10, 11};
         });
-    row("untrusted", {}, [](auto &w) { w.desktop.world().trusted = false; });
+    row("untrusted", {}, [](auto &w) { w.facts().trusted = false; });
 }
 
 void TestModelInventory::listsWindow()
@@ -271,10 +237,10 @@ void TestModelInventory::tellsWhereTheFlockIs()
     QVERIFY(model.available());
     QCOMPARE(model.distribution(), (QMap<std::uint64_t, int>{{10, 1}, {11, 1}}));
     QVERIFY(!model.flockDesktopID());
-    world.desktop.window(102).fullScreen = true;
+    world.window(102).fullScreen = true;
     model.refresh();
     QVERIFY(model.flockDesktopID() == 10U);
-    world.desktop.window(101).fullScreen = true;
+    world.window(101).fullScreen = true;
     model.refresh();
     QCOMPARE(model.traveling(), QList<TravelWindow>());
     QVERIFY(!model.flockDesktopID());
@@ -287,7 +253,7 @@ void TestModelInventory::publishesOnlyDifferences()
     model.refresh();
     model.refreshDesktopList();
     QCOMPARE(world.takeChanges(), QStringList());
-    world.desktop.world().trusted = false;
+    world.facts().trusted = false;
     world.desktop.showSpace(11);
     model.refreshDesktopList();
     QCOMPARE(world.takeChanges(), (QStringList{u"trusted"_s, u"desktops"_s}));

@@ -176,24 +176,29 @@ void SessionApplications::identifyWindows()
         known.clear();
     m_windows.clear();
     m_order.clear();
+    QHash<std::int32_t, ProcessClues> processes;
     for (const SessionWindow &window : windows) {
         const auto owner = known.constFind(window.id);
         const bool isKnown = owner != known.cend() && sameEvidence(owner->evidence, window);
-        m_owners.insert(window.id, isKnown ? *owner : identify(window));
+        m_owners.insert(window.id, isKnown ? *owner : identify(window, processes));
         m_windows.insert(window.id, window);
         m_order.append(window.id);
     }
 }
 
-SessionApplications::Owner SessionApplications::identify(const SessionWindow &window)
+SessionApplications::Owner SessionApplications::identify(
+    const SessionWindow &window, QHash<std::int32_t, ProcessClues> &processes)
 {
     WindowClues clues;
     clues.instance = window.instanceName;
     clues.className = window.className;
     clues.gtkApplicationId = window.gtkApplicationId;
     clues.kdeDesktopFile = window.kdeDesktopFile;
-    if (window.process > 0)
-        clues.process = readProcessClues(window.process);
+    if (window.process > 0) {
+        if (!processes.contains(window.process))
+            processes.insert(window.process, readProcessClues(window.process));
+        clues.process = processes.value(window.process);
+    }
     Owner owner;
     owner.evidence = window;
     owner.identity = m_installed.index().identify(clues);

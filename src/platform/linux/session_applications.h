@@ -105,7 +105,8 @@ private:
 
     void update();
     void identifyWindows();
-    Owner identify(const SessionWindow &window);
+    // Reads each process once and keeps it in the table for the next window.
+    Owner identify(const SessionWindow &window, QHash<std::int32_t, ProcessClues> &processes);
     const Owner &rootOwner(std::uint32_t window) const;
     std::int32_t platformProcessFor(const Key &key);
     template <typename Entries>

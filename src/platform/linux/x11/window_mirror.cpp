@@ -79,6 +79,7 @@ WindowKind kindFrom(const Connection &connection, const std::vector<std::uint32_
 
 WindowMirror::WindowMirror(Connection &connection)
     : m_connection(connection)
+    , m_hostName(QSysInfo::machineHostName())
 { }
 
 void WindowMirror::update()
@@ -301,7 +302,7 @@ void WindowMirror::apply(MirroredWindow &mirrored, Atom atom, const Property &pr
         if (pid && *pid <= std::uint32_t(INT32_MAX))
             mirrored.claimedProcess = static_cast<std::int32_t>(*pid);
     } else if (is(Name::WmClientMachine)) {
-        mirrored.isLocalMachine = readText(property, utf8) == QSysInfo::machineHostName();
+        mirrored.isLocalMachine = readText(property, utf8) == m_hostName;
     } else if (is(Name::GtkApplicationId)) {
         window.gtkApplicationId = readText(property, utf8).value_or(QString());
     } else if (is(Name::KdeDesktopFile)) {

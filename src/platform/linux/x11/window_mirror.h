@@ -81,6 +81,7 @@ private:
     void apply(MirroredWindow &window, Atom atom, const Property &property);
 
     Connection &m_connection;
+    QString m_hostName;
     std::uint64_t m_revision = 1;
     RootState m_rootState;
     Window m_checkWindow = 0;

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <QSize>
+#include <QString>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace tovel {
+
+class Platform;
+
+enum class ContractWindowKind { Standard, Dialog, Dock };
+
+struct ContractWindow
+{
+    QString application{}; // its bundle identifier, too
+    std::optional<QString> title{};
+    ContractWindowKind kind = ContractWindowKind::Standard;
+    int desktop = 0;
+    QSize size = QSize(300, 200);
+};
+
+// A desktop that the contract is tried on: four regular spaces in a row, on one display. What is
+// done here is done to the desktop by somebody else; the platform is only looked at. Takes effect
+// as soon as the desktop gets to it.
+class ContractWorld
+{
+public:
+    virtual ~ContractWorld() = default;
+
+    virtual Platform &platform() = 0;
+
+    // Gives the window's number. All windows are of one process of the kernel.
+    virtual std::uint32_t open(const ContractWindow &window) = 0;
+    // An application ends with its last window.
+    virtual void close(std::uint32_t window) = 0;
+    virtual void minimize(std::uint32_t window) = 0;
+    virtual void makeFullScreen(std::uint32_t window) = 0;
+    virtual void putOnAllDesktops(std::uint32_t window) = 0;
+    virtual void showDesktop(int desktop) = 0;
+
+    // Lets time pass until the condition holds; false when it does not in good time.
+    virtual bool eventually(const std::function<bool()> &condition) = 0;
+    virtual void pass(double seconds) = 0;
+};
+
+std::unique_ptr<ContractWorld> makeSimulatedWorld();
+
+// On the manager that managerFromEnvironment() names; null when it does not start.
+std::unique_ptr<ContractWorld> makeX11World();
+
+} // namespace tovel

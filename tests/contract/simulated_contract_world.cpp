@@ -1,0 +1,106 @@
+#include "contract/contract_world.h"
+#include "platform/simulated/simulated_desktop.h"
+
+namespace tovel {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr std::uint64_t FirstSpace = 11;
+constexpr int DesktopCount = 4;
+constexpr double Deadline = 10;
+
+class SimulatedContractWorld final : public ContractWorld
+{
+public:
+    SimulatedContractWorld()
+    {
+        SimDisplay display{.identifier = u"Main"_s,
+                           .number = 1,
+                           .bounds = QRectF(0, 0, 1280, 800),
+                           .name = u"Screen"_s,
+                           .currentSpace = FirstSpace};
+        for (int i = 0; i < DesktopCount; ++i)
+            display.spaces.append({.id = FirstSpace + std::uint64_t(i)});
+        m_desktop.addDisplay(display);
+    }
+
+    Platform &platform() override { return m_desktop.platform(); }
+
+    std::uint32_t open(const ContractWindow &window) override
+    {
+        SimWindow facts{.number = ++m_lastNumber,
+                        .pid = processOf(window.application),
+                        .title = window.title,
+                        .spaces = {FirstSpace + std::uint64_t(window.desktop)},
+                        .frame = QRectF(QPointF(40, 60), QSizeF(window.size))};
+        if (window.kind == ContractWindowKind::Dialog)
+            facts.subrole = u"AXDialog"_s;
+        if (window.kind == ContractWindowKind::Dock) {
+            facts.subrole = u"AXUnknown"_s;
+            facts.layer = 20;
+        }
+        m_desktop.addWindow(facts);
+        return facts.number;
+    }
+
+    void close(std::uint32_t window) override
+    {
+        const std::int32_t pid = m_desktop.window(window).pid;
+        m_desktop.removeWindow(window);
+        for (const SimWindow &other : m_desktop.world().windows) {
+            if (other.pid == pid)
+                return;
+        }
+        m_desktop.quit(pid);
+    }
+
+    void minimize(std::uint32_t window) override { m_desktop.window(window).minimized = true; }
+    void makeFullScreen(std::uint32_t window) override
+    {
+        m_desktop.window(window).fullScreen = true;
+    }
+    void putOnAllDesktops(std::uint32_t window) override
+    {
+        QList<std::uint64_t> &spaces = m_desktop.window(window).spaces;
+        spaces.clear();
+        for (int i = 0; i < DesktopCount; ++i)
+            spaces.append(FirstSpace + std::uint64_t(i));
+    }
+    void showDesktop(int desktop) override
+    {
+        m_desktop.showSpace(FirstSpace + std::uint64_t(desktop));
+    }
+
+    bool eventually(const std::function<bool()> &condition) override
+    {
+        return m_desktop.clock().runUntil(condition, Deadline);
+    }
+    void pass(double seconds) override { m_desktop.clock().advance(seconds); }
+
+private:
+    std::int32_t processOf(const QString &application)
+    {
+        for (const auto &running : platform().workspace().runningApplications()) {
+            if (running->bundleIdentifier() == application)
+                return running->processIdentifier();
+        }
+        m_desktop.addApplication(
+            {.pid = ++m_lastProcess, .bundleIdentifier = application, .name = application});
+        return m_lastProcess;
+    }
+
+    SimulatedDesktop m_desktop;
+    std::uint32_t m_lastNumber = 100;
+    std::int32_t m_lastProcess = 500;
+};
+
+} // namespace
+
+std::unique_ptr<ContractWorld> makeSimulatedWorld()
+{
+    return std::make_unique<SimulatedContractWorld>();
+}
+
+} // namespace tovel

@@ -1,0 +1,231 @@
+#include "support/private_session.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTest>
+
+#include <csignal>
+
+#include <sys/prctl.h>
+
+namespace tovel {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int Deadline = 30000; // for a program to end
+
+std::unique_ptr<QProcess> makeProcess(const QProcessEnvironment &environment)
+{
+    auto process = std::make_unique<QProcess>();
+    process->setProcessEnvironment(environment);
+    process->setStandardInputFile(QProcess::nullDevice());
+    // Nobody is left to end it when the test itself is killed.
+    process->setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGTERM); });
+    return process;
+}
+
+void end(QProcess &process)
+{
+    if (process.state() == QProcess::NotRunning)
+        return;
+    process.terminate();
+    if (!process.waitForFinished(2000)) {
+        process.kill();
+        process.waitForFinished();
+    }
+}
+
+} // namespace
+
+Manager managerFromEnvironment()
+{
+    const QByteArray name = qgetenv("TOVEL_TEST_MANAGER");
+    if (name == "icewm")
+        return Manager::Icewm;
+    return name == "xfwm4" ? Manager::Xfwm4 : Manager::Openbox;
+}
+
+PrivateSession::PrivateSession(Manager manager, const SessionOptions &options)
+    : m_environment(QProcessEnvironment::systemEnvironment())
+    , m_manager(manager)
+    , m_desktops(options.desktops)
+{
+    for (const auto *variable : {"TOVEL_DESKTOP", "WAYLAND_DISPLAY", "XAUTHORITY", "LANGUAGE",
+                                 "QT_QPA_PLATFORM", "SESSION_MANAGER", "DBUS_SESSION_BUS_ADDRESS"})
+        m_environment.remove(QLatin1StringView(variable));
+    m_environment.insert(u"LC_ALL"_s, u"C.UTF-8"_s);
+    m_environment.insert(u"GDK_BACKEND"_s, u"x11"_s);
+    m_environment.insert(u"NO_AT_BRIDGE"_s, u"1"_s);
+    const QPair<QString, QString> folders[] = {{u"HOME"_s, u"home"_s},
+                                               {u"XDG_CONFIG_HOME"_s, u"config"_s},
+                                               {u"XDG_DATA_HOME"_s, u"data"_s},
+                                               {u"XDG_CACHE_HOME"_s, u"cache"_s},
+                                               {u"XDG_RUNTIME_DIR"_s, u"run"_s}};
+    for (const auto &[variable, name] : folders) {
+        m_environment.insert(variable, m_folder.filePath(name));
+        QDir(m_folder.path()).mkdir(name);
+    }
+    QFile::setPermissions(m_folder.filePath(u"run"_s),
+                          QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    writeConfiguration(options);
+
+    m_processes.push_back(makeProcess(m_environment));
+    m_server = m_processes.back().get();
+    m_server->setStandardErrorFile(QProcess::nullDevice());
+    m_server->start(
+        u"Xvfb"_s,
+        {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s, u"1280x800x24"_s, u"-listen"_s, u"tcp"_s});
+    while (!m_server->canReadLine() && m_server->waitForReadyRead(Deadline)) { }
+    const QByteArray number = m_server->readLine().trimmed();
+    if (number.isEmpty())
+        return;
+    m_display = ':' + number;
+    m_environment.insert(u"DISPLAY"_s, QString::fromLatin1(m_display));
+    if (manager == Manager::Xfwm4) {
+        const QString bus = u"unix:path="_s + m_folder.filePath(u"run/bus"_s);
+        start(u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--address="_s + bus});
+        eventually([this] { return QFile::exists(m_folder.filePath(u"run/bus"_s)); });
+        m_environment.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, bus);
+    }
+    startManager();
+}
+
+PrivateSession::~PrivateSession()
+{
+    while (!m_processes.empty()) {
+        end(*m_processes.back());
+        m_processes.pop_back();
+    }
+}
+
+void PrivateSession::write(const QString &path, const QString &text) const
+{
+    const QString full = m_folder.filePath(path);
+    QDir().mkpath(QFileInfo(full).path());
+    QFile file(full);
+    if (!file.open(QIODevice::WriteOnly) || file.write(text.toUtf8()) < 0)
+        qWarning("%s cannot be written", qPrintable(full));
+}
+
+void PrivateSession::writeConfiguration(const SessionOptions &options) const
+{
+    write(u"config/openbox/rc.xml"_s,
+          u"<openbox_config xmlns=\"http://openbox.org/3.4/rc\"><desktops><number>%1</number>"
+          "</desktops></openbox_config>\n"_s.arg(options.desktops));
+    QStringList names;
+    for (int i = 1; i <= options.desktops; ++i)
+        names.append(u"\"%1\""_s.arg(i));
+    write(u"home/.icewm/preferences"_s, u"WorkspaceNames=%1\n"_s.arg(names.join(u',')));
+    const QString action = options.activateAction.isEmpty()
+        ? QString()
+        : u"<property name=\"activate_action\" type=\"string\" value=\"%1\"/>"_s.arg(
+            options.activateAction);
+    write(u"config/xfce4/xfconf/xfce-perchannel-xml/xfwm4.xml"_s,
+          u"<?xml version=\"1.0\"?><channel name=\"xfwm4\" version=\"1.0\"><property "
+          "name=\"general\" type=\"empty\"><property name=\"workspace_count\" type=\"int\" "
+          "value=\"%1\"/>%2</property></channel>\n"_s.arg(options.desktops)
+              .arg(action));
+}
+
+void PrivateSession::install(const QString &identifier, const QString &name,
+                             const QString &windowClass) const
+{
+    write(u"data/applications/%1.desktop"_s.arg(identifier),
+          u"[Desktop Entry]\nType=Application\nName=%1\nExec=true\nStartupWMClass=%2\n"_s.arg(
+              name, windowClass));
+}
+
+void PrivateSession::adopt() const
+{
+    for (const QString &variable : m_environment.keys())
+        qputenv(variable.toLatin1(), m_environment.value(variable).toLocal8Bit());
+    qunsetenv("TOVEL_DESKTOP");
+    qunsetenv("WAYLAND_DISPLAY");
+}
+
+bool PrivateSession::isReady() const
+{
+    const QString wanted = u"= %1"_s.arg(m_desktops);
+    return !m_display.isEmpty() && eventually([&] {
+        const auto count = run(u"xprop"_s, {u"-root"_s, u"_NET_NUMBER_OF_DESKTOPS"_s}).out;
+        return count.trimmed().endsWith(wanted);
+    });
+}
+
+QProcess &PrivateSession::start(const QString &program, const QStringList &arguments)
+{
+    m_processes.push_back(makeProcess(m_environment));
+    QProcess &process = *m_processes.back();
+    process.setStandardOutputFile(QProcess::nullDevice());
+    process.setStandardErrorFile(QProcess::nullDevice());
+    process.start(program, arguments);
+    process.waitForStarted();
+    return process;
+}
+
+std::unique_ptr<QProcess> PrivateSession::launch(const QString &program,
+                                                 const QStringList &arguments,
+                                                 const QProcessEnvironment &environment) const
+{
+    auto process = makeProcess(environment);
+    process->start(program, arguments);
+    process->waitForStarted();
+    return process;
+}
+
+Outcome PrivateSession::run(const QString &program, const QStringList &arguments) const
+{
+    return run(program, arguments, {});
+}
+
+Outcome PrivateSession::run(const QString &program, const QStringList &arguments,
+                            const QProcessEnvironment &changes) const
+{
+    QProcessEnvironment environment = m_environment;
+    environment.insert(changes);
+    return outcomeOf(*launch(program, arguments, environment));
+}
+
+void PrivateSession::startManager()
+{
+    if (m_manager == Manager::Openbox)
+        m_managerProcess = &start(u"openbox"_s, {u"--sm-disable"_s});
+    else if (m_manager == Manager::Icewm)
+        m_managerProcess = &start(u"icewm"_s, {});
+    else
+        m_managerProcess = &start(u"xfwm4"_s, {u"--compositor=off"_s});
+}
+
+void PrivateSession::killManager()
+{
+    m_managerProcess->kill();
+    m_managerProcess->waitForFinished();
+}
+
+void PrivateSession::killServer()
+{
+    m_server->kill();
+    m_server->waitForFinished();
+}
+
+Outcome outcomeOf(QProcess &process)
+{
+    if (!process.waitForFinished(Deadline)) {
+        process.kill();
+        process.waitForFinished();
+        return {-1, {}, u"it did not end"_s};
+    }
+    const bool isRegular = process.error() != QProcess::FailedToStart
+        && process.exitStatus() == QProcess::NormalExit;
+    return {isRegular ? process.exitCode() : -1, QString::fromUtf8(process.readAllStandardOutput()),
+            QString::fromUtf8(process.readAllStandardError())};
+}
+
+bool eventually(const std::function<bool()> &condition, int deadline)
+{
+    return QTest::qWaitFor(condition, deadline);
+}
+
+} // namespace tovel

@@ -1,0 +1,97 @@
+#pragma once
+
+#include <QByteArray>
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace tovel {
+
+enum class Manager { Openbox, Icewm, Xfwm4 };
+
+// The manager that the environment variable TOVEL_TEST_MANAGER names: openbox, icewm or xfwm4.
+Manager managerFromEnvironment();
+
+struct SessionOptions
+{
+    int desktops = 4;
+    QString activateAction{}; // xfwm4's choice of that name; empty leaves it at its default
+};
+
+// What a program that ran to its end left behind.
+struct Outcome
+{
+    int status = -1; // -1: it crashed, could not be started, or had to be killed at the deadline
+    QString out{};
+    QString err{};
+};
+
+// An X server with a window manager, in folders of their own. The server also listens on TCP, so
+// that a client can hide its process. Every process that was started here has ended when this
+// object goes, or when the test's process is killed. Starting fails the test by isReady().
+class PrivateSession final
+{
+public:
+    explicit PrivateSession(Manager manager, const SessionOptions &options = {});
+    ~PrivateSession();
+
+    PrivateSession(const PrivateSession &) = delete;
+    PrivateSession &operator=(const PrivateSession &) = delete;
+
+    // Whether the manager has announced its desktops.
+    bool isReady() const;
+
+    // ":7", and the same server over TCP.
+    QByteArray display() const { return m_display; }
+    QByteArray tcpDisplay() const { return "127.0.0.1" + m_display; }
+    // What programs of this session run in.
+    const QProcessEnvironment &environment() const { return m_environment; }
+    // A desktop entry for windows of the class; before any such window is opened.
+    void install(const QString &identifier, const QString &name, const QString &windowClass) const;
+
+    // Makes this the session of the test's own process.
+    void adopt() const;
+
+    // Runs until the session ends. Standard input and both outputs lead nowhere.
+    QProcess &start(const QString &program, const QStringList &arguments);
+    // Runs with its outputs kept, for the test to watch and to end.
+    std::unique_ptr<QProcess> launch(const QString &program, const QStringList &arguments,
+                                     const QProcessEnvironment &environment) const;
+    // Runs to its end. The second form has variables put over the session's.
+    Outcome run(const QString &program, const QStringList &arguments) const;
+    Outcome run(const QString &program, const QStringList &arguments,
+                const QProcessEnvironment &changes) const;
+
+    void startManager();
+    // At once, without a chance to clean up.
+    void killManager();
+    void killServer();
+
+private:
+    QProcess &started(const QString &program, const QStringList &arguments);
+    void writeConfiguration(const SessionOptions &options) const;
+    void write(const QString &path, const QString &text) const;
+
+    QTemporaryDir m_folder;
+    QProcessEnvironment m_environment;
+    QByteArray m_display;
+    Manager m_manager;
+    int m_desktops;
+    std::vector<std::unique_ptr<QProcess>> m_processes; // ended from the last to the first
+    QProcess *m_server = nullptr;
+    QProcess *m_managerProcess = nullptr;
+};
+
+// Waits for the process's end and takes what it said.
+Outcome outcomeOf(QProcess &process);
+
+// Lets the event loop turn until the condition holds; false when it does not in good time.
+bool eventually(const std::function<bool()> &condition, int deadline = 10000);
+
+} // namespace tovel
