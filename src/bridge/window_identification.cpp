@@ -69,7 +69,7 @@ ProcessEntry &entryOf(ProcessCache &cache, std::int32_t pid,
     cache.processes.removeIf([](const auto &process) { return !liveApplication(process.key()); });
     ProcessEntry &entry = cache.processes[pid];
     const auto launch = application->launchDate();
-    if (false) {
+    if (entry.launch != launch) {
         entry = ProcessEntry();
         entry.launch = launch;
     }

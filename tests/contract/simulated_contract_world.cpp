@@ -22,7 +22,7 @@ public:
                            .name = u"Screen"_s,
                            .currentSpace = FirstSpace};
         for (int i = 0; i < DesktopCount; ++i)
-            display.spaces.append({.id = FirstSpace + std::uint64_t(i)});
+            display.spaces.append(SimSpace{.id = FirstSpace + std::uint64_t(i)});
         m_desktop.addDisplay(display);
     }
 

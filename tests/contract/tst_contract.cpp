@@ -1,6 +1,7 @@
 #include "contract/contract_world.h"
 #include "contract/window_server_entries.h"
 #include "platform/accessibility.h"
+#include "platform/application.h"
 #include "platform/clock.h"
 #include "platform/hot_keys.h"
 #include "platform/platform.h"
@@ -191,7 +192,7 @@ private Q_SLOTS:
         QCOMPARE(m_row.size(), 4);
         QCOMPARE(QSet<quint64>(m_row.begin(), m_row.end()).size(), 4);
         QVERIFY(!m_row.contains(0));
-        for (const QVariant &space : array(display[u"Spaces"_s]).value())
+        for (const QVariant &space : array(display[u"Spaces"_s]).value_or(QVariantList()))
             QCOMPARE(signedNumber(dictionary(space).value()[u"type"_s]), 0);
         QCOMPARE(m_server->shown(), m_row[0]);
         m_world->showDesktop(2);
@@ -379,7 +380,7 @@ private Q_SLOTS:
             const bool arrived = m_world->eventually(
                 [&] { return notifications > 0 && m_server->shown() == m_row[desktop]; });
             m_world->pass(0.3);
-            return arrived && notifications == 1;
+            if (!arrived || notifications != 1) { qWarning("notifications %d shown %d prop %s", notifications, int(m_server->shown()), "x"); system("xprop -root _NET_CURRENT_DESKTOP"); } return arrived && notifications == 1;
         };
         m_platform->quartz().CGWarpMouseCursorPosition({100, 100});
         QVERIFY(arrives(kVK_RightArrow, 1));

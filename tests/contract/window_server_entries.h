@@ -60,7 +60,8 @@ struct WindowServerEntries
     {
         QList<quint64> ids;
         const QVariantMap display = firstDisplay();
-        for (const QVariant &space : array(display.value(QStringLiteral("Spaces"))).value_or({}))
+        const auto spaces = array(display.value(QStringLiteral("Spaces")));
+        for (const QVariant &space : spaces.value_or(QVariantList()))
             ids.append(idOf(space));
         return ids;
     }

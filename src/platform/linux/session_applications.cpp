@@ -51,9 +51,16 @@ std::optional<NSImage> SessionApplication::icon() const
     return NSImage{m_identity.icon};
 }
 
+bool SessionApplication::isTerminated() const
+{
+    if (m_owner)
+        m_owner->update();
+    return m_owner == nullptr;
+}
+
 bool SessionApplication::activateWithOptions(std::uint32_t)
 {
-    if (!m_owner)
+    if (isTerminated())
         return false;
     std::uint32_t window = std::exchange(m_mainWindow, 0);
     if (window == 0 || !m_windows.contains(window))

@@ -30,7 +30,7 @@ public:
     NSApplicationActivationPolicy activationPolicy() const override { return m_policy; }
     // Sessions hide windows, not applications.
     bool isHidden() const override { return false; }
-    bool isTerminated() const override { return m_owner == nullptr; }
+    bool isTerminated() const override;
     std::optional<QDateTime> launchDate() const override { return m_launchDate; }
     bool activateWithOptions(std::uint32_t options) override;
 

@@ -50,7 +50,7 @@ QString readXfwmActivateAction()
     return {};
 }
 
-bool activationShowsDesktop(const QString &managerName, QString (*xfwmAction)())
+bool activationShowsDesktop(const QString &managerName, const std::function<QString()> &xfwmAction)
 {
     if (managerName.compare(u"kwin", Qt::CaseInsensitive) == 0)
         return true;

@@ -3,6 +3,8 @@
 #include <QByteArray>
 #include <QString>
 
+#include <functional>
+
 namespace tovel::x11 {
 
 // The value of xfwm4's setting general/activate_action in one of its xfconf channel files; empty
@@ -14,6 +16,6 @@ QString readXfwmActivateAction();
 
 // Whether a window manager, known by the name it gives itself, shows the desktop of a window that
 // is activated. The action is asked for only where it decides.
-bool activationShowsDesktop(const QString &managerName, QString (*xfwmAction)());
+bool activationShowsDesktop(const QString &managerName, const std::function<QString()> &xfwmAction);
 
 } // namespace tovel::x11
