@@ -54,7 +54,7 @@ std::optional<NSImage> SessionApplication::icon() const
 bool SessionApplication::isTerminated() const
 {
     if (m_owner)
-        m_owner->update();
+        m_owner->running();
     return m_owner == nullptr;
 }
 
