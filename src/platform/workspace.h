@@ -77,8 +77,7 @@ public:
         const QString &bundleIdentifier) const = 0;
 
     // The name of an installed application as its users know it; absent when it cannot be told.
-    virtual std::optional<QString>
-    localizedNameOfApplicationAtURL(const QUrl &location) const = 0;
+    virtual std::optional<QString> localizedNameOfApplicationAtURL(const QUrl &location) const = 0;
 
     // Starts the application and calls the handler later, on the main thread, when the outcome is
     // known. Never calls it from within this call.

@@ -68,10 +68,7 @@ WindowMirror &X11Session::current()
 
 std::uint64_t X11Session::revision() { return current().revision(); }
 
-bool X11Session::hasManager()
-{
-    return current().root().hasManager && m_connection->isAlive();
-}
+bool X11Session::hasManager() { return current().root().hasManager && m_connection->isAlive(); }
 
 bool X11Session::isControllable()
 {
