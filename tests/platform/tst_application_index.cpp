@@ -10,14 +10,15 @@
 #include <sys/stat.h>
 
 using namespace tovel;
+using namespace Qt::StringLiterals;
 
 namespace {
 
 ApplicationEntry entry(const QString &identifier, const QString &windowClass = {},
                        const QString &executable = {}, bool visible = true)
 {
-    return {identifier,  u"Name of "_qs + identifier,
-            u"icon"_qs,  u"/usr/share/applications/"_qs + identifier + u".desktop"_qs,
+    return {identifier,  u"Name of "_s + identifier,
+            u"icon"_s,   u"/usr/share/applications/"_s + identifier + u".desktop"_s,
             windowClass, executable,
             visible};
 }
@@ -64,89 +65,87 @@ void TestApplicationIndex::identifiesWindows_data()
         = [](const char *name, const WindowClues &clues, const QString &identifier,
              bool installed = true) { QTest::newRow(name) << clues << identifier << installed; };
 
-    row("class as StartupWMClass", windowClass(u"x"_qs, u"Navigator"_qs), u"browser"_qs);
-    row("StartupWMClass in another case", windowClass(u"x"_qs, u"NAVIGATOR"_qs), u"browser"_qs);
-    row("exact case before another", windowClass({}, u"navigator"_qs), u"small"_qs);
+    row("class as StartupWMClass", windowClass(u"x"_s, u"Navigator"_s), u"browser"_s);
+    row("StartupWMClass in another case", windowClass(u"x"_s, u"NAVIGATOR"_s), u"browser"_s);
+    row("exact case before another", windowClass({}, u"navigator"_s), u"small"_s);
     row("web application of a browser",
-        windowClass(u"crx_mail"_qs, u"Navigator"_qs, u"browser-bin"_qs), u"web-mail"_qs);
+        windowClass(u"crx_mail"_s, u"Navigator"_s, u"browser-bin"_s), u"web-mail"_s);
     row("StartupWMClass of the class before the instance's file name",
-        windowClass(u"editor"_qs, u"Navigator"_qs), u"browser"_qs);
+        windowClass(u"editor"_s, u"Navigator"_s), u"browser"_s);
     row("file name of the instance before the class's",
-        windowClass(u"editor"_qs, u"org.example.Notes"_qs), u"editor"_qs);
-    row("file name in another case", windowClass({}, u"Editor"_qs), u"editor"_qs);
-    row("last component", windowClass({}, u"notes"_qs), u"org.example.Notes"_qs);
-    row("last component of several", windowClass({}, u"Calendar"_qs), u"Calendar"_qs, false);
-    row("last component of a short name", windowClass({}, u"11"_qs), u"11"_qs, false);
-    row("unseen entry gives way", windowClass({}, u"Player"_qs), u"player"_qs);
-    row("unseen entry on its own", windowClass({}, u"Link"_qs), u"link-handler"_qs);
-    row("named like its class", windowClass({}, u"Twin"_qs), u"twin"_qs);
-    row("program", windowClass(u"x"_qs, u"X"_qs, u"browser-bin"_qs), u"browser"_qs);
-    row("program of several entries", windowClass(u"x"_qs, u"X"_qs, u"office"_qs), u"X"_qs, false);
-    row("program of an unseen entry", windowClass({}, {}, u"linker"_qs), u"linker"_qs, false);
-    row("nothing known", WindowClues(), u"unidentified"_qs, false);
-    row("hostile class", windowClass({}, u"A\n\u202E"_qs + QString(5000, u'b')),
+        windowClass(u"editor"_s, u"org.example.Notes"_s), u"editor"_s);
+    row("file name in another case", windowClass({}, u"Editor"_s), u"editor"_s);
+    row("last component", windowClass({}, u"notes"_s), u"org.example.Notes"_s);
+    row("last component of several", windowClass({}, u"Calendar"_s), u"Calendar"_s, false);
+    row("last component of a short name", windowClass({}, u"11"_s), u"11"_s, false);
+    row("unseen entry gives way", windowClass({}, u"Player"_s), u"player"_s);
+    row("unseen entry on its own", windowClass({}, u"Link"_s), u"link-handler"_s);
+    row("named like its class", windowClass({}, u"Twin"_s), u"twin"_s);
+    row("program", windowClass(u"x"_s, u"X"_s, u"browser-bin"_s), u"browser"_s);
+    row("program of several entries", windowClass(u"x"_s, u"X"_s, u"office"_s), u"X"_s, false);
+    row("program of an unseen entry", windowClass({}, {}, u"linker"_s), u"linker"_s, false);
+    row("nothing known", WindowClues(), u"unidentified"_s, false);
+    row("hostile class", windowClass({}, u"A\n\u202E"_s + QString(5000, u'b')),
         u'A' + QString(255, u'b'), false);
 
     WindowClues clues;
-    clues.process.executable = u"browser-bin"_qs;
-    clues.process.launchedDesktopFile = u"/usr/share/applications/small.desktop"_qs;
-    row("launched entry before program", clues, u"small"_qs);
-    clues.kdeDesktopFile = u"/home/me/.local/share/applications/web/mail.desktop"_qs;
-    row("KDE path before launched entry", clues, u"web-mail"_qs);
-    clues.kdeDesktopFile = u"editor.desktop"_qs;
-    row("KDE file name", clues, u"editor"_qs);
-    clues.gtkApplicationId = u"org.example.Notes"_qs;
-    row("GTK before KDE", clues, u"org.example.Notes"_qs);
-    clues.process.sandboxId = u"player"_qs;
-    row("sandbox before GTK", clues, u"player"_qs);
-    clues.className = u"Navigator"_qs;
-    row("class before sandbox", clues, u"browser"_qs);
+    clues.process.executable = u"browser-bin"_s;
+    clues.process.launchedDesktopFile = u"/usr/share/applications/small.desktop"_s;
+    row("launched entry before program", clues, u"small"_s);
+    clues.kdeDesktopFile = u"/home/me/.local/share/applications/web/mail.desktop"_s;
+    row("KDE path before launched entry", clues, u"web-mail"_s);
+    clues.kdeDesktopFile = u"editor.desktop"_s;
+    row("KDE file name", clues, u"editor"_s);
+    clues.gtkApplicationId = u"org.example.Notes"_s;
+    row("GTK before KDE", clues, u"org.example.Notes"_s);
+    clues.process.sandboxId = u"player"_s;
+    row("sandbox before GTK", clues, u"player"_s);
+    clues.className = u"Navigator"_s;
+    row("class before sandbox", clues, u"browser"_s);
 }
 
 void TestApplicationIndex::identifiesWindows()
 {
     QFETCH(const WindowClues, clues);
     const ApplicationIndex index(
-        {entry(u"link-handler"_qs, u"Link"_qs, u"linker"_qs, false),
-         entry(u"player-handler"_qs, u"Player"_qs, {}, false), entry(u"player"_qs),
-         entry(u"browser"_qs, u"Navigator"_qs, u"browser-bin"_qs),
-         entry(u"small"_qs, u"navigator"_qs), entry(u"web-mail"_qs, u"crx_mail"_qs),
-         entry(u"editor"_qs), entry(u"org.example.Notes"_qs), entry(u"org.example.Calendar"_qs),
-         entry(u"com.example.Calendar"_qs), entry(u"python3.11"_qs),
-         entry(u"other-twin"_qs, u"Twin"_qs, u"office"_qs),
-         entry(u"twin"_qs, u"Twin"_qs, u"office"_qs)});
+        {entry(u"link-handler"_s, u"Link"_s, u"linker"_s, false),
+         entry(u"player-handler"_s, u"Player"_s, {}, false), entry(u"player"_s),
+         entry(u"browser"_s, u"Navigator"_s, u"browser-bin"_s), entry(u"small"_s, u"navigator"_s),
+         entry(u"web-mail"_s, u"crx_mail"_s), entry(u"editor"_s), entry(u"org.example.Notes"_s),
+         entry(u"org.example.Calendar"_s), entry(u"com.example.Calendar"_s), entry(u"python3.11"_s),
+         entry(u"other-twin"_s, u"Twin"_s, u"office"_s), entry(u"twin"_s, u"Twin"_s, u"office"_s)});
 
     const ApplicationIdentity identity = index.identify(clues);
     QTEST(identity.bundleIdentifier, "identifier");
     QTEST(identity.installed, "installed");
     QCOMPARE(identity.name,
-             identity.installed ? u"Name of "_qs + identity.bundleIdentifier
+             identity.installed ? u"Name of "_s + identity.bundleIdentifier
                                 : identity.bundleIdentifier);
-    QCOMPARE(identity.icon, identity.installed ? u"icon"_qs : QString());
+    QCOMPARE(identity.icon, identity.installed ? u"icon"_s : QString());
 }
 
 void TestApplicationIndex::readsInstalledEntries()
 {
     const QTemporaryDir folder;
-    const QString user = folder.filePath(u"user/applications"_qs);
-    const QString system = folder.filePath(u"system/applications"_qs);
-    writeEntry(system + u"/both.desktop"_qs, "Name=System\nExec=true\n");
-    writeEntry(user + u"/both.desktop"_qs,
+    const QString user = folder.filePath(u"user/applications"_s);
+    const QString system = folder.filePath(u"system/applications"_s);
+    writeEntry(system + u"/both.desktop"_s, "Name=System\nExec=true\n");
+    writeEntry(user + u"/both.desktop"_s,
                "Name=User\nIcon=both.png\nExec=/bin/true %U\nStartupWMClass=Both\n");
-    writeEntry(system + u"/kde/viewer.desktop"_qs,
+    writeEntry(system + u"/kde/viewer.desktop"_s,
                "Name=Viewer\nExec=env A=b true\nNoDisplay=true\n");
-    writeEntry(system + u"/masked.desktop"_qs, "Name=Masked\nExec=true\n");
-    writeEntry(user + u"/masked.desktop"_qs, "Name=Masked\nExec=true\nHidden=true\n");
-    writeEntry(system + u"/broken.desktop"_qs, "Name=Broken\nExec=no-such-program-here\n");
+    writeEntry(system + u"/masked.desktop"_s, "Name=Masked\nExec=true\n");
+    writeEntry(user + u"/masked.desktop"_s, "Name=Masked\nExec=true\nHidden=true\n");
+    writeEntry(system + u"/broken.desktop"_s, "Name=Broken\nExec=no-such-program-here\n");
 
     InstalledApplications applications({user, system});
     std::vector<ApplicationEntry> expected{
-        {u"both"_qs, u"User"_qs, u"both"_qs, user + u"/both.desktop"_qs, u"Both"_qs, u"true"_qs},
-        {u"kde-viewer"_qs, u"Viewer"_qs, {}, system + u"/kde/viewer.desktop"_qs, {}, {}, false}};
+        {u"both"_s, u"User"_s, u"both"_s, user + u"/both.desktop"_s, u"Both"_s, u"true"_s},
+        {u"kde-viewer"_s, u"Viewer"_s, {}, system + u"/kde/viewer.desktop"_s, {}, {}, false}};
     QCOMPARE(applications.index().entries(), expected);
 
     const auto makeOld = [&] {
-        for (const QString &path : {user, system, system + u"/kde"_qs}) {
+        for (const QString &path : {user, system, system + u"/kde"_s}) {
             const timespec times[2] = {{1'000'000, 0}, {1'000'000, 0}};
             QCOMPARE(::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times, 0), 0);
         }
@@ -154,9 +153,9 @@ void TestApplicationIndex::readsInstalledEntries()
     makeOld();
     QVERIFY(applications.reloadIfChanged());
     QVERIFY(!applications.reloadIfChanged());
-    writeEntry(system + u"/kde/late.desktop"_qs, "Name=Late\nExec=true\n");
+    writeEntry(system + u"/kde/late.desktop"_s, "Name=Late\nExec=true\n");
     QVERIFY(applications.reloadIfChanged());
-    QVERIFY(applications.index().find(u"kde-late"_qs));
+    QVERIFY(applications.index().find(u"kde-late"_s));
     QVERIFY(applications.reloadIfChanged()); // more of the package may still be arriving
 }
 
@@ -166,34 +165,34 @@ void TestApplicationIndex::readsProcessFiles_data()
     QTest::addColumn<QString>("expected");
     const auto ticks = [](QByteArrayView stat) {
         const auto value = startTicksFromStat(stat);
-        return value ? QString::number(*value) : u"none"_qs;
+        return value ? QString::number(*value) : u"none"_s;
     };
     const QByteArray fields = " S 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 4711 20 21\n";
-    QTest::newRow("start time") << ticks("7 (sh)" + fields) << u"4711"_qs;
-    QTest::newRow("hostile name") << ticks("7 (a) S (b c)" + fields) << u"4711"_qs;
-    QTest::newRow("cut short") << ticks("7 (sh) S 1 2 3") << u"none"_qs;
-    QTest::newRow("no name") << ticks("7 sh") << u"none"_qs;
-    QTest::newRow("empty") << ticks("") << u"none"_qs;
+    QTest::newRow("start time") << ticks("7 (sh)" + fields) << u"4711"_s;
+    QTest::newRow("hostile name") << ticks("7 (a) S (b c)" + fields) << u"4711"_s;
+    QTest::newRow("cut short") << ticks("7 (sh) S 1 2 3") << u"none"_s;
+    QTest::newRow("no name") << ticks("7 sh") << u"none"_s;
+    QTest::newRow("empty") << ticks("") << u"none"_s;
 
     QTest::newRow("flatpak") << flatpakIdFromInfo("[Application]\nname=org.example.Notes\n"
                                                   "runtime=x\n[Instance]\nname=1\n")
-                             << u"org.example.Notes"_qs;
+                             << u"org.example.Notes"_s;
     QTest::newRow("flatpak, other group") << flatpakIdFromInfo("[Instance]\nname=1\n") << QString();
 
     const QByteArray slice = "0::/user.slice/user@1000.service/app.slice/snap.";
     QTest::newRow("snap scope") << snapIdFromCgroup(
         slice + "fox.fox-0f0e0d0c-0b0a-0908-0706-050403020100.scope\n")
-                                << u"fox_fox"_qs;
+                                << u"fox_fox"_s;
     QTest::newRow("snap scope, older")
         << snapIdFromCgroup("1:name=systemd:/\n" + slice + "my-fox.web.0f0e0d0c-0b0a.scope\n")
-        << u"my-fox_web"_qs;
+        << u"my-fox_web"_s;
     QTest::newRow("snap hook") << snapIdFromCgroup(slice + "fox.hook.configure.scope") << QString();
     QTest::newRow("no snap") << snapIdFromCgroup("0::/user.slice/app-fox.scope\n") << QString();
 
     const QByteArray file("GIO_LAUNCHED_DESKTOP_FILE=/a b.desktop\0", 39);
     QTest::newRow("launched") << launchedDesktopFileFromEnvironment(
         QByteArray("A=1\0", 4) + file + "GIO_LAUNCHED_DESKTOP_FILE_PID=42", 42)
-                              << u"/a b.desktop"_qs;
+                              << u"/a b.desktop"_s;
     QTest::newRow("child of launched")
         << launchedDesktopFileFromEnvironment(file + "GIO_LAUNCHED_DESKTOP_FILE_PID=42", 421)
         << QString();

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 using namespace tovel;
+using namespace Qt::StringLiterals;
 
 class TestApplicationLauncher final : public QObject
 {
@@ -16,7 +17,7 @@ class TestApplicationLauncher final : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        QVERIFY(QDir(m_folder.path()).mkpath(u"applications/kde"_qs));
+        QVERIFY(QDir(m_folder.path()).mkpath(u"applications/kde"_s));
         qputenv("XDG_DATA_HOME", QFile::encodeName(m_folder.path()));
     }
 
@@ -29,7 +30,7 @@ private Q_SLOTS:
 private:
     QUrl write(const QString &name, const QByteArray &content)
     {
-        const QString path = m_folder.filePath(u"applications/"_qs + name);
+        const QString path = m_folder.filePath(u"applications/"_s + name);
         QFile file(path);
         if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
             qFatal("The entry could not be written.");
@@ -43,20 +44,20 @@ void TestApplicationLauncher::locatesEntries()
 {
     const ApplicationLauncher launcher;
     const QByteArray missing = "[Desktop Entry]\nType=Application\nName=A\nExec=no-such-program\n";
-    const QUrl top = write(u"my-app.desktop"_qs, missing);
-    const QUrl below = write(u"kde/my-viewer.desktop"_qs, missing);
-    write(u"hidden.desktop"_qs, missing + "Hidden=true\n");
-    QCOMPARE(launcher.locate(u"my-app"_qs), top);
-    QCOMPARE(launcher.locate(u"kde-my-viewer"_qs), below);
-    for (const QString &absent : {u"hidden"_qs, u"kde/my-viewer"_qs, u"kde-..-my-app"_qs, u"kde"_qs,
-                                  u"my-app.desktop"_qs, QString()})
+    const QUrl top = write(u"my-app.desktop"_s, missing);
+    const QUrl below = write(u"kde/my-viewer.desktop"_s, missing);
+    write(u"hidden.desktop"_s, missing + "Hidden=true\n");
+    QCOMPARE(launcher.locate(u"my-app"_s), top);
+    QCOMPARE(launcher.locate(u"kde-my-viewer"_s), below);
+    for (const QString &absent : {u"hidden"_s, u"kde/my-viewer"_s, u"kde-..-my-app"_s, u"kde"_s,
+                                  u"my-app.desktop"_s, QString()})
         QCOMPARE(launcher.locate(absent), QUrl());
 }
 
 void TestApplicationLauncher::startsAProgramOfItsOwn()
 {
-    const QString marker = m_folder.filePath(u"marker"_qs);
-    const QUrl location = write(u"session.desktop"_qs,
+    const QString marker = m_folder.filePath(u"marker"_s);
+    const QUrl location = write(u"session.desktop"_s,
                                 "[Desktop Entry]\nType=Application\nName=A\nExec=sh -c \"exec "
                                 "cut -d' ' -f6 /proc/self/stat >"
                                     + QFile::encodeName(marker) + "\"\n");
@@ -84,11 +85,11 @@ void TestApplicationLauncher::tellsWhyNot_data()
     QTest::newRow("missing required program") << head + "Exec=true\nTryExec=no-such-program\n"
                                               << noSuchFile;
     QTest::newRow("missing working folder") << head + "Exec=true\nPath=/no/such/folder\n"
-                                            << u"/no/such/folder"_qs;
+                                            << u"/no/such/folder"_s;
     QTest::newRow("link") << QByteArray("[Desktop Entry]\nType=Link\nName=A\nURL=file:///\n")
-                          << u"link.desktop"_qs;
-    QTest::newRow("no command") << head << u"Exec"_qs;
-    QTest::newRow("unpaired quote") << head + "Exec='true\n" << u"'true"_qs;
+                          << u"link.desktop"_s;
+    QTest::newRow("no command") << head << u"Exec"_s;
+    QTest::newRow("unpaired quote") << head + "Exec='true\n" << u"'true"_s;
     QTest::newRow("not an entry") << QByteArray("\x7f"
                                                 "ELF")
                                   << QString();
@@ -99,11 +100,10 @@ void TestApplicationLauncher::tellsWhyNot()
     QFETCH(const QByteArray, content);
     QFETCH(const QString, part);
     const QUrl location
-        = write(QLatin1StringView(QTest::currentDataTag()) + u".desktop"_qs, content);
+        = write(QLatin1StringView(QTest::currentDataTag()) + u".desktop"_s, content);
     ApplicationLauncher launcher;
     std::optional<QString> outcome;
-    launcher.launch(location,
-                    [&](const auto &reason) { outcome = reason.value_or(u"started"_qs); });
+    launcher.launch(location, [&](const auto &reason) { outcome = reason.value_or(u"started"_s); });
     QTRY_VERIFY(outcome);
     QVERIFY(*outcome != u"started" && !outcome->isEmpty());
     QVERIFY2(outcome->contains(part), qPrintable(*outcome));

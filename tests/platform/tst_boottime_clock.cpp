@@ -3,6 +3,7 @@
 #include <QTest>
 
 using namespace tovel;
+using namespace Qt::StringLiterals;
 
 class TestBoottimeClock final : public QObject
 {
@@ -30,17 +31,16 @@ void TestBoottimeClock::firesInOrderOfDueTimeThenStart()
 {
     BoottimeClock clock;
     QStringList calls;
-    clock.setWakeHandler([&] { calls << u"wake"_qs; });
-    const auto late = clock.startTimer(0.03, false, [&] { calls << u"late"_qs; });
-    const auto first = clock.startTimer(0, false, [&] { calls << u"first"_qs; });
-    const auto second = clock.startTimer(-1, false, [&] { calls << u"second"_qs; });
-    auto never = clock.startTimer(0.01, false, [&] { calls << u"never"_qs; });
+    clock.setWakeHandler([&] { calls << u"wake"_s; });
+    const auto late = clock.startTimer(0.03, false, [&] { calls << u"late"_s; });
+    const auto first = clock.startTimer(0, false, [&] { calls << u"first"_s; });
+    const auto second = clock.startTimer(-1, false, [&] { calls << u"second"_s; });
+    auto never = clock.startTimer(0.01, false, [&] { calls << u"never"_s; });
     never.reset();
     QVERIFY(calls.isEmpty());
-    QTRY_VERIFY(calls.contains(u"late"_qs));
-    QCOMPARE(
-        calls,
-        QStringList({u"wake"_qs, u"first"_qs, u"wake"_qs, u"second"_qs, u"wake"_qs, u"late"_qs}));
+    QTRY_VERIFY(calls.contains(u"late"_s));
+    QCOMPARE(calls,
+             QStringList({u"wake"_s, u"first"_s, u"wake"_s, u"second"_s, u"wake"_s, u"late"_s}));
 }
 
 void TestBoottimeClock::firesOnceForMissedBeatsAndGoesOn()

@@ -15,6 +15,7 @@
 #include <sys/stat.h>
 
 using namespace tovel;
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -22,22 +23,22 @@ namespace {
 QVariantMap everyKind()
 {
     QVariantMap kinds{
-        {u"true"_qs, true},
-        {u"one"_qs, 1LL},
-        {u"lowest"_qs, std::numeric_limits<qint64>::min()},
-        {u"highest"_qs, std::numeric_limits<quint64>::max()},
-        {u"fraction"_qs, 0.1},
-        {u"whole real"_qs, 5.0},
-        {u"minus zero"_qs, -0.0},
-        {u"infinite"_qs, std::numeric_limits<double>::infinity()},
-        {u"text"_qs, u"quote \" line\n nul \0 snow ☃ 🐑"_qs},
-        {u"empty text"_qs, QString()},
-        {u"bytes"_qs, QByteArray("\0\xff{}", 4)},
-        {u"list"_qs, QVariantList{1LL, 1.0, u"1"_qs, true, QVariantList()}},
-        {u"posing as bytes"_qs, QVariantMap{{u"$data"_qs, u"AAAA"_qs}}},
-        {u"posing twice"_qs, QVariantMap{{u"$dictionary"_qs, QVariantMap{{u"$real"_qs, 1LL}}}}}};
-    kinds.insert(u"dictionary"_qs, QVariantMap(kinds));
-    kinds.insert(u"$data"_qs, u"a key like any other"_qs);
+        {u"true"_s, true},
+        {u"one"_s, 1LL},
+        {u"lowest"_s, std::numeric_limits<qint64>::min()},
+        {u"highest"_s, std::numeric_limits<quint64>::max()},
+        {u"fraction"_s, 0.1},
+        {u"whole real"_s, 5.0},
+        {u"minus zero"_s, -0.0},
+        {u"infinite"_s, std::numeric_limits<double>::infinity()},
+        {u"text"_s, u"quote \" line\n nul \0 snow ☃ 🐑"_s},
+        {u"empty text"_s, QString()},
+        {u"bytes"_s, QByteArray("\0\xff{}", 4)},
+        {u"list"_s, QVariantList{1LL, 1.0, u"1"_s, true, QVariantList()}},
+        {u"posing as bytes"_s, QVariantMap{{u"$data"_s, u"AAAA"_s}}},
+        {u"posing twice"_s, QVariantMap{{u"$dictionary"_s, QVariantMap{{u"$real"_s, 1LL}}}}}};
+    kinds.insert(u"dictionary"_s, QVariantMap(kinds));
+    kinds.insert(u"$data"_s, u"a key like any other"_s);
     return kinds;
 }
 
@@ -97,7 +98,7 @@ private Q_SLOTS:
     void init()
     {
         m_folder = std::make_unique<QTemporaryDir>();
-        m_path = m_folder->filePath(u"new/folders/settings.json"_qs);
+        m_path = m_folder->filePath(u"new/folders/settings.json"_s);
     }
 
     void keepsEveryKindAcrossProcesses();
@@ -125,12 +126,12 @@ void TestJsonUserDefaults::keepsEveryKindAcrossProcesses()
         QVERIFY2(defaults.setObject(it.key(), it.value()), qPrintable(defaults.errorString()));
         QCOMPARE(described(defaults.object(it.key())), described(it.value()));
     }
-    QVERIFY(defaults.setObject(u"texts"_qs, QStringList{u"a"_qs}));
-    QCOMPARE(defaults.texts(u"texts"_qs), QStringList{u"a"_qs});
-    QVERIFY(std::signbit(defaults.object(u"minus zero"_qs)->toDouble()));
+    QVERIFY(defaults.setObject(u"texts"_s, QStringList{u"a"_s}));
+    QCOMPARE(defaults.texts(u"texts"_s), QStringList{u"a"_s});
+    QVERIFY(std::signbit(defaults.object(u"minus zero"_s)->toDouble()));
 
     QProcess other;
-    startChild(other, {u"--check"_qs, m_path});
+    startChild(other, {u"--check"_s, m_path});
     QVERIFY(other.waitForFinished());
     QCOMPARE(other.exitCode(), 0);
 
@@ -139,7 +140,7 @@ void TestJsonUserDefaults::keepsEveryKindAcrossProcesses()
     };
     QCOMPARE(::stat(QFile::encodeName(m_path).constData(), &status), 0);
     QCOMPARE(status.st_mode & 0777, 0600U);
-    QCOMPARE(::stat(qPrintable(m_folder->filePath(u"new"_qs)), &status), 0);
+    QCOMPARE(::stat(qPrintable(m_folder->filePath(u"new"_s)), &status), 0);
     QCOMPARE(status.st_mode & 0777, 0700U);
 }
 
@@ -160,15 +161,15 @@ void TestJsonUserDefaults::refusesOtherKinds()
 {
     QFETCH(const QVariant, value);
     JsonUserDefaults defaults(m_path);
-    QVERIFY(defaults.setObject(u"key"_qs, u"before"_qs));
+    QVERIFY(defaults.setObject(u"key"_s, u"before"_s));
     const QByteArray before = contentOf(m_path);
 
-    QVERIFY(!defaults.setObject(u"key"_qs, value));
+    QVERIFY(!defaults.setObject(u"key"_s, value));
     QVERIFY(defaults.errorString().contains(u"key"));
-    QCOMPARE(defaults.object(u"key"_qs), QVariant(u"before"_qs));
+    QCOMPARE(defaults.object(u"key"_s), QVariant(u"before"_s));
     QCOMPARE(contentOf(m_path), before);
 
-    QVERIFY(defaults.setObject(u"key"_qs, u"after"_qs));
+    QVERIFY(defaults.setObject(u"key"_s, u"after"_s));
     QCOMPARE(defaults.errorString(), QString());
 }
 
@@ -181,18 +182,18 @@ void TestJsonUserDefaults::writesOnlyChanges()
         return ::stat(QFile::encodeName(m_path).constData(), &status) == 0 ? status.st_ino : 0;
     };
     JsonUserDefaults defaults(m_path);
-    QVERIFY(defaults.removeObject(u"absent"_qs));
+    QVERIFY(defaults.removeObject(u"absent"_s));
     QVERIFY(!QFile::exists(m_path));
-    QVERIFY(defaults.setObject(u"key"_qs, 1));
+    QVERIFY(defaults.setObject(u"key"_s, 1));
     const auto written = inode();
-    QVERIFY(defaults.setObject(u"key"_qs, 1));
-    QVERIFY(defaults.removeObject(u"absent"_qs));
+    QVERIFY(defaults.setObject(u"key"_s, 1));
+    QVERIFY(defaults.removeObject(u"absent"_s));
     QCOMPARE(inode(), written);
-    QVERIFY(defaults.setObject(u"key"_qs, true)); // equal to 1 for QVariant
+    QVERIFY(defaults.setObject(u"key"_s, true)); // equal to 1 for QVariant
     QVERIFY(inode() != written);
-    QCOMPARE(defaults.boolean(u"key"_qs), true);
-    QVERIFY(defaults.removeObject(u"key"_qs));
-    QVERIFY(!defaults.object(u"key"_qs));
+    QCOMPARE(defaults.boolean(u"key"_s), true);
+    QVERIFY(defaults.removeObject(u"key"_s));
+    QVERIFY(!defaults.object(u"key"_s));
     QCOMPARE(parseDefaults(contentOf(m_path)), QVariantMap());
 }
 
@@ -200,13 +201,13 @@ void TestJsonUserDefaults::seesTheWritesOfOthers()
 {
     JsonUserDefaults mine(m_path);
     JsonUserDefaults theirs(m_path);
-    QVERIFY(!mine.object(u"key"_qs));
+    QVERIFY(!mine.object(u"key"_s));
     for (int number = 0; number < 20; ++number) {
-        QVERIFY(theirs.setObject(u"key"_qs, number % 10));
-        QCOMPARE(mine.object(u"key"_qs), QVariant(number % 10));
+        QVERIFY(theirs.setObject(u"key"_s, number % 10));
+        QCOMPARE(mine.object(u"key"_s), QVariant(number % 10));
     }
     QVERIFY(QFile::remove(m_path));
-    QVERIFY(!mine.object(u"key"_qs));
+    QVERIFY(!mine.object(u"key"_s));
     QCOMPARE(mine.errorString(), QString());
 }
 
@@ -215,15 +216,15 @@ void TestJsonUserDefaults::losesNothingBetweenTwoWriters()
     constexpr int count = 60;
     QProcess first;
     QProcess second;
-    startChild(first, {u"--write"_qs, m_path, u"first"_qs, QString::number(count)});
-    startChild(second, {u"--write"_qs, m_path, u"second"_qs, QString::number(count)});
+    startChild(first, {u"--write"_s, m_path, u"first"_s, QString::number(count)});
+    startChild(second, {u"--write"_s, m_path, u"second"_s, QString::number(count)});
     QVERIFY(first.waitForFinished(60'000) && second.waitForFinished(60'000));
     QCOMPARE(first.exitCode() + second.exitCode(), 0);
 
     const JsonUserDefaults defaults(m_path);
     for (int number = 0; number < count; ++number) {
-        QCOMPARE(defaults.object(u"first"_qs + QString::number(number)), QVariant(number));
-        QCOMPARE(defaults.object(u"second"_qs + QString::number(number)), QVariant(number));
+        QCOMPARE(defaults.object(u"first"_s + QString::number(number)), QVariant(number));
+        QCOMPARE(defaults.object(u"second"_s + QString::number(number)), QVariant(number));
     }
 }
 
@@ -231,9 +232,9 @@ void TestJsonUserDefaults::keepsWhatWasAcknowledgedBeforeAKill()
 {
     JsonUserDefaults defaults(m_path);
     for (int round = 1; round <= 3; ++round) {
-        const QString prefix = u"round %1 "_qs.arg(round);
+        const QString prefix = u"round %1 "_s.arg(round);
         QProcess writer;
-        startChild(writer, {u"--write"_qs, m_path, prefix, u"100000"_qs});
+        startChild(writer, {u"--write"_s, m_path, prefix, u"100000"_s});
         QByteArray output;
         while (output.count('\n') < 7 * round && writer.waitForReadyRead())
             output += writer.readAllStandardOutput();
@@ -246,7 +247,7 @@ void TestJsonUserDefaults::keepsWhatWasAcknowledgedBeforeAKill()
         for (int number = 0; number < acknowledged; ++number)
             QCOMPARE(defaults.object(prefix + QString::number(number)), QVariant(number));
         // Whatever lock the dead process left does not stand in the way.
-        QVERIFY2(defaults.setObject(u"own"_qs, round), qPrintable(defaults.errorString()));
+        QVERIFY2(defaults.setObject(u"own"_s, round), qPrintable(defaults.errorString()));
     }
 }
 
@@ -268,62 +269,62 @@ void TestJsonUserDefaults::setsADamagedFileAside_data()
 void TestJsonUserDefaults::setsADamagedFileAside()
 {
     QFETCH(const QByteArray, content);
-    const QString path = m_folder->filePath(u"settings.json"_qs);
+    const QString path = m_folder->filePath(u"settings.json"_s);
     putContent(path, content);
-    putContent(path + u".damaged-1"_qs, "kept from before");
+    putContent(path + u".damaged-1"_s, "kept from before");
 
     JsonUserDefaults defaults(path);
-    QVERIFY(!defaults.object(u"key"_qs));
+    QVERIFY(!defaults.object(u"key"_s));
     QVERIFY(defaults.errorString().contains(path));
-    QVERIFY(defaults.removeObject(u"key"_qs));
+    QVERIFY(defaults.removeObject(u"key"_s));
     QCOMPARE(contentOf(path), content);
 
-    QVERIFY(defaults.setObject(u"new"_qs, 1));
+    QVERIFY(defaults.setObject(u"new"_s, 1));
     QCOMPARE(defaults.errorString(), QString());
-    QCOMPARE(contentOf(path + u".damaged-1"_qs), "kept from before");
-    QCOMPARE(contentOf(path + u".damaged-2"_qs), content);
-    QCOMPARE(parseDefaults(contentOf(path)), QVariantMap({{u"new"_qs, 1}}));
+    QCOMPARE(contentOf(path + u".damaged-1"_s), "kept from before");
+    QCOMPARE(contentOf(path + u".damaged-2"_s), content);
+    QCOMPARE(parseDefaults(contentOf(path)), QVariantMap({{u"new"_s, 1}}));
 }
 
 void TestJsonUserDefaults::keepsValuesInMemoryWhenTheyCannotBeWritten()
 {
     // Permissions would not stop a test that runs as root; a file in the place of a folder does.
-    const QString obstacle = m_folder->filePath(u"new"_qs);
+    const QString obstacle = m_folder->filePath(u"new"_s);
     putContent(obstacle, "in the way");
     JsonUserDefaults defaults(m_path);
-    QVERIFY(!defaults.setObject(u"key"_qs, 1));
+    QVERIFY(!defaults.setObject(u"key"_s, 1));
     QVERIFY(defaults.errorString().contains(obstacle));
-    QVERIFY(!defaults.setObject(u"gone"_qs, 1));
-    QVERIFY(!defaults.removeObject(u"gone"_qs));
-    QCOMPARE(defaults.object(u"key"_qs), QVariant(1));
-    QVERIFY(!defaults.object(u"gone"_qs));
-    QVERIFY(!JsonUserDefaults(m_path).object(u"key"_qs));
+    QVERIFY(!defaults.setObject(u"gone"_s, 1));
+    QVERIFY(!defaults.removeObject(u"gone"_s));
+    QCOMPARE(defaults.object(u"key"_s), QVariant(1));
+    QVERIFY(!defaults.object(u"gone"_s));
+    QVERIFY(!JsonUserDefaults(m_path).object(u"key"_s));
 
     QVERIFY(QFile::remove(obstacle));
-    QVERIFY(defaults.setObject(u"other"_qs, 2));
-    QCOMPARE(parseDefaults(contentOf(m_path)), QVariantMap({{u"key"_qs, 1}, {u"other"_qs, 2}}));
+    QVERIFY(defaults.setObject(u"other"_s, 2));
+    QCOMPARE(parseDefaults(contentOf(m_path)), QVariantMap({{u"key"_s, 1}, {u"other"_s, 2}}));
 
     // What cannot be read is not replaced either.
     JsonUserDefaults onFolder(m_folder->path());
-    QVERIFY(!onFolder.setObject(u"key"_qs, 1));
+    QVERIFY(!onFolder.setObject(u"key"_s, 1));
     QVERIFY(!onFolder.errorString().isEmpty());
 }
 
 void TestJsonUserDefaults::givesUpOnALockThatIsHeld()
 {
     JsonUserDefaults defaults(m_path);
-    QVERIFY(defaults.setObject(u"key"_qs, 1));
-    QLockFile lock(m_path + u".lock"_qs);
+    QVERIFY(defaults.setObject(u"key"_s, 1));
+    QLockFile lock(m_path + u".lock"_s);
     QVERIFY(lock.tryLock());
-    QVERIFY(!defaults.setObject(u"key"_qs, 2));
+    QVERIFY(!defaults.setObject(u"key"_s, 2));
     QVERIFY(defaults.errorString().contains(QString::number(QCoreApplication::applicationPid())));
-    QCOMPARE(defaults.object(u"key"_qs), QVariant(2));
-    QCOMPARE(JsonUserDefaults(m_path).object(u"key"_qs), QVariant(1));
+    QCOMPARE(defaults.object(u"key"_s), QVariant(2));
+    QCOMPARE(JsonUserDefaults(m_path).object(u"key"_s), QVariant(1));
     lock.unlock();
     // What a process leaves that was killed while it took the lock.
-    putContent(m_path + u".lock"_qs, QByteArray());
-    QVERIFY(defaults.setObject(u"other"_qs, 3));
-    QCOMPARE(JsonUserDefaults(m_path).object(u"key"_qs), QVariant(2));
+    putContent(m_path + u".lock"_s, QByteArray());
+    QVERIFY(defaults.setObject(u"other"_s, 3));
+    QCOMPARE(JsonUserDefaults(m_path).object(u"key"_s), QVariant(2));
 }
 
 int main(int argc, char **argv)

@@ -6,6 +6,8 @@
 
 namespace tovel {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr std::size_t ambiguous = std::numeric_limits<std::size_t>::max();
@@ -27,7 +29,7 @@ QString lastComponent(const QString &identifier)
 QString identifierFromName(QString name)
 {
     if (name.startsWith(u'/')) {
-        const QString folder = u"/applications/"_qs;
+        const QString folder = u"/applications/"_s;
         const qsizetype start = name.lastIndexOf(folder);
         name = start >= 0 ? name.mid(start + folder.size()).replace(u'/', u'-')
                           : name.mid(name.lastIndexOf(u'/') + 1);
@@ -153,7 +155,7 @@ ApplicationIdentity ApplicationIndex::identify(const WindowClues &clues) const
     if (name.isEmpty())
         name = clues.process.executable.trimmed();
     if (name.isEmpty())
-        name = u"unidentified"_qs;
+        name = u"unidentified"_s;
     return {name, name, QString(), false};
 }
 

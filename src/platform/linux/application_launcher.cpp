@@ -16,6 +16,8 @@
 
 namespace tovel {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using Reason = std::optional<QString>;
@@ -39,7 +41,7 @@ Reason reasonFrom(GError *error)
 // The file of this id below the folder: every '-' may stand for a subfolder.
 QString findBelow(const QString &folder, const QString &identifier)
 {
-    const QString file = folder + u'/' + identifier + u".desktop"_qs;
+    const QString file = folder + u'/' + identifier + u".desktop"_s;
     if (QFileInfo(file).isFile())
         return file;
     for (qsizetype dash = identifier.indexOf(u'-'); dash >= 0;
@@ -111,7 +113,7 @@ Reason reasonForRefusal(const QString &path)
     const GText type = entryText(keyFile.get(), G_KEY_FILE_DESKTOP_KEY_TYPE);
     const GText command = entryText(keyFile.get(), G_KEY_FILE_DESKTOP_KEY_EXEC);
     if (g_strcmp0(type.get(), G_KEY_FILE_DESKTOP_TYPE_APPLICATION) != 0 || !command)
-        return u"“%1” does not describe an application."_qs.arg(path);
+        return u"“%1” does not describe an application."_s.arg(path);
     const GText required = entryText(keyFile.get(), G_KEY_FILE_DESKTOP_KEY_TRY_EXEC);
     if (required && !GText(g_find_program_in_path(required.get()))) {
         const GText quoted(g_shell_quote(required.get()));
@@ -163,7 +165,7 @@ Reason spawn(GDesktopAppInfo *info)
 Reason start(const QString &path, GCancellable *cancellable)
 {
     if (!QFileInfo(path).isFile())
-        return u"“%1” is not a file."_qs.arg(path);
+        return u"“%1” is not a file."_s.arg(path);
     const GObjectPointer<GDesktopAppInfo> info(
         g_desktop_app_info_new_from_filename(QFile::encodeName(path).constData()));
     if (!info)

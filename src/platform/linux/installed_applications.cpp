@@ -17,6 +17,8 @@
 
 namespace tovel {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int deepestFolder = 4;
@@ -119,7 +121,7 @@ void InstalledApplications::load()
         const qint64 time = modificationTime(folder);
         m_folderTimes.insert(folder, time + settleTime > now ? unsettled : time);
         const QDir directory(folder);
-        const auto files = directory.entryInfoList({u"*.desktop"_qs}, QDir::Files | QDir::Hidden);
+        const auto files = directory.entryInfoList({u"*.desktop"_s}, QDir::Files | QDir::Hidden);
         for (const QFileInfo &file : files) {
             const QString identifier = prefix + file.completeBaseName();
             if (!paths.contains(identifier))

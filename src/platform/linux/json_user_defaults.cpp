@@ -24,6 +24,8 @@ using namespace std::chrono_literals;
 
 namespace tovel {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr auto lockWait = 2s;
@@ -38,7 +40,7 @@ qint64 nanoseconds(const timespec &time) { return time.tv_sec * 1'000'000'000 + 
 
 QString failure(const QString &what, const QString &path, const QString &reason)
 {
-    return u"%1 “%2”: %3"_qs.arg(what, path, reason);
+    return u"%1 “%2”: %3"_s.arg(what, path, reason);
 }
 
 QString systemFailure(const QString &what, const QString &path)
@@ -59,7 +61,7 @@ QString makeFolder(const QString &folder)
     if (::mkdir(QFile::encodeName(folder).constData(), S_IRWXU) == 0
         || (errno == EEXIST && QFileInfo(folder).isDir()))
         return {};
-    return systemFailure(u"Cannot make the settings folder"_qs, folder);
+    return systemFailure(u"Cannot make the settings folder"_s, folder);
 }
 
 bool acquire(QLockFile &lock)
@@ -76,18 +78,18 @@ bool acquire(QLockFile &lock)
 
 QString lockFailure(const QLockFile &lock, const QString &filePath)
 {
-    const QString what = u"Cannot lock the settings file"_qs;
+    const QString what = u"Cannot lock the settings file"_s;
     if (lock.error() == QLockFile::PermissionError)
-        return failure(what, filePath, u"the folder does not let this user write"_qs);
+        return failure(what, filePath, u"the folder does not let this user write"_s);
     if (lock.error() != QLockFile::LockFailedError)
-        return failure(what, filePath, u"the lock file could not be made"_qs);
+        return failure(what, filePath, u"the lock file could not be made"_s);
     qint64 pid = 0;
     QString host;
     QString application;
     if (!lock.getLockInfo(&pid, &host, &application))
-        return failure(what, filePath, u"another process holds it"_qs);
+        return failure(what, filePath, u"another process holds it"_s);
     return failure(what, filePath,
-                   u"process %1 (%2) holds it"_qs.arg(QString::number(pid), application));
+                   u"process %1 (%2) holds it"_s.arg(QString::number(pid), application));
 }
 
 // Gives the file another name in its folder, one that nothing has. Empty, or the reason.
@@ -95,14 +97,14 @@ QString setAside(const QString &filePath)
 {
     QFile file(filePath);
     for (int number = 1; number < 10'000; ++number) {
-        const QString name = u"%1.damaged-%2"_qs.arg(filePath, QString::number(number));
+        const QString name = u"%1.damaged-%2"_s.arg(filePath, QString::number(number));
         if (!QFileInfo::exists(name))
             return file.rename(name) ? QString()
-                                     : failure(u"Cannot set aside the damaged settings file"_qs,
+                                     : failure(u"Cannot set aside the damaged settings file"_s,
                                                filePath, file.errorString());
     }
-    return failure(u"Cannot set aside the damaged settings file"_qs, filePath,
-                   u"there are too many already"_qs);
+    return failure(u"Cannot set aside the damaged settings file"_s, filePath,
+                   u"there are too many already"_s);
 }
 
 QString save(const QString &filePath, const QByteArray &bytes)
@@ -113,7 +115,7 @@ QString save(const QString &filePath, const QByteArray &bytes)
         && (!isNew || file.setPermissions(QFile::ReadOwner | QFile::WriteOwner))
         && file.write(bytes) == bytes.size() && file.commit();
     if (!written)
-        return failure(u"Cannot write the settings file"_qs, filePath, file.errorString());
+        return failure(u"Cannot write the settings file"_s, filePath, file.errorString());
 
     // The rename itself must last too. Some file systems cannot do this, and lose nothing by it.
     const int folder = ::open(QFile::encodeName(QFileInfo(filePath).path()).constData(),
@@ -145,11 +147,11 @@ bool JsonUserDefaults::setObject(const QString &key, const QVariant &value)
 {
     const auto json = jsonFromVariant(value);
     if (!json) {
-        m_writeError = u"The value of “%1” is of a kind that cannot be stored."_qs.arg(key);
+        m_writeError = u"The value of “%1” is of a kind that cannot be stored."_s.arg(key);
         return false;
     }
     if (QJsonDocument(QJsonArray{*json}).toJson().size() > maximumDefaultsSize / 2) {
-        m_writeError = u"The value of “%1” is too large to be stored."_qs.arg(key);
+        m_writeError = u"The value of “%1” is too large to be stored."_s.arg(key);
         return false;
     }
     // Read back, so that the value is the same now and after a restart.
@@ -179,7 +181,7 @@ JsonUserDefaults::FileContent JsonUserDefaults::readFile(const QString &filePath
     if (descriptor < 0) {
         if (errno != ENOENT && errno != ENOTDIR) {
             content.state = FileState::Unreadable;
-            content.error = systemFailure(u"Cannot read the settings file"_qs, filePath);
+            content.error = systemFailure(u"Cannot read the settings file"_s, filePath);
         }
         return content;
     }
@@ -191,8 +193,8 @@ JsonUserDefaults::FileContent JsonUserDefaults::readFile(const QString &filePath
     };
     if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
         content.state = FileState::Unreadable;
-        content.error = failure(u"Cannot read the settings file"_qs, filePath,
-                                u"it is not a regular file"_qs);
+        content.error
+            = failure(u"Cannot read the settings file"_s, filePath, u"it is not a regular file"_s);
         return content;
     }
     // Two changes within one tick of the file system's clock look alike, so a state that is so
@@ -206,7 +208,7 @@ JsonUserDefaults::FileContent JsonUserDefaults::readFile(const QString &filePath
     content.bytes = file.read(maximumDefaultsSize + 1);
     if (file.error() != QFile::NoError) {
         content.state = FileState::Unreadable;
-        content.error = failure(u"Cannot read the settings file"_qs, filePath, file.errorString());
+        content.error = failure(u"Cannot read the settings file"_s, filePath, file.errorString());
         return content;
     }
     if (auto values = parseDefaults(content.bytes)) {
@@ -214,7 +216,7 @@ JsonUserDefaults::FileContent JsonUserDefaults::readFile(const QString &filePath
         content.values = *std::move(values);
     } else {
         content.state = FileState::Damaged;
-        content.error = u"The settings file “%1” is damaged."_qs.arg(filePath);
+        content.error = u"The settings file “%1” is damaged."_s.arg(filePath);
     }
     return content;
 }
@@ -256,7 +258,7 @@ QString JsonUserDefaults::writeUnsaved()
 {
     if (const QString error = makeFolder(QFileInfo(m_filePath).absolutePath()); !error.isEmpty())
         return error;
-    QLockFile lock(m_filePath + u".lock"_qs);
+    QLockFile lock(m_filePath + u".lock"_s);
     if (!acquire(lock))
         return lockFailure(lock, m_filePath);
 
@@ -273,8 +275,8 @@ QString JsonUserDefaults::writeUnsaved()
     }
     const auto bytes = serializeDefaults(values);
     if (!bytes)
-        return failure(u"Cannot write the settings file"_qs, m_filePath,
-                       u"it would become too large"_qs);
+        return failure(u"Cannot write the settings file"_s, m_filePath,
+                       u"it would become too large"_s);
     if (before.state == FileState::Parsed ? *bytes == before.bytes : values.isEmpty())
         return {};
     if (before.state == FileState::Damaged) {

@@ -10,6 +10,8 @@
 
 namespace tovel {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr QLatin1StringView dataMarker("$data");
@@ -34,7 +36,7 @@ QJsonValue jsonFromReal(double real)
     if (std::isfinite(real) && real != std::trunc(real))
         return real;
     if (real == 0 && std::signbit(real))
-        return marked(realMarker, u"-0"_qs);
+        return marked(realMarker, u"-0"_s);
     return marked(realMarker, QString::number(real, 'g', QLocale::FloatingPointShortest));
 }
 

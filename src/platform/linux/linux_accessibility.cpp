@@ -70,8 +70,11 @@ AXProcessIdentifier LinuxAccessibility::AXUIElementGetPid(const AXUIElementRef &
 {
     if (!element)
         return {kAXErrorIllegalArgument};
-    if (const auto *application = dynamic_cast<const ApplicationElement *>(element.get()))
+    if (const auto *application = dynamic_cast<const ApplicationElement *>(element.get())) {
+        if (!m_applications || !m_applications->withProcess(application->pid))
+            return {kAXErrorInvalidUIElement};
         return {kAXErrorSuccess, application->pid};
+    }
     std::uint32_t window = 0;
     const AXError error = windowOf(element, &window);
     if (error != kAXErrorSuccess)

@@ -89,7 +89,8 @@ struct LinuxEntryPoints
         if (!isConnected(connection))
             return InvalidConnection;
         if (tag == 0) {
-            server->m_tag.reset();
+            if (server->m_tag && server->m_tag->space == space)
+                server->m_tag.reset();
             return Success;
         }
         for (const SessionOutput &output : session().outputs()) {

@@ -10,6 +10,8 @@
 
 namespace tovel {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr qsizetype maximumFileSize = 256 * 1024; // bytes
@@ -136,7 +138,7 @@ QString snapIdFromCgroup(QByteArrayView cgroup)
     // The application's name ends at a dot or at the identifier of this run.
     static const QRegularExpression pattern(
         u"/snap\\.([a-z0-9-]+(?:_[a-z0-9]+)?)\\.([A-Za-z0-9-]+?)"
-        "(?:-[0-9a-f]{8}(?:-[0-9a-f]{4}){3}-[0-9a-f]{12})?(?:[./]|$)"_qs,
+        "(?:-[0-9a-f]{8}(?:-[0-9a-f]{4}){3}-[0-9a-f]{12})?(?:[./]|$)"_s,
         QRegularExpression::MultilineOption);
     const auto match = pattern.match(QString::fromLatin1(cgroup));
     if (!match.hasMatch() || match.captured(2) == u"hook")

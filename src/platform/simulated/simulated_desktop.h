@@ -35,9 +35,9 @@ struct SimulatedDesktopOptions
 // An empty world to begin with: everything trusted, every symbol present.
 //
 //     SimulatedDesktop desktop;
-//     desktop.addDisplay({.identifier = u"A"_qs, .number = 1, .spaces = {{.id = 10}, {.id = 11}},
+//     desktop.addDisplay({.identifier = u"A"_s, .number = 1, .spaces = {{.id = 10}, {.id = 11}},
 //                         .currentSpace = 10});
-//     desktop.addApplication({.pid = 500, .bundleIdentifier = u"org.example.Notes"_qs});
+//     desktop.addApplication({.pid = 500, .bundleIdentifier = u"org.example.Notes"_s});
 //     desktop.addWindow({.number = 101, .pid = 500, .spaces = {10}});
 //     PlatformInstallation installation(desktop.platform());
 class SimulatedDesktop final

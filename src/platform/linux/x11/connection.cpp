@@ -309,7 +309,9 @@ void Connection::watch(Window window)
 std::vector<Event> Connection::takeEvents()
 {
     std::vector<Event> events = std::exchange(m_pending, {});
-    while (const auto generic = owned(xcb_poll_for_event(m_connection))) {
+    // Reads from the socket once: clients that keep changing things must not hold the caller up.
+    for (auto generic = owned(xcb_poll_for_event(m_connection)); generic;
+         generic = owned(xcb_poll_for_queued_event(m_connection))) {
         const int type = generic->response_type & 0x7F;
         if (type == XCB_PROPERTY_NOTIFY) {
             const auto *event = reinterpret_cast<xcb_property_notify_event_t *>(generic.get());

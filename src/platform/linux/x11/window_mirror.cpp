@@ -95,7 +95,7 @@ void WindowMirror::update()
         refreshClients();
         collectEvents();
     }
-    if (!m_connection.isAlive() && !m_windows.isEmpty()) {
+    if (!m_connection.isAlive() && std::exchange(m_isKept, false)) {
         ++m_revision;
         m_rootState = {};
         m_windows.clear();

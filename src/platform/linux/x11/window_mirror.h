@@ -92,6 +92,7 @@ private:
     QHash<Window, MirroredWindow> m_windows;
     std::vector<Monitor> m_monitors;
 
+    bool m_isKept = true; // until the server is gone
     bool m_rootDirty = true;
     bool m_clientsDirty = true;
     bool m_monitorsDirty = true;

@@ -224,7 +224,14 @@ void X11Session::setShownWorkspaceHandler(std::function<void()> handler)
     });
     // Whatever was read before the event loop turned belongs to the past.
     if (auto *dispatcher = QAbstractEventDispatcher::instance()) {
-        const auto turn = [this] { m_isStale = true; };
+        const auto turn = [this] {
+            m_isStale = true;
+            // An event that came along with an answer was read with it: the socket wakes nobody.
+            if (m_connection->isAlive() && m_mirror->collectEvents()) {
+                QMetaObject::invokeMethod(
+                    &m_context, [this] { noticeShownWorkspace(); }, Qt::QueuedConnection);
+            }
+        };
         QObject::connect(dispatcher, &QAbstractEventDispatcher::awake, &m_context, turn);
         QObject::connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock, &m_context, turn);
     }
