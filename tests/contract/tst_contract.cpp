@@ -86,6 +86,16 @@ private:
         return nullptr;
     }
 
+    QList<std::uint32_t> windowsOf(std::int32_t pid)
+    {
+        QList<std::uint32_t> numbers;
+        for (const AXUIElementRef &found : elements(pid)) {
+            numbers.append(0);
+            m_server->getWindow(found, &numbers.last());
+        }
+        return numbers;
+    }
+
     QVariant attribute(const AXUIElementRef &of, const QString &name)
     {
         const auto value = m_platform->accessibility().AXUIElementCopyAttributeValue(of, name);
@@ -223,7 +233,7 @@ private Q_SLOTS:
     void informationDescribesWindows()
     {
         const auto plain = open({.application = u"alpha"_s, .size = QSize(320, 240)});
-        const auto dialog = open({.application = u"alpha"_s, .kind = ContractWindowKind::Dialog});
+        const auto other = open({.application = u"alpha"_s});
         const auto list = m_platform->quartz().CGWindowListCopyWindowInfo(
             kCGWindowListOptionIncludingWindow, plain);
         QCOMPARE(list.value().size(), 1);
@@ -239,16 +249,16 @@ private Q_SLOTS:
                      .value(),
                  QVariantList());
 
-        for (const auto &[front, back] : {std::pair(plain, dialog), std::pair(dialog, plain)}) {
-            m_platform->accessibility().AXUIElementSetAttributeValue(element(front), u"AXMain"_s,
-                                                                     true);
-            QVERIFY(owner(front)->activateWithOptions(0));
+        for (const auto &[front, back] : {std::pair(plain, other), std::pair(other, plain)}) {
+            Accessibility &accessibility = m_platform->accessibility();
+            const auto chosen = element(front);
+            QCOMPARE(accessibility.AXUIElementSetAttributeValue(chosen, u"AXMain"_s, true),
+                     kAXErrorSuccess);
+            // Not every manager takes the request to raise a window without activating it.
+            if (accessibility.AXUIElementPerformAction(chosen, u"AXRaise"_s) != kAXErrorSuccess)
+                QVERIFY(owner(front)->activateWithOptions(0));
             QVERIFY(m_world->eventually([&, f = front, b = back] { return isInFrontOf(f, b); }));
         }
-        const AXError raised
-            = m_platform->accessibility().AXUIElementPerformAction(element(plain), u"AXRaise"_s);
-        if (raised == kAXErrorSuccess)
-            QVERIFY(m_world->eventually([&] { return isInFrontOf(plain, dialog); }));
     }
 
     void elementsTellKindAndTitle_data()
@@ -455,8 +465,8 @@ private Q_SLOTS:
         const std::int32_t beta = owner(ofBeta)->processIdentifier();
         QVERIFY(alpha != beta);
         QCOMPARE(owner(ofBeta)->bundleIdentifier(), u"beta"_s);
-        QCOMPARE(elements(alpha), QList<AXUIElementRef>{element(ofAlpha)});
-        QCOMPARE(elements(beta), QList<AXUIElementRef>{element(ofBeta)});
+        QCOMPARE(windowsOf(alpha), QList<std::uint32_t>{ofAlpha});
+        QCOMPARE(windowsOf(beta), QList<std::uint32_t>{ofBeta});
         for (const auto window : {ofAlpha, ofBeta}) {
             const auto pid = m_platform->accessibility().AXUIElementGetPid(element(window));
             QCOMPARE(pid.error, kAXErrorSuccess);
@@ -549,7 +559,7 @@ private Q_SLOTS:
         QVERIFY(fired.isEmpty());
         QVERIFY(m_world->eventually([&] { return fired.size() == 5; }));
         QCOMPARE(fired, (QStringList{u"now"_s, u"then"_s, u"soon"_s, u"own"_s, u"late"_s}));
-        QVERIFY(clock.monotonicTime() - start >= 0.08);
+        QVERIFY(clock.monotonicTime() - start > 0.0799);
         m_world->pass(0.1);
         QCOMPARE(fired.size(), 5);
 

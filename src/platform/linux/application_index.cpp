@@ -131,7 +131,9 @@ const ApplicationEntry *ApplicationIndex::match(const WindowClues &clues) const
 {
     const QString instance = cleanClue(clues.instance);
     const QString className = cleanClue(clues.className);
-    for (const QString &text : {instance, className}) {
+    // A text that an entry claims to the letter outweighs one that differs in case.
+    const bool onlyClassIsExact = at(m_windowClasses, className) && !at(m_windowClasses, instance);
+    for (const QString &text : {onlyClassIsExact ? className : instance, className, instance}) {
         if (const auto *entry = byWindowClass(text))
             return entry;
     }

@@ -68,9 +68,9 @@ public:
     // The visible entry that starts this program, provided that it is the only one.
     const ApplicationEntry *byExecutable(const QString &baseName) const;
 
-    // Decides in this order: WM_CLASS instance, then class, as a StartupWMClass; instance, then
-    // class, as a desktop-file name; sandbox; GTK and KDE properties; the process's desktop file;
-    // its program. Instance before class because web applications share the class and the process
+    // Decides in this order: WM_CLASS instance, then class, as a StartupWMClass, to the letter
+    // before without regard to case; instance, then class, as a desktop-file name; sandbox; GTK
+    // and KDE properties; the process's desktop file; its program. Instance before class because web applications share the class and the process
     // of their browser. A window that matches nothing is an application of its own, named by its
     // class, else its program.
     ApplicationIdentity identify(const WindowClues &clues) const;
