@@ -78,7 +78,8 @@ std::unique_ptr<PlatformChoice> x11Choice(bool needsManager)
     if (!session)
         missing = u"the X server on “%1” does not answer"_s.arg(QString::fromLocal8Bit(display));
     else if (needsManager && !session->hasManager())
-        missing = u"no window manager runs on “%1”"_s.arg(QString::fromLocal8Bit(display));
+        missing = u"no window manager that follows the Extended Window Manager Hints runs on “%1”"_s
+                      .arg(QString::fromLocal8Bit(display));
     if (!missing.isEmpty())
         session.reset();
     return std::make_unique<LinuxChoice>(std::move(session), missing);

@@ -37,6 +37,8 @@ QCoro::Task<> TovelModel::migrate(Desktop target, std::optional<bool> followThis
     if (m_busy)
         co_return;
     const QPointer<TovelModel> guard(this);
+    m_stopRequested = false;
+    m_untriedWindows = 0;
     refresh();
     setIssues({});
     publish(m_hasSkippedWindows, false, Property::hasSkippedWindows);
@@ -52,8 +54,6 @@ QCoro::Task<> TovelModel::migrate(Desktop target, std::optional<bool> followThis
         co_return;
     }
 
-    m_stopRequested = false;
-    m_untriedWindows = 0;
     publish(m_busy, true, Property::busy);
     setIssues({});
     const auto counts = std::make_shared<MigrationCounts>();

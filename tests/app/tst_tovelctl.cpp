@@ -137,6 +137,30 @@ void TestTovelctl::commandEndsWithItsStatus_data()
     row("moved by name", nothing, {u"move"_s, u"desktop 2"_s, u"--no-follow"_s}, 0, {});
     row("a window stays", refused, {u"move"_s, u"3"_s, u"--no-follow"_s}, 1,
         {u"Notes: could not move (0)."_s});
+    // What cannot be seen any more has not arrived.
+    row("access ends in the middle",
+        [](ModelWorld &world) {
+            world.desktop.onMoveRequested(
+                [&world](std::uint32_t, std::uint64_t) { world.facts().trusted = false; });
+        },
+        {u"move"_s, u"3"_s, u"--no-follow"_s}, 1, {});
+    row("made sticky in the middle",
+        [](ModelWorld &world) {
+            world.desktop.onMoveRequested([&world](std::uint32_t number, std::uint64_t) {
+                world.window(number).spaces = {10, 11, 12};
+                world.window(number).move = SimMove::Never;
+            });
+        },
+        {u"move"_s, u"3"_s, u"--no-follow"_s}, 1,
+        {u"Notes: could not move (0)."_s, u"Mail: could not move (0)."_s});
+    row("closed in the middle",
+        [](ModelWorld &world) {
+            world.desktop.onMoveRequested([&world](std::uint32_t number, std::uint64_t) {
+                if (number == 101)
+                    world.desktop.removeWindow(102);
+            });
+        },
+        {u"move"_s, u"3"_s, u"--no-follow"_s}, 0, {u"Mail: desktop changed; skipped."_s});
     row("cannot follow", stuck, {u"move"_s, u"3"_s}, 1, {ModelTexts::couldNotSwitch()});
     row("no such desktop", nothing, {u"move"_s, u"9"_s}, 3, {u"there is no desktop “9”"_s});
     row("nothing to move", empty, {u"move"_s, u"2"_s}, 3, {ModelTexts::nothingToMove()});

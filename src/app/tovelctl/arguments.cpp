@@ -1,5 +1,7 @@
 #include "app/tovelctl/arguments.h"
 
+#include <utility>
+
 namespace tovel {
 
 using namespace Qt::StringLiterals;

@@ -75,12 +75,20 @@ int renameDesktop(TovelModel &model, const Arguments &arguments, const CommandCo
     return storedStatus(context);
 }
 
-bool isComplete(const TovelModel &model, const Desktop &target)
+QString accessNeeded(const CommandContext &context)
 {
-    const auto windows = model.traveling();
-    return std::all_of(windows.cbegin(), windows.cend(), [&](const TravelWindow &window) {
-        return window.spaces == QList<std::uint64_t>{target.id};
-    });
+    return (QStringList{ModelTexts::accessNeeded()} + context.limits).join(u' ');
+}
+
+// Whether every window that can move, or could when the run began and still exists, has arrived.
+bool isComplete(const TovelModel &model, const Desktop &target, const QSet<std::uint32_t> &tried)
+{
+    const QList<TravelWindow> &windows = model.windows();
+    return model.trusted() && model.available()
+        && std::all_of(windows.cbegin(), windows.cend(), [&](const TravelWindow &window) {
+               const bool isDue = !window.skipReason || tried.contains(window.id);
+               return !isDue || window.spaces == QList<std::uint64_t>{target.id};
+           });
 }
 
 QJsonObject moveObject(const TovelModel &model, const Desktop &target, const QString &summary,
@@ -98,28 +106,35 @@ QCoro::Task<int> move(TovelModel &model, Arguments arguments, CommandContext con
     const auto found = findDesktop(model, arguments.desktop);
     if (!found.record) {
         const bool canMove = model.trusted() && model.available();
-        co_return refuse(arguments, context, canMove ? found.error : ModelTexts::accessNeeded());
+        co_return refuse(arguments, context, canMove ? found.error : accessNeeded(context));
     }
     const Desktop target = *found.record;
     bool ran = false;
+    QSet<std::uint32_t> tried;
     model.onMigrationFinished([&ran] { ran = true; });
     const auto connection = QObject::connect(
         &model, &TovelModel::didChange, &model, [&](TovelModel::Property property) {
-            const bool isProgress = property == TovelModel::Property::message;
-            if (isProgress && model.busy() && context.progress)
+            if (property == TovelModel::Property::busy && model.busy()) {
+                for (const TravelWindow &window : model.traveling())
+                    tried.insert(window.id);
+            }
+            if (property == TovelModel::Property::message && model.busy() && context.progress)
                 context.progress(model.message());
         });
     co_await model.migrate(target, arguments.follow);
     QObject::disconnect(connection);
     model.onMigrationFinished({});
 
-    if (!ran && !model.issues().isEmpty())
-        co_return refuse(arguments, context, model.issues().first());
+    if (!ran && !model.issues().isEmpty()) {
+        const QString issue = model.issues().first();
+        co_return refuse(arguments, context,
+                         issue == ModelTexts::accessNeeded() ? accessNeeded(context) : issue);
+    }
     QString summary
         = ran ? model.message() : u"The flock is already on %1."_s.arg(model.name(target));
     if (model.untriedWindows() > 0)
         summary += u" · %1 not tried"_s.arg(model.untriedWindows());
-    const bool complete = isComplete(model, target);
+    const bool complete = isComplete(model, target, tried);
     answer(arguments, context, moveObject(model, target, summary, complete),
            printable(summary) + u'\n');
     for (const QString &issue : model.issues())
@@ -140,7 +155,7 @@ QCoro::Task<int> runCommand(TovelModel &model, Arguments arguments, CommandConte
         answer(arguments, context, statusObject(model, context.limits),
                statusText(model, context.limits));
         if (!model.trusted() || !model.available()) {
-            context.complain(printable(ModelTexts::accessNeeded()));
+            context.complain(printable(accessNeeded(context)));
             co_return ExitStatus::NothingTried;
         }
         co_return ExitStatus::Done;

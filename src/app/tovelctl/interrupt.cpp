@@ -3,6 +3,7 @@
 #include <QSocketNotifier>
 
 #include <csignal>
+#include <ctime>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -11,11 +12,28 @@ namespace tovel {
 
 namespace {
 
-volatile int writeEnd = -1;
+constexpr long long Patience = 500'000'000; // nanoseconds
 
-// Async-signal-safe: write() and nothing else.
+volatile int writeEnd = -1;
+volatile std::sig_atomic_t hasArrived = 0;
+timespec firstArrival{};
+
+// Async-signal-safe calls and nothing else.
 void onSignal(int number)
 {
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    if (hasArrived) {
+        const long long waited = (now.tv_sec - firstArrival.tv_sec) * 1'000'000'000LL
+            + (now.tv_nsec - firstArrival.tv_nsec);
+        if (waited >= Patience) {
+            signal(number, SIG_DFL);
+            raise(number);
+        }
+        return;
+    }
+    hasArrived = 1;
+    firstArrival = now;
     const auto byte = static_cast<unsigned char>(number);
     [[maybe_unused]] const ssize_t written = write(writeEnd, &byte, 1);
 }
@@ -26,7 +44,7 @@ void install(int number)
     {
     };
     action.sa_handler = onSignal;
-    action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
+    action.sa_flags = SA_RESTART;
     sigemptyset(&action.sa_mask);
     sigaction(number, &action, nullptr);
 }
@@ -36,6 +54,7 @@ void install(int number)
 Interrupt::Interrupt(std::function<void(int)> handler)
     : m_handler(std::move(handler))
 {
+    hasArrived = 0;
     if (pipe2(m_pipe, O_CLOEXEC | O_NONBLOCK) != 0)
         return;
     writeEnd = m_pipe[1];

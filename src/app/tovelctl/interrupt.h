@@ -1,15 +1,15 @@
 #pragma once
 
-#include <QObject>
-
 #include <functional>
+#include <memory>
 
 class QSocketNotifier;
 
 namespace tovel {
 
-// Brings SIGINT and SIGTERM into the event loop, once: a second signal ends the program at once,
-// as if nobody had asked. One at a time.
+// Brings SIGINT and SIGTERM into the event loop. One that comes half a second after the first, or
+// later, ends the program at once, whatever it is doing; sooner ones are taken for echoes of the
+// first. One object at a time.
 class Interrupt final
 {
 public:

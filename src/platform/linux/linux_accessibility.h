@@ -12,7 +12,7 @@ namespace tovel {
 class LinuxAccessibility final : public Accessibility
 {
 public:
-    // Borrows; both null where there is no session, and every call then fails or denies.
+    // Borrows; null where there is no session, and every call then fails or denies.
     explicit LinuxAccessibility(SessionApplications *applications);
 
     bool AXIsProcessTrusted() const override;

@@ -14,7 +14,7 @@ constexpr std::uint32_t SingleValue = 1;
 constexpr std::uint32_t ShortList = 32;
 constexpr std::uint32_t LongText = 2 * MaximumTitleLength;
 constexpr std::uint32_t ManagerList = 1024;
-constexpr std::uint32_t WindowList = 16384;
+constexpr std::uint32_t WindowList = 8192;
 
 // A manager that changes faster than it can be read must not hold the caller up.
 constexpr int MaximumRounds = 8;
@@ -143,12 +143,13 @@ bool WindowMirror::collectEvents()
                 m_dirtyFacts.insert(event.window);
             break;
         case Event::Kind::Destroyed:
-            if (event.window == m_checkWindow)
+            // The server gives the ids of what is gone to whoever comes next.
+            if (event.window == m_checkWindow) {
+                m_checkWindow = 0;
                 m_rootDirty = true;
-            if (isClient) {
-                m_windows[event.window].exists = false;
-                m_clientsDirty = true;
             }
+            if (m_windows.remove(event.window))
+                m_clientsDirty = true;
             break;
         case Event::Kind::MonitorsChanged:
             m_monitorsDirty = true;
@@ -178,7 +179,9 @@ void WindowMirror::refreshRoot()
         state.currentDesktop = *current;
     }
     state.activeWindow = readValue(properties[4], WindowType).value_or(0);
-    m_listedClients = readList(properties[5], WindowType);
+    auto clients = readList(properties[5], WindowType);
+    m_clientsChanged = m_clientsChanged || clients != m_listedClients;
+    m_listedClients = std::move(clients);
     m_listedStacking = readList(properties[6], WindowType);
     m_clientsDirty = true;
 
@@ -198,27 +201,33 @@ void WindowMirror::refreshRoot()
     m_rootState = state;
 }
 
+void WindowMirror::followClientList()
+{
+    QSet<Window> listed;
+    m_order.clear();
+    for (const Window id : m_listedClients) {
+        if (id == 0 || id == m_connection.root() || listed.contains(id))
+            continue;
+        listed.insert(id);
+        m_order.push_back(id);
+        // One that was not there when it was looked for is tried again when the list has changed.
+        const auto known = m_windows.constFind(id);
+        if (known != m_windows.cend() && (known->exists || !m_clientsChanged))
+            continue;
+        m_connection.watch(id);
+        m_windows.insert(id, {});
+        for (const Reading &reading : ClientReadings)
+            m_dirtyProperties[id].insert(m_connection.atom(reading.name));
+        m_dirtyFacts.insert(id);
+    }
+    m_windows.removeIf([&listed](const auto &entry) { return !listed.contains(entry.key()); });
+    m_clientsChanged = false;
+}
+
 void WindowMirror::refreshClients()
 {
-    if (std::exchange(m_clientsDirty, false)) {
-        QSet<Window> listed;
-        std::vector<Window> unique;
-        for (const Window id : m_listedClients) {
-            if (id == 0 || id == m_connection.root() || listed.contains(id))
-                continue;
-            listed.insert(id);
-            unique.push_back(id);
-            if (m_windows.contains(id))
-                continue;
-            m_connection.watch(id);
-            m_windows.insert(id, {});
-            for (const Reading &reading : ClientReadings)
-                m_dirtyProperties[id].insert(m_connection.atom(reading.name));
-            m_dirtyFacts.insert(id);
-        }
-        m_listedClients = unique;
-        m_windows.removeIf([&listed](const auto &entry) { return !listed.contains(entry.key()); });
-    }
+    if (std::exchange(m_clientsDirty, false))
+        followClientList();
 
     std::vector<PropertyRequest> requests;
     for (auto it = m_dirtyProperties.cbegin(); it != m_dirtyProperties.cend(); ++it) {
@@ -258,11 +267,10 @@ void WindowMirror::refreshClients()
     }
     const auto isThere = [this](Window id) { return window(id) != nullptr; };
     m_clients.clear();
-    std::copy_if(m_listedClients.begin(), m_listedClients.end(), std::back_inserter(m_clients),
-                 isThere);
+    std::copy_if(m_order.begin(), m_order.end(), std::back_inserter(m_clients), isThere);
     m_stacking.clear();
     QSet<Window> stacked;
-    for (const Window id : m_listedStacking.empty() ? m_listedClients : m_listedStacking) {
+    for (const Window id : m_listedStacking.empty() ? m_order : m_listedStacking) {
         if (isThere(id) && !stacked.contains(id)) {
             stacked.insert(id);
             m_stacking.push_back(id);

@@ -76,6 +76,7 @@ public:
 
 private:
     void refreshRoot();
+    void followClientList();
     void refreshClients();
     bool isDirty() const;
     void apply(MirroredWindow &window, Atom atom, const Property &property);
@@ -87,6 +88,7 @@ private:
     Window m_checkWindow = 0;
     std::vector<Window> m_listedClients;
     std::vector<Window> m_listedStacking;
+    std::vector<Window> m_order; // the listed clients without repetitions
     std::vector<Window> m_clients;
     std::vector<Window> m_stacking;
     QHash<Window, MirroredWindow> m_windows;
@@ -95,6 +97,7 @@ private:
     bool m_isKept = true; // until the server is gone
     bool m_rootDirty = true;
     bool m_clientsDirty = true;
+    bool m_clientsChanged = true; // the list itself, not only what became of its windows
     bool m_monitorsDirty = true;
     QHash<Window, QSet<Atom>> m_dirtyProperties;
     QSet<Window> m_dirtyFacts;

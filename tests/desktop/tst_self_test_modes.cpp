@@ -1,0 +1,81 @@
+#include "support/private_session.h"
+
+#include <QTest>
+
+using namespace tovel;
+using namespace Qt::StringLiterals;
+
+// The modes in which the program checks itself, on real windows.
+class TestSelfTestModes : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<PrivateSession> m_session;
+    std::unique_ptr<PrivateSession> m_narrow; // of one desktop
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_session = std::make_unique<PrivateSession>(managerFromEnvironment());
+        m_narrow = std::make_unique<PrivateSession>(managerFromEnvironment(),
+                                                    SessionOptions{.desktops = 1});
+        QVERIFY(m_session->isReady());
+        QVERIFY(m_narrow->isReady());
+    }
+
+    void cleanupTestCase()
+    {
+        m_session.reset();
+        m_narrow.reset();
+    }
+
+    void modesEndWithTheirVerdict_data()
+    {
+        QTest::addColumn<QString>("mode");
+        QTest::addColumn<int>("statusOfOneDesktop");
+        QTest::addColumn<int>("statusWithoutDisplay");
+        QTest::newRow("rules") << u"--self-test"_s << 0 << 0;
+        QTest::newRow("diagnosis") << u"--diagnose"_s << 0 << 1;
+        QTest::newRow("switching") << u"--switch-test"_s << 2 << 2;
+        QTest::newRow("another process") << u"--cross-process-test"_s << 2 << 1;
+        QTest::newRow("own windows") << u"--integration-test"_s << 2 << 2;
+        QTest::newRow("minimized") << u"--integration-test --minimized"_s << 2 << 2;
+    }
+
+    void modesEndWithTheirVerdict()
+    {
+        QFETCH(const QString, mode);
+        QFETCH(const int, statusOfOneDesktop);
+        QFETCH(const int, statusWithoutDisplay);
+        const QString tovel = QStringLiteral(TOVEL);
+        const QStringList arguments = mode.split(u' ');
+
+        const Outcome outcome = m_session->run(tovel, arguments);
+        QVERIFY2(outcome.status == 0, qPrintable(outcome.out + outcome.err));
+        QVERIFY2(!outcome.out.contains(u"false"), qPrintable(outcome.out));
+        QVERIFY(!outcome.out.isEmpty());
+        QCOMPARE(outcome.err, QString());
+
+        const Outcome narrow = m_narrow->run(tovel, arguments);
+        QVERIFY2(narrow.status == statusOfOneDesktop, qPrintable(narrow.out + narrow.err));
+        QCOMPARE(narrow.err.contains(u"SKIP: need two regular desktops on one display"),
+                 mode.startsWith(u"--integration-test"));
+
+        QProcessEnvironment nowhere;
+        nowhere.insert(u"DISPLAY"_s, QString());
+        const Outcome blind = m_session->run(tovel, arguments, nowhere);
+        QVERIFY2(blind.status == statusWithoutDisplay, qPrintable(blind.out + blind.err));
+        QCOMPARE(blind.out.contains(u"missing"), mode == u"--diagnose");
+    }
+
+    void withoutAModeItSaysSo()
+    {
+        const Outcome outcome = m_session->run(QStringLiteral(TOVEL), {});
+        QCOMPARE(outcome.status, 2);
+        QVERIFY(outcome.err.contains(u"panel"));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestSelfTestModes)
+#include "tst_self_test_modes.moc"

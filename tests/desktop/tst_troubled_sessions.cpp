@@ -1,0 +1,214 @@
+#include "support/private_session.h"
+#include "support/test_client.h"
+
+#include <QElapsedTimer>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTest>
+
+#include <algorithm>
+#include <csignal>
+
+using namespace tovel;
+using namespace Qt::StringLiterals;
+
+// The command-line tool where something goes wrong: it is interrupted, what it works with ends, or
+// clients say absurd things of themselves.
+class TestTroubledSessions : public QObject
+{
+    Q_OBJECT
+
+private:
+    Outcome tovelctl(const QStringList &arguments)
+    {
+        return m_session->run(QStringLiteral(TOVELCTL), arguments);
+    }
+
+    // Opens windows of a flock of its own, on the first desktop.
+    QList<std::uint32_t> openFlock(int count)
+    {
+        QList<std::uint32_t> windows;
+        for (int i = 0; i < count; ++i)
+            windows.append(m_client->open({.application = u"Flock"_s}));
+        const bool areThere = eventually([&] { return countOn(0, windows) == count; });
+        const Outcome added = tovelctl({u"flock"_s, u"add"_s, u"Flock"_s});
+        return areThere && added.status == 0 ? windows : QList<std::uint32_t>();
+    }
+
+    int countOn(std::uint32_t desktop, const QList<std::uint32_t> &windows)
+    {
+        return static_cast<int>(
+            std::count_if(windows.cbegin(), windows.cend(), [&](std::uint32_t window) {
+                return m_client->number(window, "_NET_WM_DESKTOP") == desktop;
+            }));
+    }
+
+    // A move to the last desktop that has come as far as the second window.
+    std::unique_ptr<QProcess> moveUnderWay(const QList<std::uint32_t> &windows)
+    {
+        auto process = m_session->launch(QStringLiteral(TOVELCTL),
+                                         {u"move"_s, u"4"_s, u"--no-follow"_s, u"--json"_s},
+                                         m_session->environment());
+        eventually([&] { return countOn(3, windows) >= 2; });
+        return process;
+    }
+
+    // Nothing that a terminal would act on, and no more than anybody would read.
+    static bool isSane(const Outcome &outcome)
+    {
+        const QString text = outcome.out + outcome.err;
+        const bool isHarmless = std::none_of(text.cbegin(), text.cend(), [](QChar character) {
+            return character.category() == QChar::Other_Control && character != u'\n';
+        });
+        return isHarmless && text.size() < 64 * 1024 && !text.contains(QChar::ReplacementCharacter)
+            && outcome.status >= 0;
+    }
+
+    std::unique_ptr<PrivateSession> m_session;
+    std::unique_ptr<TestClient> m_client;
+
+private Q_SLOTS:
+    void init()
+    {
+        if (m_session)
+            return;
+        m_session = std::make_unique<PrivateSession>(managerFromEnvironment());
+        QVERIFY(m_session->isReady());
+        m_client = std::make_unique<TestClient>(m_session->display());
+    }
+
+    void cleanupTestCase()
+    {
+        m_client.reset();
+        m_session.reset();
+    }
+
+    void endsInTimeWithSaneOutput_data()
+    {
+        QTest::addColumn<bool>("ofRoot");
+        QTest::addColumn<QByteArray>("property");
+        QTest::addColumn<QByteArray>("type");
+        QTest::addColumn<int>("format");
+        QTest::addColumn<QByteArray>("value");
+        const auto row = [](const char *name, bool ofRoot, const char *property, const char *type,
+                            int format, const QByteArray &value) {
+            QTest::newRow(name) << ofRoot << QByteArray(property) << QByteArray(type) << format
+                                << value;
+        };
+        QList<std::uint32_t> deadIds;
+        for (std::uint32_t id = 1; id <= 100000; ++id)
+            deadIds.append(0x7000000 + id);
+        row("a megabyte of title", false, "_NET_WM_NAME", "UTF8_STRING", 8,
+            QByteArray(1 << 20, 'x'));
+        row("escape sequences", false, "_NET_WM_NAME", "UTF8_STRING", 8,
+            "\x1b]0;x\x07\x1b[2J\r\n\xe2\x80\xae\xc2\x9b");
+        row("broken text", false, "_NET_WM_NAME", "UTF8_STRING", 8, "\xff\xfe\xed\xa0\x80 x \xc3");
+        row("a title of numbers", false, "_NET_WM_NAME", "CARDINAL", 32, words({1, 2, 3}));
+        row("an old title of bytes", false, "WM_NAME", "STRING", 8, QByteArray(5000, '\x9b'));
+        row("a desktop of bytes", false, "_NET_WM_DESKTOP", "CARDINAL", 8, "\1");
+        row("a desktop beyond", false, "_NET_WM_DESKTOP", "CARDINAL", 32, words({4000000000}));
+        row("many states", false, "_NET_WM_STATE", "ATOM", 32, QByteArray(1 << 18, '\1'));
+        row("states of another type", false, "_NET_WM_STATE", "STRING", 8, "fullscreen");
+        row("its own parent's child", false, "WM_TRANSIENT_FOR", "WINDOW", 16, "\1\2");
+        row("a class without end", false, "_GTK_APPLICATION_ID", "UTF8_STRING", 8,
+            QByteArray(1 << 18, '/'));
+        row("a process below zero", false, "_NET_WM_PID", "CARDINAL", 32, words({0xFFFFFFFF}));
+        row("too many desktops", true, "_NET_NUMBER_OF_DESKTOPS", "CARDINAL", 32,
+            words({0xFFFFFFFF}));
+        row("no desktop", true, "_NET_NUMBER_OF_DESKTOPS", "CARDINAL", 32, words({0}));
+        row("a count of bytes", true, "_NET_NUMBER_OF_DESKTOPS", "STRING", 8, "many");
+        row("beyond the last", true, "_NET_CURRENT_DESKTOP", "CARDINAL", 32, words({0xFFFFFFFF}));
+        row("dead windows", true, "_NET_CLIENT_LIST", "WINDOW", 32, words(deadIds));
+        row("a list of bytes", true, "_NET_CLIENT_LIST_STACKING", "STRING", 8, "window");
+        row("no manager", true, "_NET_SUPPORTING_WM_CHECK", "WINDOW", 32, words({0x7000001}));
+    }
+
+    void endsInTimeWithSaneOutput()
+    {
+        constexpr qint64 patience = 5000;
+        QFETCH(const bool, ofRoot);
+        QFETCH(const QByteArray, property);
+        QFETCH(const QByteArray, type);
+        QFETCH(const int, format);
+        QFETCH(const QByteArray, value);
+        const auto windows = openFlock(2);
+        QVERIFY(!windows.isEmpty());
+        const std::uint32_t window = ofRoot ? m_client->root() : windows.first();
+        const QByteArray truth = m_client->property(window, property);
+        m_client->setProperty(window, property, type, static_cast<std::uint8_t>(format), value);
+
+        QElapsedTimer timer;
+        timer.start();
+        const Outcome status = tovelctl({u"status"_s});
+        const Outcome object = tovelctl({u"status"_s, u"--json"_s});
+        const Outcome moved = tovelctl({u"move"_s, u"2"_s, u"--no-follow"_s});
+        QVERIFY(timer.elapsed() < patience);
+        for (const Outcome &outcome : {status, object, moved})
+            QVERIFY2(isSane(outcome), qPrintable(outcome.out.left(2000) + outcome.err));
+        QVERIFY(QJsonDocument::fromJson(object.out.toUtf8()).isObject());
+        if (ofRoot) {
+            const QByteArray kind = type == "STRING" ? "CARDINAL" : type;
+            m_client->setProperty(window, property, kind, 32, truth);
+        } else {
+            // One window's nonsense is no reason to leave the other behind.
+            QCOMPARE(status.status, 0);
+            QCOMPARE(countOn(1, {windows.last()}), 1);
+        }
+        for (const std::uint32_t each : windows)
+            m_client->close(each);
+    }
+
+    void interruptedItSaysWhereThingsStand()
+    {
+        const auto windows = openFlock(30);
+        QCOMPARE(windows.size(), 30);
+        const auto process = moveUnderWay(windows);
+        ::kill(static_cast<pid_t>(process->processId()), SIGINT);
+        const Outcome outcome = outcomeOf(*process);
+        QCOMPARE(outcome.status, 130);
+        const QJsonObject said = QJsonDocument::fromJson(outcome.out.toUtf8()).object();
+        const int untried = said[u"untried"_s].toInt();
+        QVERIFY(untried > 0);
+        QCOMPARE(said[u"complete"_s], QJsonValue(false));
+        QVERIFY(said[u"summary"_s].toString().endsWith(u" · %1 not tried"_s.arg(untried)));
+        QCOMPARE(countOn(3, windows), 30 - untried);
+        QCOMPARE(countOn(0, windows), untried);
+    }
+
+    void theManagerDiesAndComesBack()
+    {
+        const auto windows = openFlock(6);
+        QCOMPARE(windows.size(), 6);
+        const auto process = moveUnderWay(windows);
+        m_session->killManager();
+        const Outcome outcome = outcomeOf(*process);
+        QVERIFY2(outcome.status == 1, qPrintable(outcome.out + outcome.err));
+        QVERIFY(isSane(outcome));
+        QVERIFY(outcome.err.contains(u"could not move"));
+        const Outcome without = tovelctl({u"status"_s});
+        QCOMPARE(without.status, 3);
+        QCOMPARE(without.err.count(u'\n'), 1);
+
+        m_session->startManager();
+        QVERIFY(eventually([&] { return tovelctl({u"status"_s}).status == 0; }));
+        QCOMPARE(tovelctl({u"move"_s, u"2"_s, u"--no-follow"_s}).status, 0);
+        QCOMPARE(countOn(1, windows), 6);
+    }
+
+    void theServerGoesAway()
+    {
+        const auto windows = openFlock(30);
+        QCOMPARE(windows.size(), 30);
+        const auto process = moveUnderWay(windows);
+        m_session->killServer();
+        const Outcome outcome = outcomeOf(*process);
+        QVERIFY2(outcome.status == 1, qPrintable(outcome.out + outcome.err));
+        QVERIFY(isSane(outcome));
+        QVERIFY(!outcome.err.isEmpty());
+        m_client.reset();
+        m_session.reset();
+    }
+};
+
+QTEST_GUILESS_MAIN(TestTroubledSessions)
+#include "tst_troubled_sessions.moc"
