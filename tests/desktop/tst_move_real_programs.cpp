@@ -32,6 +32,8 @@ private:
 
     std::uint32_t xterm(const QString &application, const QString &title)
     {
+        m_session->install(u"org.example."_s + application.simplified().replace(u' ', u'-'),
+                           application, application);
         m_session->start(
             u"xterm"_s,
             {u"-class"_s, application, u"-name"_s, application, u"-T"_s, title, u"-e"_s, u"cat"_s});
