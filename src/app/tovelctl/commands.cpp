@@ -152,8 +152,10 @@ QCoro::Task<int> runCommand(TovelModel &model, Arguments arguments, CommandConte
     using enum Arguments::Command;
     switch (arguments.command) {
     case Status:
-        answer(arguments, context, statusObject(model, context.limits),
-               statusText(model, context.limits));
+        if (arguments.json)
+            printObject(context, statusObject(model, context.limits));
+        else
+            context.print(statusText(model, context.limits));
         if (!model.trusted() || !model.available()) {
             context.complain(printable(accessNeeded(context)));
             co_return ExitStatus::NothingTried;

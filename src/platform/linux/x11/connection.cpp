@@ -161,16 +161,23 @@ bool Connection::setUp(int screenNumber)
     const auto *randr = xcb_get_extension_data(m_connection, &xcb_randr_id);
     if (!resources || !randr)
         return false;
+    // Both are asked before either answer is waited for.
+    xcb_res_query_version_cookie_t resourcesVersion{};
+    xcb_randr_query_version_cookie_t randrVersion{};
+    if (resources->present)
+        resourcesVersion = xcb_res_query_version(m_connection, 1, 2);
+    if (randr->present)
+        randrVersion = xcb_randr_query_version(m_connection, 1, 5);
     if (resources->present) {
-        const auto cookie = xcb_res_query_version(m_connection, 1, 2);
-        countWait(cookie);
-        const auto reply = owned(xcb_res_query_version_reply(m_connection, cookie, nullptr));
+        countWait(resourcesVersion);
+        const auto reply
+            = owned(xcb_res_query_version_reply(m_connection, resourcesVersion, nullptr));
         m_hasResources = reply && isAtLeast(reply->server_major, reply->server_minor, 1, 2);
     }
     if (randr->present) {
-        const auto cookie = xcb_randr_query_version(m_connection, 1, 5);
-        countWait(cookie);
-        const auto reply = owned(xcb_randr_query_version_reply(m_connection, cookie, nullptr));
+        countWait(randrVersion);
+        const auto reply
+            = owned(xcb_randr_query_version_reply(m_connection, randrVersion, nullptr));
         m_hasMonitors = reply && isAtLeast(reply->major_version, reply->minor_version, 1, 5);
     }
     if (m_hasMonitors) {
