@@ -77,9 +77,10 @@ QCoro::Task<> TovelModel::migrate(Desktop target, std::optional<bool> followThis
         const bool shown = co_await switchDesktop(target, counts->candidate);
         if (!guard)
             co_return;
-        if (!shown)
+        if (!shown && !m_stopRequested)
             appendIssue(ModelTexts::couldNotSwitch());
     }
+    m_stopRequested = false;
     publish(m_busy, false, Property::busy);
     refresh();
     if (m_onMigrationFinished)

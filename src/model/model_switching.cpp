@@ -98,7 +98,7 @@ QCoro::Task<bool> TovelModel::bringUp(Desktop desktop, std::optional<TravelWindo
         co_return true;
     if (window) {
         const bool shown = co_await jumpDirectly(desktop, *window);
-        if (shown || !guard)
+        if (shown || !guard || m_stopRequested)
             co_return shown;
     }
     const bool shown = co_await stepTo(desktop);
@@ -122,7 +122,7 @@ QCoro::Task<bool> TovelModel::stepTo(Desktop desktop)
         if (!arrived || !guard)
             co_return false;
         co_await Sleep(clock, settleDelay);
-        if (!guard)
+        if (!guard || m_stopRequested)
             co_return false;
     }
     co_return false;
@@ -134,7 +134,7 @@ QCoro::Task<bool> TovelModel::stepArrived(Desktop desktop, std::int64_t from, st
     Clock &clock = m_platform.clock();
     for (int poll = 0; poll < mostPollsPerStep; ++poll) {
         co_await Sleep(clock, pollInterval);
-        if (!guard)
+        if (!guard || m_stopRequested)
             co_return false;
         const auto now = route(desktop);
         if (!now)
@@ -188,7 +188,7 @@ QCoro::Task<bool> TovelModel::jumpDirectly(Desktop desktop, TravelWindow window)
         co_return false;
     for (int poll = 0; poll < mostPollsPerJump; ++poll) {
         co_await Sleep(clock, pollInterval);
-        if (!guard)
+        if (!guard || m_stopRequested)
             co_return false;
         const auto now = route(desktop);
         if (!now)

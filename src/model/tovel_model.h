@@ -136,8 +136,8 @@ public:
     QCoro::Task<> migrate(Desktop target, std::optional<bool> followThisRun = std::nullopt);
 
     // Asks the running migration to end after the window it is on: the windows after it are not
-    // tried, the summary tells of those before, and the target is not shown. Windows moved already
-    // stay. Nothing when no migration runs or its windows are done.
+    // tried, the summary tells of those before, and the target is not shown, or no further step
+    // towards it is made. Windows moved already stay. Nothing when no migration runs.
     void stopMigration();
 
     // How many windows the latest migration did not try because it was asked to stop.

@@ -2,6 +2,11 @@
 
 #include <QCoreApplication>
 
+#include <csignal>
+
+#include <sys/prctl.h>
+#include <unistd.h>
+
 namespace tovel {
 
 using namespace Qt::StringLiterals;
@@ -19,6 +24,12 @@ ChildProcess::ChildProcess(const QString &calledAs)
     m_process.setArguments({u"--fixture"_s});
     m_process.setStandardInputFile(QProcess::nullDevice());
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    // The child never ends by itself, and this process may end without a chance to end it.
+    m_process.setChildProcessModifier([parent = getpid()] {
+        prctl(PR_SET_PDEATHSIG, SIGTERM);
+        if (getppid() != parent)
+            _exit(1);
+    });
 }
 
 ChildProcess::~ChildProcess() { end(); }

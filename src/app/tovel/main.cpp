@@ -1,3 +1,4 @@
+#include "app/console.h"
 #include "app/platform_choice.h"
 #include "app/self_test/rule_checks.h"
 #include "app/self_test/self_test.h"
@@ -76,6 +77,7 @@ int runMode(SelfTestMode mode, const QStringList &arguments, const SelfTestSetti
 
 int main(int argc, char *argv[])
 {
+    openMissingStreams();
     QStringList arguments;
     for (int i = 0; i < argc; ++i)
         arguments.append(QString::fromLocal8Bit(argv[i]));
@@ -91,7 +93,7 @@ int main(int argc, char *argv[])
     const std::unique_ptr<QCoreApplication> application = makeApplication(*mode, argc, argv);
     const std::unique_ptr<PlatformChoice> choice = choosePlatform();
     if (!choice) {
-        err << "tovel: " << unknownPlatformText() << Qt::endl;
+        err << "tovel: " << printable(unknownPlatformText()) << Qt::endl;
         return UsageError;
     }
     const PlatformInstallation installation(choice->platform());

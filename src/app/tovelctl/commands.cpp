@@ -1,5 +1,6 @@
 #include "app/tovelctl/commands.h"
 
+#include "app/console.h"
 #include "app/tovelctl/lookup.h"
 #include "app/tovelctl/report.h"
 #include "model/texts.h"
@@ -18,7 +19,15 @@ namespace {
 
 void printObject(const CommandContext &context, const QJsonObject &object)
 {
-    context.print(QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Indented)));
+    // JSON leaves the controls of ISO 6429 as they are; terminals may obey them.
+    const QString json = QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Indented));
+    QString text;
+    for (const QChar character : json) {
+        const bool isControl = character >= QChar(0x7F) && character <= QChar(0x9F);
+        text += isControl ? u"\\u%1"_s.arg(character.unicode(), 4, 16, QChar(u'0'))
+                          : QString(character);
+    }
+    context.print(text);
 }
 
 void answer(const Arguments &arguments, const CommandContext &context, const QJsonObject &object,

@@ -43,6 +43,12 @@ void install(int number)
     struct sigaction action
     {
     };
+    struct sigaction before
+    {
+    };
+    // Whoever started the program with the signal ignored wants it to go on.
+    if (sigaction(number, nullptr, &before) == 0 && before.sa_handler == SIG_IGN)
+        return;
     action.sa_handler = onSignal;
     action.sa_flags = SA_RESTART;
     sigemptyset(&action.sa_mask);

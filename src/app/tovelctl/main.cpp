@@ -1,7 +1,10 @@
+#include "app/choices_lock.h"
+#include "app/console.h"
 #include "app/platform_choice.h"
 #include "app/tovelctl/arguments.h"
 #include "app/tovelctl/commands.h"
 #include "app/tovelctl/interrupt.h"
+#include "platform/user_defaults.h"
 
 #include <QCoreApplication>
 
@@ -9,6 +12,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <optional>
 #include <utility>
 
 #include <langinfo.h>
@@ -19,17 +23,19 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-void write(FILE *stream, const QString &text)
+void complain(const QString &line) { writeText(stderr, u"tovelctl: "_s + printable(line) + u'\n'); }
+
+// Prints what was asked for; a script must not take nothing for an answer.
+int print(const QString &text)
 {
-    const QByteArray bytes = text.toUtf8();
-    std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stream);
-    std::fflush(stream);
+    if (writeText(stdout, text))
+        return ExitStatus::Done;
+    complain(u"the output could not be written"_s);
+    return ExitStatus::Incomplete;
 }
 
-void complain(const QString &line) { write(stderr, u"tovelctl: "_s + line + u'\n'); }
-
 // A line that is written over by the next; a blank one removes it.
-void showProgress(const QString &text) { write(stderr, u"\r\x1b[K"_s + text); }
+void showProgress(const QString &text) { writeText(stderr, u"\r\x1b[K"_s + text); }
 
 // Qt warns of any other encoding on standard error, where it would be taken for an issue.
 void useUtf8()
@@ -39,6 +45,13 @@ void useUtf8()
         return;
     unsetenv("LC_ALL");
     setenv("LC_CTYPE", "C.UTF-8", 1);
+}
+
+bool changesChoices(const Arguments &arguments)
+{
+    using enum Arguments::Command;
+    return arguments.command == FlockAdd || arguments.command == FlockRemove
+        || arguments.command == Rename;
 }
 
 int run(const Arguments &arguments)
@@ -60,9 +73,10 @@ int run(const Arguments &arguments)
     context.missingSession = choice->missingSession();
     context.limits = choice->limits();
     context.interrupted = &interrupted;
-    context.print = [clearProgress](const QString &text) {
+    int outputStatus = ExitStatus::Done;
+    context.print = [clearProgress, &outputStatus](const QString &text) {
         clearProgress();
-        write(stdout, text);
+        outputStatus = print(text);
     };
     context.complain = [clearProgress](const QString &line) {
         clearProgress();
@@ -77,7 +91,14 @@ int run(const Arguments &arguments)
     if (!context.missingSession.isEmpty() && !worksWithoutSession(arguments))
         return refuseWithoutSession(arguments, context);
 
+    std::optional<ChoicesLock> lock(std::in_place);
+    const UserDefaults &choices = choice->platform().userDefaults().standardUserDefaults();
+    choices.object(u"selected"_s);
+    if (!choices.errorString().isEmpty())
+        complain(u"the stored choices cannot be used: "_s + choices.errorString());
     TovelModel model;
+    if (!changesChoices(arguments))
+        lock.reset();
     const Interrupt interrupt([&](int number) {
         interrupted = number;
         model.stopMigration();
@@ -91,13 +112,14 @@ int run(const Arguments &arguments)
     });
     if (!ended)
         QCoreApplication::exec();
-    return status;
+    return status == ExitStatus::Done ? outputStatus : status;
 }
 
 } // namespace
 
 int main(int argc, char *argv[])
 {
+    openMissingStreams();
     useUtf8();
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(u"tovelctl"_s);
@@ -109,12 +131,10 @@ int main(int argc, char *argv[])
         return ExitStatus::Usage;
     }
     if (parsed.arguments.command == Arguments::Command::Help) {
-        write(stdout, helpText());
-        return ExitStatus::Done;
+        return print(helpText());
     }
     if (parsed.arguments.command == Arguments::Command::Version) {
-        write(stdout, u"tovelctl %1\n"_s.arg(QCoreApplication::applicationVersion()));
-        return ExitStatus::Done;
+        return print(u"tovelctl %1\n"_s.arg(QCoreApplication::applicationVersion()));
     }
     return run(parsed.arguments);
 }

@@ -1,5 +1,7 @@
 #include "app/tovelctl/report.h"
 
+#include "app/console.h"
+
 #include <QJsonArray>
 
 #include <algorithm>
@@ -238,17 +240,5 @@ QString appsText(const TovelModel &model)
 }
 
 QString flockText(const TovelModel &model) { return u"Flock\n"_s + flockRows(model); }
-
-QString printable(QString text)
-{
-    for (QChar &character : text) {
-        const bool isHarmful = character.category() == QChar::Other_Control
-            || character.category() == QChar::Other_Format || character == QChar::LineSeparator
-            || character == QChar::ParagraphSeparator;
-        if (isHarmful)
-            character = u' ';
-    }
-    return text;
-}
 
 } // namespace tovel

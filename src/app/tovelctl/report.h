@@ -23,7 +23,4 @@ QString statusText(const TovelModel &model, const QStringList &limits);
 QString appsText(const TovelModel &model);
 QString flockText(const TovelModel &model);
 
-// A text of other programs or of stored choices, made harmless to a terminal.
-QString printable(QString text);
-
 } // namespace tovel

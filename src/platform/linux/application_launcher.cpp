@@ -38,19 +38,22 @@ Reason reasonFrom(GError *error)
     return QString::fromUtf8(error->message);
 }
 
+// Deeper folders are nobody's; links among them could make for any number of paths.
+constexpr int DeepestFolder = 4;
+
 // The file of this id below the folder: every '-' may stand for a subfolder.
-QString findBelow(const QString &folder, const QString &identifier)
+QString findBelow(const QString &folder, const QString &identifier, int depth = 0)
 {
     const QString file = folder + u'/' + identifier + u".desktop"_s;
     if (QFileInfo(file).isFile())
         return file;
-    for (qsizetype dash = identifier.indexOf(u'-'); dash >= 0;
+    for (qsizetype dash = identifier.indexOf(u'-'); dash >= 0 && depth < DeepestFolder;
          dash = identifier.indexOf(u'-', dash + 1)) {
         const QString name = identifier.first(dash);
         const QString subfolder = folder + u'/' + name;
         if (name.isEmpty() || name == u"." || name == u".." || !QFileInfo(subfolder).isDir())
             continue;
-        const QString found = findBelow(subfolder, identifier.mid(dash + 1));
+        const QString found = findBelow(subfolder, identifier.mid(dash + 1), depth + 1);
         if (!found.isEmpty())
             return found;
     }

@@ -2,8 +2,12 @@
 
 #include <QSocketNotifier>
 
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <future>
+#include <thread>
+#include <utility>
 
 #include <xcb/randr.h>
 #include <xcb/res.h>
@@ -55,6 +59,8 @@ constexpr const char *AtomNames[] = {
 };
 static_assert(std::size(AtomNames) == static_cast<std::size_t>(Name::Count));
 
+constexpr std::chrono::seconds ConnectDeadline{10};
+
 // Replies are malloc'ed by the library and owned by the caller.
 struct FreeReply
 {
@@ -101,8 +107,23 @@ std::int32_t processFrom(const xcb_res_query_client_ids_reply_t *reply)
 
 std::unique_ptr<Connection> Connection::open(const QByteArray &display)
 {
-    int screen = 0;
-    xcb_connection_t *raw = xcb_connect(display.isEmpty() ? nullptr : display.constData(), &screen);
+    // A server that accepts and then is silent would hold the caller for ever.
+    struct Attempt
+    {
+        xcb_connection_t *connection = nullptr;
+        int screen = 0;
+    };
+    std::promise<Attempt> promise;
+    auto future = promise.get_future();
+    std::thread([display, promise = std::move(promise)]() mutable {
+        Attempt attempt;
+        attempt.connection
+            = xcb_connect(display.isEmpty() ? nullptr : display.constData(), &attempt.screen);
+        promise.set_value(attempt);
+    }).detach();
+    if (future.wait_for(ConnectDeadline) != std::future_status::ready)
+        return nullptr;
+    const auto [raw, screen] = future.get();
     std::unique_ptr<Connection> connection(new Connection(raw));
     if (!connection->isAlive() || !connection->setUp(screen))
         return nullptr;

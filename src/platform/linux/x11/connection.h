@@ -98,7 +98,8 @@ struct Event
 class Connection final
 {
 public:
-    // Null when the display cannot be reached. The display name may be empty: the environment's.
+    // Null when the display cannot be reached, or does not answer within ten seconds. The display
+    // name may be empty: the environment's.
     static std::unique_ptr<Connection> open(const QByteArray &display);
     ~Connection();
 

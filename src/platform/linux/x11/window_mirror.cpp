@@ -95,6 +95,8 @@ void WindowMirror::update()
         refreshClients();
         collectEvents();
     }
+    // Events of the last look may have taken windows away.
+    listWindows();
     if (!m_connection.isAlive() && std::exchange(m_isKept, false)) {
         ++m_revision;
         m_rootState = {};
@@ -265,6 +267,10 @@ void WindowMirror::refreshClients()
         if (window.serverProcess == 0 && window.isLocalMachine)
             window.window.process = window.claimedProcess.value_or(0);
     }
+}
+
+void WindowMirror::listWindows()
+{
     const auto isThere = [this](Window id) { return window(id) != nullptr; };
     m_clients.clear();
     std::copy_if(m_order.begin(), m_order.end(), std::back_inserter(m_clients), isThere);

@@ -78,6 +78,7 @@ private:
     void refreshRoot();
     void followClientList();
     void refreshClients();
+    void listWindows();
     bool isDirty() const;
     void apply(MirroredWindow &window, Atom atom, const Property &property);
 

@@ -187,7 +187,7 @@ bool X11Session::raiseWindow(std::uint32_t window)
 bool X11Session::activationShowsWorkspace()
 {
     const RootState &root = current().root();
-    return root.hasManager && activationShowsDesktop(root.managerName, readXfwmActivateAction);
+    return root.hasManager && activationShowsDesktop(root.managerName);
 }
 
 std::optional<QPointF> X11Session::cursorPosition() { return m_connection->cursorPosition(); }

@@ -1,0 +1,36 @@
+#include "app/console.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace tovel {
+
+void openMissingStreams()
+{
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        // The lowest free descriptor is the missing one, for those below it are open by now.
+        if (fcntl(stream, F_GETFD) == -1)
+            open("/dev/null", O_RDWR);
+    }
+}
+
+QString printable(QString text)
+{
+    for (QChar &character : text) {
+        const bool isHarmful = character.category() == QChar::Other_Control
+            || character.category() == QChar::Other_Format || character == QChar::LineSeparator
+            || character == QChar::ParagraphSeparator;
+        if (isHarmful)
+            character = u' ';
+    }
+    return text;
+}
+
+bool writeText(FILE *stream, const QString &text)
+{
+    const QByteArray bytes = text.toUtf8();
+    const auto size = static_cast<std::size_t>(bytes.size());
+    return std::fwrite(bytes.constData(), 1, size, stream) == size && std::fflush(stream) == 0;
+}
+
+} // namespace tovel
