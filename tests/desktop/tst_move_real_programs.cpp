@@ -40,11 +40,11 @@ private:
         return windowTitled(*m_session, title);
     }
 
-    // Waits until the manager has put the window of the client somewhere.
+    // Waits until the manager has taken the window of the client on.
     std::uint32_t open(TestClient &client, const ClientWindow &window)
     {
         const std::uint32_t id = client.open(window);
-        return eventually([&] { return desktopOf(*m_session, id).has_value(); }) ? id : 0;
+        return eventually([&] { return m_client->isManaged(id); }) ? id : 0;
     }
 
     // Moves and makes sure that no window but those given has left its desktop.

@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int Deadline = 30000; // for a program to end
+constexpr int Deadline = 30000; // for a program to start or to end
 
 std::unique_ptr<QProcess> makeProcess(const QProcessEnvironment &environment)
 {
@@ -74,9 +74,10 @@ PrivateSession::PrivateSession(Manager manager, const SessionOptions &options)
     m_processes.push_back(makeProcess(m_environment));
     m_server = m_processes.back().get();
     m_server->setStandardErrorFile(QProcess::nullDevice());
-    m_server->start(
-        u"Xvfb"_s,
-        {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s, u"1280x800x24"_s, u"-listen"_s, u"tcp"_s});
+    // A server that resets when its last client leaves would drop a manager that just connects.
+    m_server->start(u"Xvfb"_s,
+                    {u"-displayfd"_s, u"1"_s, u"-noreset"_s, u"-listen"_s, u"tcp"_s, u"-screen"_s,
+                     u"0"_s, u"1280x800x24"_s});
     while (!m_server->canReadLine() && m_server->waitForReadyRead(Deadline)) { }
     const QByteArray number = m_server->readLine().trimmed();
     if (number.isEmpty())
@@ -98,6 +99,9 @@ PrivateSession::~PrivateSession()
         end(*m_processes.back());
         m_processes.pop_back();
     }
+    // A service that the bus had started may still be at its last file.
+    m_folder.setAutoRemove(false);
+    eventually([this] { return QDir(m_folder.path()).removeRecursively(); });
 }
 
 void PrivateSession::write(const QString &path, const QString &text) const
@@ -145,13 +149,30 @@ void PrivateSession::adopt() const
     qunsetenv("WAYLAND_DISPLAY");
 }
 
-bool PrivateSession::isReady() const
+bool PrivateSession::isReady()
 {
+    if (m_display.isEmpty()) {
+        qWarning("the X server does not start: %s", qPrintable(m_server->errorString()));
+        return false;
+    }
+    // Managers differ in which of the two they do first.
     const QString wanted = u"= %1"_s.arg(m_desktops);
-    return !m_display.isEmpty() && eventually([&] {
-        const auto count = run(u"xprop"_s, {u"-root"_s, u"_NET_NUMBER_OF_DESKTOPS"_s}).out;
-        return count.trimmed().endsWith(wanted);
-    });
+    QString count;
+    QString manager;
+    const bool isReady = eventually(
+        [&] {
+            count = run(u"xprop"_s, {u"-root"_s, u"_NET_NUMBER_OF_DESKTOPS"_s}).out.trimmed();
+            manager = run(u"wmctrl"_s, {u"-m"_s}).out;
+            return count.endsWith(wanted) && manager.startsWith(u"Name: ")
+                && !manager.startsWith(u"Name: N/A");
+        },
+        Deadline);
+    if (!isReady) {
+        qWarning("the window manager %s on %s; %s; %s",
+                 isManagerRunning() ? "is not ready" : "has ended", m_display.constData(),
+                 qPrintable(count), qPrintable(manager));
+    }
+    return isReady;
 }
 
 QProcess &PrivateSession::start(const QString &program, const QStringList &arguments)
@@ -198,6 +219,12 @@ void PrivateSession::startManager()
         m_managerProcess = &start(u"xfwm4"_s, {u"--compositor=off"_s});
 }
 
+bool PrivateSession::isManagerRunning()
+{
+    m_managerProcess->waitForFinished(0);
+    return m_managerProcess->state() == QProcess::Running;
+}
+
 void PrivateSession::killManager()
 {
     m_managerProcess->kill();
@@ -212,7 +239,7 @@ void PrivateSession::killServer()
 
 Outcome outcomeOf(QProcess &process)
 {
-    if (!process.waitForFinished(Deadline)) {
+    if (process.state() != QProcess::NotRunning && !process.waitForFinished(Deadline)) {
         process.kill();
         process.waitForFinished();
         return {-1, {}, u"it did not end"_s};

@@ -44,8 +44,8 @@ public:
     PrivateSession(const PrivateSession &) = delete;
     PrivateSession &operator=(const PrivateSession &) = delete;
 
-    // Whether the manager has announced its desktops.
-    bool isReady() const;
+    // Waits until the manager has announced itself and its desktops.
+    bool isReady();
 
     // ":7", and the same server over TCP.
     QByteArray display() const { return m_display; }
@@ -69,6 +69,7 @@ public:
                 const QProcessEnvironment &changes) const;
 
     void startManager();
+    bool isManagerRunning();
     // At once, without a chance to clean up.
     void killManager();
     void killServer();

@@ -60,6 +60,16 @@ void TestClient::close(std::uint32_t window)
     synchronize();
 }
 
+bool TestClient::isManaged(std::uint32_t window) const
+{
+    const QByteArray list = property(m_root, "_NET_CLIENT_LIST");
+    for (qsizetype start = 0; start + 4 <= list.size(); start += 4) {
+        if (list.mid(start, 4) == words({window}))
+            return true;
+    }
+    return false;
+}
+
 void TestClient::minimize(std::uint32_t window)
 {
     constexpr std::uint32_t iconic = 3;

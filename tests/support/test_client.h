@@ -41,6 +41,9 @@ public:
     std::uint32_t open(const ClientWindow &window);
     void close(std::uint32_t window);
 
+    // Whether the manager has taken it on.
+    bool isManaged(std::uint32_t window) const;
+
     // What the manager is asked for.
     void minimize(std::uint32_t window);
     void addState(std::uint32_t window, const QByteArray &state);
