@@ -54,85 +54,82 @@ class TestSymbolTable : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void searchesPastFaults_data();
-    void searchesPastFaults();
-    void findsTheSymbolWhereverTheImageStands();
-    void neverLeavesADamagedImage();
-};
+    void searchesPastFaults_data()
+    {
+        QTest::addColumn<MachOFault>("fault");
+        QTest::addColumn<int>(
+            "found"); // in the faulty image, in the sound one after it, or in none
 
-void TestSymbolTable::searchesPastFaults_data()
-{
-    QTest::addColumn<MachOFault>("fault");
-    QTest::addColumn<int>("found"); // in the faulty image, in the sound one after it, or in none
-
-    QTest::newRow("sound") << MachOFault::None << 1;
-    QTest::newRow("repeated commands") << MachOFault::RepeatedCommands << 1;
-    QTest::newRow("no symbols") << MachOFault::NoSymbols << 2;
-    QTest::newRow("name outside strings") << MachOFault::NameOutsideStrings << 2;
-    QTest::newRow("symbol missing") << MachOFault::NoTarget << 2;
-    QTest::newRow("wrong magic") << MachOFault::WrongMagic << 0;
-    QTest::newRow("no commands") << MachOFault::NoCommands << 0;
-    QTest::newRow("short command") << MachOFault::ShortCommand << 0;
-    QTest::newRow("no symbol table") << MachOFault::NoSymbolTable << 0;
-    QTest::newRow("no link-edit segment") << MachOFault::NoLinkEdit << 0;
-    QTest::newRow("commands outside") << MachOFault::CommandsOutsideImage << 0;
-    QTest::newRow("symbols outside") << MachOFault::SymbolsOutsideImage << 0;
-    QTest::newRow("strings outside") << MachOFault::StringsOutsideImage << 0;
-    QTest::newRow("link-edit outside") << MachOFault::LinkEditOutsideImage << 0;
-    QTest::newRow("unterminated name") << MachOFault::UnterminatedName << 0;
-}
-
-void TestSymbolTable::searchesPastFaults()
-{
-    QFETCH(MachOFault, fault);
-    QFETCH(int, found);
-    const MachOImage first(symbol, address + 1, fault);
-    const MachOImage second(symbol, address + 2);
-    const MachOImage elsewhere(symbol, address + 3, MachOFault::WrongMagic);
-    std::array images{imageOf(elsewhere), imageOf(first), imageOf(second)};
-    images[0].name = "/usr/lib/Some.framework.dylib";
-    const auto result = findLocalSymbol(images, part, symbol.constData());
-    QCOMPARE(result.value_or(address) - address, std::uint64_t(found));
-}
-
-void TestSymbolTable::findsTheSymbolWhereverTheImageStands()
-{
-    const MachOImage image(symbol, address);
-    const Image whole = imageOf(image);
-    for (const std::size_t offset : {1, 3, 4096})
-        QVERIFY(find(Copy(whole, whole.memory.size(), offset).image) == address);
-
-    const std::uint64_t lowest = 0;
-    const std::uint64_t highest = 0 - std::uint64_t(whole.memory.size());
-    for (const std::uint64_t start : {lowest, highest}) {
-        const std::uint64_t distance = start - whole.memoryAddress;
-        Image moved = whole;
-        moved.memoryAddress += distance;
-        moved.headerAddress += distance;
-        moved.slide = static_cast<std::int64_t>(static_cast<std::uint64_t>(moved.slide) + distance);
-        QVERIFY(find(moved) == address + distance);
-        moved.headerAddress += 1ULL << 40;
-        QVERIFY(!find(moved));
+        QTest::newRow("sound") << MachOFault::None << 1;
+        QTest::newRow("repeated commands") << MachOFault::RepeatedCommands << 1;
+        QTest::newRow("no symbols") << MachOFault::NoSymbols << 2;
+        QTest::newRow("name outside strings") << MachOFault::NameOutsideStrings << 2;
+        QTest::newRow("symbol missing") << MachOFault::NoTarget << 2;
+        QTest::newRow("wrong magic") << MachOFault::WrongMagic << 0;
+        QTest::newRow("no commands") << MachOFault::NoCommands << 0;
+        QTest::newRow("short command") << MachOFault::ShortCommand << 0;
+        QTest::newRow("no symbol table") << MachOFault::NoSymbolTable << 0;
+        QTest::newRow("no link-edit segment") << MachOFault::NoLinkEdit << 0;
+        QTest::newRow("commands outside") << MachOFault::CommandsOutsideImage << 0;
+        QTest::newRow("symbols outside") << MachOFault::SymbolsOutsideImage << 0;
+        QTest::newRow("strings outside") << MachOFault::StringsOutsideImage << 0;
+        QTest::newRow("link-edit outside") << MachOFault::LinkEditOutsideImage << 0;
+        QTest::newRow("unterminated name") << MachOFault::UnterminatedName << 0;
     }
-}
 
-void TestSymbolTable::neverLeavesADamagedImage()
-{
-    const MachOImage image(symbol, address);
-    const Image whole = imageOf(image);
-    for (std::size_t size = 0; size < whole.memory.size(); ++size)
-        QCOMPARE(find(Copy(whole, size).image).value_or(address), address);
+    void searchesPastFaults()
+    {
+        QFETCH(MachOFault, fault);
+        QFETCH(int, found);
+        const MachOImage first(symbol, address + 1, fault);
+        const MachOImage second(symbol, address + 2);
+        const MachOImage elsewhere(symbol, address + 3, MachOFault::WrongMagic);
+        std::array images{imageOf(elsewhere), imageOf(first), imageOf(second)};
+        images[0].name = "/usr/lib/Some.framework.dylib";
+        const auto result = findLocalSymbol(images, part, symbol.constData());
+        QCOMPARE(result.value_or(address) - address, std::uint64_t(found));
+    }
 
-    const Copy copy(whole, whole.memory.size());
-    for (std::size_t i = 0; i < whole.memory.size(); ++i) {
-        for (const int value : {0x00, 0x01, 0x7F, 0x80, 0xFF}) {
-            copy.bytes[i] = std::byte(value);
-            find(copy.image); // any answer will do
+    void findsTheSymbolWhereverTheImageStands()
+    {
+        const MachOImage image(symbol, address);
+        const Image whole = imageOf(image);
+        for (const std::size_t offset : {1, 3, 4096})
+            QVERIFY(find(Copy(whole, whole.memory.size(), offset).image) == address);
+
+        const std::uint64_t lowest = 0;
+        const std::uint64_t highest = 0 - std::uint64_t(whole.memory.size());
+        for (const std::uint64_t start : {lowest, highest}) {
+            const std::uint64_t distance = start - whole.memoryAddress;
+            Image moved = whole;
+            moved.memoryAddress += distance;
+            moved.headerAddress += distance;
+            moved.slide
+                = static_cast<std::int64_t>(static_cast<std::uint64_t>(moved.slide) + distance);
+            QVERIFY(find(moved) == address + distance);
+            moved.headerAddress += 1ULL << 40;
+            QVERIFY(!find(moved));
         }
-        copy.bytes[i] = whole.memory[i];
     }
-    QVERIFY(find(copy.image) == address);
-}
+
+    void neverLeavesADamagedImage()
+    {
+        const MachOImage image(symbol, address);
+        const Image whole = imageOf(image);
+        for (std::size_t size = 0; size < whole.memory.size(); ++size)
+            QCOMPARE(find(Copy(whole, size).image).value_or(address), address);
+
+        const Copy copy(whole, whole.memory.size());
+        for (std::size_t i = 0; i < whole.memory.size(); ++i) {
+            for (const int value : {0x00, 0x01, 0x7F, 0x80, 0xFF}) {
+                copy.bytes[i] = std::byte(value);
+                find(copy.image); // any answer will do
+            }
+            copy.bytes[i] = whole.memory[i];
+        }
+        QVERIFY(find(copy.image) == address);
+    }
+};
 
 QTEST_GUILESS_MAIN(TestSymbolTable)
 #include "tst_symbol_table.moc"

@@ -9,249 +9,201 @@ class TestMigration : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void refusal_data();
-    void refusal();
-    void outcome_data();
-    void outcome();
-    void reportsProgress();
-    void follows_data();
-    void follows();
-    void stopsAfterTheWindowItIsOn();
-    void endsWithTheModel();
-};
+    void endsWithItsVerdict_data()
+    {
+        QTest::addColumn<Change>("change");
+        QTest::addColumn<QString>("message"); // null when the run does not begin
+        QTest::addColumn<QStringList>("issues");
+        const auto row
+            = [](const char *name, const QString &message, const QStringList &issues,
+                 const Change &change) { QTest::newRow(name) << change << message << issues; };
+        const QStringList access{u"Allow Accessibility access to move apps."_s};
+        row("no trust", {}, access, [](auto &w) { w.facts().trusted = false; });
+        row("no bridge", {}, access, [](auto &w) { w.desktop.dropSymbol("SLSSpaceSetCompatID"); });
+        row("target gone", {}, {u"That desktop is no longer available."_s},
+            [](auto &w) { w.spacesOfA().removeAt(3); });
+        row("nothing to move", {}, {u"No movable windows. Add an app or restore its windows."_s},
+            [](auto &w) { w.window(101).fullScreen = w.window(102).fullScreen = true; });
+        row("all there", {}, {},
+            [](auto &w) { w.window(101).spaces = w.window(102).spaces = {12}; });
 
-void TestMigration::refusal_data()
-{
-    QTest::addColumn<Change>("change");
-    QTest::addColumn<QStringList>("issues");
-    const auto row = [](const char *name, const QStringList &issues, const Change &change) {
-        QTest::newRow(name) << change << issues;
-    };
-    const QStringList access{u"Allow Accessibility access to move apps."_s};
-    row("no trust", access, [](auto &w) { w.facts().trusted = false; });
-    row("no bridge", access, [](auto &w) { w.desktop.dropSymbol("SLSSpaceSetCompatID"); });
-    row("target gone", {u"That desktop is no longer available."_s},
-        [](auto &w) { w.spacesOfA().removeAt(3); });
-    row("nothing to move", {u"No movable windows. Add an app or restore its windows."_s},
-        [](auto &w) {
-            w.window(101).fullScreen = true;
-            w.desktop.removeWindow(102);
+        const QString moved2 = u"2 moved · 0 already there"_s;
+        const QString lost = u"1 moved · 0 already there · 1 failed"_s;
+        row("one there", u"1 moved · 1 already there"_s, {},
+            [](auto &w) { w.window(101).spaces = {12}; });
+        row("one skipped", u"1 moved · 0 already there · 1 skipped"_s, {},
+            [](auto &w) { w.window(102).fullScreen = true; });
+        row("barely in time", moved2, {}, [](auto &w) { w.window(101).moveDelay = 0.71; });
+        row("too slow", lost, {u"Notes: could not move (0)."_s},
+            [](auto &w) { w.window(101).moveDelay = 0.73; });
+        row("refused", u"0 moved · 0 already there · 2 failed"_s,
+            {u"Notes: could not move (9)."_s, u"Mail: could not move (9)."_s}, [](auto &w) {
+                w.desktop.dropSymbol(SimulatedDesktop::submitMoveSymbol());
+                w.facts().setWorkspaceStatus = 9;
+            });
+        row("full screen unreadable", moved2, {}, [](auto &w) {
+            w.window(102).attributes[u"AXFullScreen"_s] = {kAXErrorSuccess, u"true"_s};
         });
-    row("already there", {}, [](auto &w) {
-        w.window(101).spaces = {12};
-        w.window(102).spaces = {12};
-    });
-}
 
-void TestMigration::refusal()
-{
-    QFETCH(Change, change);
-    QFETCH(QStringList, issues);
-    ModelWorld world;
-    change(world);
-    TovelModel &model = world.start();
-    int finished = 0;
-    model.onMigrationFinished([&] { ++finished; });
-    model.setIssues({u"old"_s});
-    model.setMessage(u"old"_s);
-    world.takeChanges();
-    const auto task = model.migrate({.id = 12});
-    QVERIFY(task.isReady());
-    QCOMPARE(model.issues(), issues);
-    QCOMPARE(model.message(), u"old"_s);
-    QVERIFY(!world.takeChanges().contains(u"busy"_s));
-    QCOMPARE(finished, 0);
-    QCOMPARE(world.desktop.takeJournal(), QStringList());
-}
-
-void TestMigration::outcome_data()
-{
-    QTest::addColumn<Change>("change");
-    QTest::addColumn<QString>("message");
-    QTest::addColumn<QStringList>("issues");
-    const auto row
-        = [](const char *name, const QString &message, const QStringList &issues,
-             const Change &change) { QTest::newRow(name) << change << message << issues; };
-    // A change to the second window while the first one moves.
-    const auto meanwhile = [](const Change &change) {
-        return [=](ModelWorld &world) {
-            world.desktop.onMoveRequested([=, &world](std::uint32_t window, std::uint64_t) {
-                if (window == 101)
-                    change(world);
+        // Changes to the second window while the first one moves.
+        const auto meanwhile = [&](const char *name, const QString &message,
+                                   const QStringList &issues, const Change &change,
+                                   bool listed = true) {
+            row(name, message, issues, [=](ModelWorld &world) {
+                world.window(102).listed = listed;
+                world.desktop.onMoveRequested([=, &world](std::uint32_t window, std::uint64_t) {
+                    if (window == 101)
+                        change(world);
+                });
             });
         };
-    };
-    const QString moved2 = u"2 moved · 0 already there"_s;
-    const QString lost = u"1 moved · 0 already there · 1 failed"_s;
-    const QStringList changed{u"Mail: desktop changed; skipped."_s};
-    const QStringList replaced{u"Mail: window changed; skipped."_s};
-    row("barely in time", moved2, {}, [](auto &w) { w.window(101).moveDelay = 0.71; });
-    row("one there", u"1 moved · 1 already there"_s, {},
-        [](auto &w) { w.window(101).spaces = {12}; });
-    row("one skipped", u"1 moved · 0 already there · 1 skipped"_s, {},
-        [](auto &w) { w.window(102).fullScreen = true; });
-    row("too slow", lost, {u"Notes: could not move (0)."_s},
-        [](auto &w) { w.window(101).moveDelay = 0.73; });
-    row("refused", u"0 moved · 0 already there · 2 failed"_s,
-        {u"Notes: could not move (9)."_s, u"Mail: could not move (9)."_s}, [](auto &w) {
-            w.desktop.dropSymbol(SimulatedDesktop::submitMoveSymbol());
-            w.facts().setWorkspaceStatus = 9;
-        });
-    row("arrived before its turn", u"1 moved · 1 already there"_s, {},
-        meanwhile([](auto &w) { w.window(102).spaces = {12}; }));
-    row("on two desktops meanwhile", lost, changed, meanwhile([](auto &w) {
+        const QStringList changed{u"Mail: desktop changed; skipped."_s};
+        const QStringList replaced{u"Mail: window changed; skipped."_s};
+        meanwhile("arrived before its turn", u"1 moved · 1 already there"_s, {},
+                  [](auto &w) { w.window(102).spaces = {12}; });
+        meanwhile("on two desktops", lost, changed, [](auto &w) {
             w.window(102).spaces = {11, 12};
-        }));
-    row("desktop gone meanwhile", lost, changed,
-        meanwhile([](auto &w) { w.spacesOfA().removeAt(1); }));
-    row("other number meanwhile", lost, replaced,
-        meanwhile([](auto &w) { w.window(102).elementNumber = 103; }));
-    row("full screen unreadable", moved2, {}, [](auto &w) {
-        w.window(102).attributes[u"AXFullScreen"_s] = {kAXErrorSuccess, u"true"_s};
-    });
+        });
+        meanwhile("desktop gone", lost, changed, [](auto &w) { w.spacesOfA().removeAt(1); });
+        meanwhile("other number", lost, replaced,
+                  [](auto &w) { w.window(102).elementNumber = 103; });
+        meanwhile("inventory only", moved2, {}, nothing, false);
+        meanwhile(
+            "inventory only, replaced", lost, replaced,
+            [](auto &w) { w.window(102).pid = notesPid; }, false);
+        meanwhile(
+            "inventory only, owner replaced", lost, replaced,
+            [](auto &w) { w.app(mailPid).bundleIdentifier = u"org.other"_s; }, false);
+    }
 
-    const auto unlisted = [](const Change &change) {
-        return [=](ModelWorld &world) {
-            world.window(102).listed = false;
-            change(world);
-        };
-    };
-    row("inventory only", moved2, {}, unlisted(nothing));
-    row("inventory only, replaced meanwhile", lost, replaced,
-        unlisted(meanwhile([](auto &w) { w.window(102).pid = notesPid; })));
-    row("inventory only, owner replaced meanwhile", lost, replaced,
-        unlisted(meanwhile([](auto &w) { w.app(mailPid).bundleIdentifier = u"org.other"_s; })));
-    row("inventory only, owner gone meanwhile", lost, changed,
-        unlisted(meanwhile([](auto &w) { w.desktop.quit(mailPid); })));
-}
-
-void TestMigration::outcome()
-{
-    QFETCH(Change, change);
-    QFETCH(QString, message);
-    QFETCH(QStringList, issues);
-    ModelWorld world;
-    change(world);
-    TovelModel &model = world.start();
-    int finished = 0;
-    model.onMigrationFinished([&] {
-        ++finished;
-        QVERIFY(!model.busy());
-    });
-    QVERIFY(world.finish(model.migrate(world.target(12), false)));
-    QCOMPARE(model.message(), message);
-    QCOMPARE(model.issues(), issues);
-    QCOMPARE(model.hasSkippedWindows(), message.contains(u"skipped"));
-    QCOMPARE(finished, 1);
-}
-
-void TestMigration::reportsProgress()
-{
-    ModelWorld world;
-    TovelModel &model = world.start();
-    QStringList messages;
-    connect(&model, &TovelModel::didChange, this, [&](TovelModel::Property property) {
-        if (property == TovelModel::Property::message)
-            messages.append(model.message());
-    });
-    QVERIFY(world.finish(model.migrate(world.target(12), false)));
-    QCOMPARE(
-        messages,
-        (QStringList{u"Moving 1 of 2…"_s, u"Moving 2 of 2…"_s, u"2 moved · 0 already there"_s}));
-    QCOMPARE(world.takeChanges(),
-             (QStringList{u"busy"_s, u"message"_s, u"message"_s, u"message"_s, u"busy"_s,
-                          u"windows"_s}));
-    QVERIFY(model.flockDesktopID() == 12U);
-    QCOMPARE(world.elapsed(), 0.12);
-}
-
-void TestMigration::follows_data()
-{
-    QTest::addColumn<bool>("chosen");
-    QTest::addColumn<std::optional<bool>>("thisRun");
-    QTest::addColumn<Change>("change");
-    QTest::addColumn<QString>("outcome");
-    using ThisRun = std::optional<bool>;
-    const Change refuse = [](auto &w) {
-        w.facts().stepsEnabled = false;
-        w.app(mailPid).activation = SimActivation::Refused;
-    };
-    const Change stay = [](auto &w) { w.window(101).move = w.window(102).move = SimMove::Never; };
-    QTest::newRow("chosen") << true << ThisRun() << nothing << u"shown"_s;
-    QTest::newRow("not chosen") << false << ThisRun() << nothing << u"stayed"_s;
-    QTest::newRow("for this run") << false << ThisRun(true) << nothing << u"shown"_s;
-    QTest::newRow("not this run") << true << ThisRun(false) << nothing << u"stayed"_s;
-    QTest::newRow("impossible") << true << ThisRun() << refuse << u"failed"_s;
-    QTest::newRow("nothing moved") << true << ThisRun() << stay << u"stayed"_s;
-}
-
-void TestMigration::follows()
-{
-    QFETCH(bool, chosen);
-    QFETCH(std::optional<bool>, thisRun);
-    QFETCH(Change, change);
-    QFETCH(QString, outcome);
-    ModelWorld world;
-    change(world);
-    TovelModel &model = world.start();
-    model.setFollow(chosen);
-    QVERIFY(world.finish(model.migrate(world.target(12), thisRun)));
-    const QString complaint
-        = u"Apps moved. Could not switch desktops; check Mission Control shortcuts."_s;
-    QCOMPARE(world.shownOnA(), outcome == u"shown"_s ? 12U : 10U);
-    QCOMPARE(model.issues().contains(complaint), outcome == u"failed"_s);
-    // The last window that is on the target is the one brought forward.
-    QCOMPARE(world.desktop.takeJournal().contains(u"AXRaise 102"_s), outcome != u"stayed"_s);
-    QVERIFY(model.message().contains(u" already there"_s));
-    QCOMPARE(model.follow(), chosen);
-}
-
-void TestMigration::stopsAfterTheWindowItIsOn()
-{
-    ModelWorld world;
-    world.desktop.addWindow({.number = 103, .pid = mailPid, .spaces = {20}});
-    TovelModel &model = world.start();
-    int finished = 0;
-    model.onMigrationFinished([&] { ++finished; });
-    model.stopMigration(); // nothing runs
-
-    const auto task = model.migrate(world.target(12));
-    QVERIFY(model.migrate(world.target(11)).isReady()); // one at a time
-    model.stopMigration();
-    QVERIFY(world.finish(task));
-    QCOMPARE(model.message(), u"1 moved · 0 already there"_s);
-    QCOMPARE(model.untriedWindows(), 2);
-    QCOMPARE(finished, 1);
-    QCOMPARE(world.desktop.takeJournal(), QStringList{u"submit 101 12"_s});
-
-    QVERIFY(world.finish(model.migrate(world.target(12))));
-    QCOMPARE(model.message(), u"2 moved · 1 already there"_s);
-    QCOMPARE(model.untriedWindows(), 0);
-    QCOMPARE(world.shownOnA(), 12U);
-}
-
-void TestMigration::endsWithTheModel()
-{
-    // At every wait of a run that moves, follows by activation, and then by keys.
-    for (int waits = 0; waits < 40; ++waits) {
+    void endsWithItsVerdict()
+    {
+        QFETCH(Change, change);
+        QFETCH(QString, message);
+        QFETCH(QStringList, issues);
+        const bool begins = !message.isNull();
         ModelWorld world;
-        world.app(mailPid).activation = SimActivation::Stays;
-        world.facts().cursor = QPointF(2000, 10);
+        change(world);
+        TovelModel &model = world.start();
+        model.setIssues({u"old"_s});
+        model.setMessage(u"old"_s);
+        int finished = 0;
+        model.onMigrationFinished([&] { finished += model.busy() ? 100 : 1; });
+        const auto task = model.migrate(world.target(12), false);
+        QCOMPARE(task.isReady(), !begins);
+        QVERIFY(world.finish(task));
+        QCOMPARE(model.message(), begins ? message : u"old"_s);
+        QCOMPARE(model.issues(), issues);
+        QCOMPARE(model.hasSkippedWindows(), message.contains(u"skipped"));
+        QCOMPARE(finished, begins ? 1 : 0);
+        QCOMPARE(world.takeChanges().contains(u"busy"_s), begins);
+        QCOMPARE(world.desktop.takeJournal().isEmpty(), !begins);
+    }
+
+    void reportsProgress()
+    {
+        ModelWorld world;
+        TovelModel &model = world.start();
+        QStringList messages;
+        connect(&model, &TovelModel::didChange, this, [&](TovelModel::Property property) {
+            if (property == TovelModel::Property::message)
+                messages.append(model.message());
+        });
+        QVERIFY(world.finish(model.migrate(world.target(12), false)));
+        QCOMPARE(messages.join(u'|'), u"Moving 1 of 2…|Moving 2 of 2…|2 moved · 0 already there"_s);
+        QCOMPARE(world.takeChanges().join(u' '), u"busy message message message busy windows"_s);
+        QVERIFY(model.flockDesktopID() == 12U);
+        QCOMPARE(world.elapsed(), 0.12);
+    }
+
+    void follows_data()
+    {
+        QTest::addColumn<bool>("chosen");
+        QTest::addColumn<std::optional<bool>>("thisRun");
+        QTest::addColumn<Change>("change");
+        QTest::addColumn<QString>("outcome");
+        using ThisRun = std::optional<bool>;
+        const Change refuse = [](auto &w) {
+            w.facts().stepsEnabled = false;
+            w.app(mailPid).activation = SimActivation::Refused;
+        };
+        const Change stay
+            = [](auto &w) { w.window(101).move = w.window(102).move = SimMove::Never; };
+        QTest::newRow("chosen") << true << ThisRun() << nothing << u"shown"_s;
+        QTest::newRow("not chosen") << false << ThisRun() << nothing << u"stayed"_s;
+        QTest::newRow("for this run") << false << ThisRun(true) << nothing << u"shown"_s;
+        QTest::newRow("not this run") << true << ThisRun(false) << nothing << u"stayed"_s;
+        QTest::newRow("impossible") << true << ThisRun() << refuse << u"failed"_s;
+        QTest::newRow("nothing moved") << true << ThisRun() << stay << u"stayed"_s;
+    }
+
+    void follows()
+    {
+        QFETCH(bool, chosen);
+        QFETCH(std::optional<bool>, thisRun);
+        QFETCH(Change, change);
+        QFETCH(QString, outcome);
+        ModelWorld world;
+        change(world);
+        TovelModel &model = world.start();
+        model.setFollow(chosen);
+        QVERIFY(world.finish(model.migrate(world.target(12), thisRun)));
+        const QString complaint
+            = u"Apps moved. Could not switch desktops; check Mission Control shortcuts."_s;
+        QCOMPARE(world.shownOnA(), outcome == u"shown"_s ? 12U : 10U);
+        QCOMPARE(model.issues().contains(complaint), outcome == u"failed"_s);
+        // The last window that is on the target is the one brought forward.
+        QCOMPARE(world.desktop.takeJournal().contains(u"AXRaise 102"_s), outcome != u"stayed"_s);
+        QCOMPARE(model.follow(), chosen);
+    }
+
+    void stopsAfterTheWindowItIsOn()
+    {
+        ModelWorld world;
+        world.desktop.addWindow({.number = 103, .pid = mailPid, .spaces = {20}});
         TovelModel &model = world.start();
         int finished = 0;
         model.onMigrationFinished([&] { ++finished; });
+        model.stopMigration(); // nothing runs
+
         const auto task = model.migrate(world.target(12));
-        int handlers = 0;
-        world.desktop.clock().runUntil([&] { return handlers++ == waits; }, 600);
-        if (task.isReady())
-            break;
-        world.model.reset();
-        world.desktop.takeJournal();
+        QVERIFY(model.migrate(world.target(11)).isReady()); // one at a time
+        model.stopMigration();
         QVERIFY(world.finish(task));
-        QCOMPARE(finished, 0);
-        QCOMPARE(world.desktop.takeJournal(), QStringList());
+        QCOMPARE(model.message(), u"1 moved · 0 already there"_s);
+        QCOMPARE(model.untriedWindows(), 2);
+        QCOMPARE(finished, 1);
+        QCOMPARE(world.desktop.takeJournal(), QStringList{u"submit 101 12"_s});
+
+        QVERIFY(world.finish(model.migrate(world.target(12))));
+        QCOMPARE(model.message(), u"2 moved · 1 already there"_s);
+        QCOMPARE(model.untriedWindows(), 0);
+        QCOMPARE(world.shownOnA(), 12U);
     }
-}
+
+    void endsWithTheModel()
+    {
+        // At every wait of a run that moves, follows by activation, and then by keys.
+        for (int waits = 0; waits < 40; ++waits) {
+            ModelWorld world;
+            world.app(mailPid).activation = SimActivation::Stays;
+            world.facts().cursor = QPointF(2000, 10);
+            TovelModel &model = world.start();
+            int finished = 0;
+            model.onMigrationFinished([&] { ++finished; });
+            const auto task = model.migrate(world.target(12));
+            int handlers = 0;
+            world.desktop.clock().runUntil([&] { return handlers++ == waits; }, 600);
+            if (task.isReady())
+                break;
+            world.model.reset();
+            world.desktop.takeJournal();
+            QVERIFY(world.finish(task));
+            QCOMPARE(finished, 0);
+            QCOMPARE(world.desktop.takeJournal(), QStringList());
+        }
+    }
+};
 
 QTEST_GUILESS_MAIN(TestMigration)
 #include "tst_migration.moc"

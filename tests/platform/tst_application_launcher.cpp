@@ -21,11 +21,91 @@ private Q_SLOTS:
         qputenv("XDG_DATA_HOME", QFile::encodeName(m_folder.path()));
     }
 
-    void locatesEntries();
-    void startsAProgramOfItsOwn();
-    void tellsWhyNot_data();
-    void tellsWhyNot();
-    void forgetsHandlersWhenDestroyed();
+    void locatesEntries()
+    {
+        const ApplicationLauncher launcher;
+        const QByteArray missing
+            = "[Desktop Entry]\nType=Application\nName=A\nExec=no-such-program\n";
+        const QUrl top = write(u"my-app.desktop"_s, missing);
+        const QUrl below = write(u"kde/my-viewer.desktop"_s, missing);
+        write(u"hidden.desktop"_s, missing + "Hidden=true\n");
+        QCOMPARE(launcher.locate(u"my-app"_s), top);
+        QCOMPARE(launcher.locate(u"kde-my-viewer"_s), below);
+        for (const QString &absent : {u"hidden"_s, u"kde/my-viewer"_s, u"kde-..-my-app"_s, u"kde"_s,
+                                      u"my-app.desktop"_s, QString()})
+            QCOMPARE(launcher.locate(absent), QUrl());
+    }
+
+    void startsAProgramOfItsOwn()
+    {
+        const QString marker = m_folder.filePath(u"marker"_s);
+        const QUrl location = write(u"session.desktop"_s,
+                                    "[Desktop Entry]\nType=Application\nName=A\nExec=sh -c \"exec "
+                                    "cut -d' ' -f6 /proc/self/stat >"
+                                        + QFile::encodeName(marker) + "\"\n");
+        ApplicationLauncher launcher;
+        QList<std::optional<QString>> outcomes;
+        launcher.launch(location, [&](const auto &reason) { outcomes << reason; });
+        QVERIFY(outcomes.isEmpty());
+        QTRY_COMPARE(outcomes.size(), 1);
+        QCOMPARE(outcomes.first(), std::nullopt);
+
+        QFile file(marker);
+        QTRY_VERIFY(file.size() > 0);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QVERIFY(file.readAll().trimmed() != QByteArray::number(::getsid(0)));
+        QCOMPARE(outcomes.size(), 1);
+    }
+
+    void tellsWhyNot_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QString>("part");
+        const auto row = [](const char *name, const QByteArray &rest, const QString &part) {
+            QTest::newRow(name) << "[Desktop Entry]\nType=Application\nName=A\n" + rest << part;
+        };
+        const QString noSuchFile = qt_error_string(ENOENT);
+        row("missing program", "Exec=no-such-program %U\n", noSuchFile);
+        row("missing required program", "Exec=true\nTryExec=no-such-program\n", noSuchFile);
+        row("missing working folder", "Exec=true\nPath=/no/such/folder\n", u"/no/such/folder"_s);
+        row("link", "Type=Link\nURL=file:///\n", u"link.desktop"_s);
+        row("no command", {}, u"Exec"_s);
+        row("unpaired quote", "Exec='true\n", u"'true"_s);
+        QTest::newRow("not an entry") << QByteArray("\x7f\\ELF") << QString();
+    }
+
+    void tellsWhyNot()
+    {
+        QFETCH(const QByteArray, content);
+        QFETCH(const QString, part);
+        const QUrl location
+            = write(QLatin1StringView(QTest::currentDataTag()) + u".desktop"_s, content);
+        ApplicationLauncher launcher;
+        std::optional<QString> outcome;
+        launcher.launch(location,
+                        [&](const auto &reason) { outcome = reason.value_or(u"started"_s); });
+        QTRY_VERIFY(outcome);
+        QVERIFY(*outcome != u"started" && !outcome->isEmpty());
+        QVERIFY2(outcome->contains(part), qPrintable(*outcome));
+    }
+
+    void forgetsHandlersWhenDestroyed()
+    {
+        const QUrl location = QUrl::fromLocalFile(m_folder.path());
+        int calls = 0;
+        {
+            ApplicationLauncher launcher;
+            launcher.launch(location, [&](const auto &) { ++calls; });
+        }
+        auto launcher = std::make_unique<ApplicationLauncher>();
+        bool destroyed = false;
+        launcher->launch(location, [&](const auto &) {
+            launcher.reset();
+            destroyed = true;
+        });
+        QTRY_VERIFY(destroyed);
+        QCOMPARE(calls, 0);
+    }
 
 private:
     QUrl write(const QString &name, const QByteArray &content)
@@ -39,93 +119,6 @@ private:
 
     QTemporaryDir m_folder;
 };
-
-void TestApplicationLauncher::locatesEntries()
-{
-    const ApplicationLauncher launcher;
-    const QByteArray missing = "[Desktop Entry]\nType=Application\nName=A\nExec=no-such-program\n";
-    const QUrl top = write(u"my-app.desktop"_s, missing);
-    const QUrl below = write(u"kde/my-viewer.desktop"_s, missing);
-    write(u"hidden.desktop"_s, missing + "Hidden=true\n");
-    QCOMPARE(launcher.locate(u"my-app"_s), top);
-    QCOMPARE(launcher.locate(u"kde-my-viewer"_s), below);
-    for (const QString &absent : {u"hidden"_s, u"kde/my-viewer"_s, u"kde-..-my-app"_s, u"kde"_s,
-                                  u"my-app.desktop"_s, QString()})
-        QCOMPARE(launcher.locate(absent), QUrl());
-}
-
-void TestApplicationLauncher::startsAProgramOfItsOwn()
-{
-    const QString marker = m_folder.filePath(u"marker"_s);
-    const QUrl location = write(u"session.desktop"_s,
-                                "[Desktop Entry]\nType=Application\nName=A\nExec=sh -c \"exec "
-                                "cut -d' ' -f6 /proc/self/stat >"
-                                    + QFile::encodeName(marker) + "\"\n");
-    ApplicationLauncher launcher;
-    QList<std::optional<QString>> outcomes;
-    launcher.launch(location, [&](const auto &reason) { outcomes << reason; });
-    QVERIFY(outcomes.isEmpty());
-    QTRY_COMPARE(outcomes.size(), 1);
-    QCOMPARE(outcomes.first(), std::nullopt);
-
-    QFile file(marker);
-    QTRY_VERIFY(file.size() > 0);
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    QVERIFY(file.readAll().trimmed() != QByteArray::number(::getsid(0)));
-    QCOMPARE(outcomes.size(), 1);
-}
-
-void TestApplicationLauncher::tellsWhyNot_data()
-{
-    QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<QString>("part");
-    const QByteArray head = "[Desktop Entry]\nType=Application\nName=A\n";
-    const QString noSuchFile = qt_error_string(ENOENT);
-    QTest::newRow("missing program") << head + "Exec=no-such-program %U\n" << noSuchFile;
-    QTest::newRow("missing required program") << head + "Exec=true\nTryExec=no-such-program\n"
-                                              << noSuchFile;
-    QTest::newRow("missing working folder") << head + "Exec=true\nPath=/no/such/folder\n"
-                                            << u"/no/such/folder"_s;
-    QTest::newRow("link") << QByteArray("[Desktop Entry]\nType=Link\nName=A\nURL=file:///\n")
-                          << u"link.desktop"_s;
-    QTest::newRow("no command") << head << u"Exec"_s;
-    QTest::newRow("unpaired quote") << head + "Exec='true\n" << u"'true"_s;
-    QTest::newRow("not an entry") << QByteArray("\x7f"
-                                                "ELF")
-                                  << QString();
-}
-
-void TestApplicationLauncher::tellsWhyNot()
-{
-    QFETCH(const QByteArray, content);
-    QFETCH(const QString, part);
-    const QUrl location
-        = write(QLatin1StringView(QTest::currentDataTag()) + u".desktop"_s, content);
-    ApplicationLauncher launcher;
-    std::optional<QString> outcome;
-    launcher.launch(location, [&](const auto &reason) { outcome = reason.value_or(u"started"_s); });
-    QTRY_VERIFY(outcome);
-    QVERIFY(*outcome != u"started" && !outcome->isEmpty());
-    QVERIFY2(outcome->contains(part), qPrintable(*outcome));
-}
-
-void TestApplicationLauncher::forgetsHandlersWhenDestroyed()
-{
-    const QUrl location = QUrl::fromLocalFile(m_folder.path());
-    int calls = 0;
-    {
-        ApplicationLauncher launcher;
-        launcher.launch(location, [&](const auto &) { ++calls; });
-    }
-    auto launcher = std::make_unique<ApplicationLauncher>();
-    bool destroyed = false;
-    launcher->launch(location, [&](const auto &) {
-        launcher.reset();
-        destroyed = true;
-    });
-    QTRY_VERIFY(destroyed);
-    QCOMPARE(calls, 0);
-}
 
 QTEST_GUILESS_MAIN(TestApplicationLauncher)
 #include "tst_application_launcher.moc"
