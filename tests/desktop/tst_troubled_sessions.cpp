@@ -7,7 +7,9 @@
 #include <QTest>
 
 #include <algorithm>
+#include <atomic>
 #include <csignal>
+#include <thread>
 
 using namespace tovel;
 using namespace Qt::StringLiterals;
@@ -193,6 +195,48 @@ private Q_SLOTS:
         QVERIFY(said[u"summary"_s].toString().endsWith(u" · %1 not tried"_s.arg(untried)));
         QVERIFY2(countOn(3) == 30 - untried, qPrintable(outcome.out));
         QCOMPARE(countOn(0), untried);
+    }
+
+    void windowsComeAndGoAllTheTime()
+    {
+        QVERIFY(openFlock(3));
+        // The list changes between any two looks at it; half of it is never there.
+        TestClient other(m_session->display());
+        std::atomic<bool> isDone = false;
+        std::thread storm([&] {
+            for (std::uint32_t i = 0; !isDone && i < 100000; ++i) {
+                const std::uint32_t window = other.open({.application = u"Other"_s});
+                QList<std::uint32_t> listed = m_windows;
+                listed << window << 0x7f000000 + i;
+                other.setProperty(other.root(), "_NET_CLIENT_LIST", "WINDOW", 32, words(listed));
+                other.close(window);
+            }
+        });
+        QList<Outcome> outcomes;
+        for (int i = 0; i < 15; ++i)
+            outcomes.append(tovelctl({u"status"_s}));
+        isDone = true;
+        storm.join();
+        for (const Outcome &outcome : outcomes)
+            QVERIFY2(isSane(outcome), qPrintable(outcome.err));
+    }
+
+    void writersAtTheSameTimeLoseNothing()
+    {
+        const QStringList names{u"a"_s, u"b"_s, u"c"_s, u"d"_s, u"e"_s, u"f"_s};
+        for (const QString &name : names)
+            m_session->install(name, name, name);
+        std::vector<std::unique_ptr<QProcess>> writers;
+        for (const QString &name : names) {
+            writers.push_back(m_session->launch(
+                QStringLiteral(TOVELCTL), {u"flock"_s, u"add"_s, name}, m_session->environment()));
+        }
+        for (const auto &writer : writers)
+            QCOMPARE(outcomeOf(*writer).status, 0);
+        const QString flock = tovelctl({u"apps"_s, u"--json"_s}).out;
+        for (const QString &name : names)
+            QVERIFY2(flock.contains(u"\"id\": \"%1\""_s.arg(name)), qPrintable(flock));
+        QCOMPARE(tovelctl(QStringList{u"flock"_s, u"remove"_s} + names).status, 0);
     }
 
     void theManagerDiesAndComesBack()

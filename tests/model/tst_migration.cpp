@@ -181,6 +181,23 @@ private Q_SLOTS:
         QCOMPARE(world.shownOnA(), 12U);
     }
 
+    void stopsAfterTheStepItIsOn()
+    {
+        ModelWorld world;
+        world.app(notesPid).activation = SimActivation::Refused;
+        world.app(mailPid).activation = SimActivation::Refused;
+        TovelModel &model = world.start();
+        const auto task = model.migrate(world.target(12));
+        QVERIFY(world.desktop.clock().runUntil([&] { return world.shownOnA() == 11; }, 600));
+        model.stopMigration();
+        QVERIFY(world.finish(task));
+        QCOMPARE(world.shownOnA(), 11U);
+        QCOMPARE(model.message(), u"2 moved · 0 already there"_s);
+        QCOMPARE(model.issues(), QStringList());
+        // The wish to stop is spent.
+        QCOMPARE(world.finish(model.switchDesktop(world.target(12), std::nullopt)), true);
+    }
+
     void endsWithTheModel()
     {
         // At every wait of a run that moves, follows by activation, and then by keys.
