@@ -70,9 +70,9 @@ public:
 
     // Decides in this order: WM_CLASS instance, then class, as a StartupWMClass, to the letter
     // before without regard to case; instance, then class, as a desktop-file name; sandbox; GTK
-    // and KDE properties; the process's desktop file; its program. Instance before class because web applications share the class and the process
-    // of their browser. A window that matches nothing is an application of its own, named by its
-    // class, else its program.
+    // and KDE properties; the process's desktop file; its program. Instance before class because
+    // web applications share the class and the process of their browser. A window that matches
+    // nothing is an application of its own, named by its class, else its program.
     ApplicationIdentity identify(const WindowClues &clues) const;
 
     const std::vector<ApplicationEntry> &entries() const { return m_entries; }
