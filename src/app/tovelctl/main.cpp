@@ -130,11 +130,9 @@ int main(int argc, char *argv[])
         complain(parsed.error + u"; see tovelctl --help"_s);
         return ExitStatus::Usage;
     }
-    if (parsed.arguments.command == Arguments::Command::Help) {
+    if (parsed.arguments.command == Arguments::Command::Help)
         return print(helpText());
-    }
-    if (parsed.arguments.command == Arguments::Command::Version) {
+    if (parsed.arguments.command == Arguments::Command::Version)
         return print(u"tovelctl %1\n"_s.arg(QCoreApplication::applicationVersion()));
-    }
     return run(parsed.arguments);
 }
