@@ -18,8 +18,8 @@ class InstalledApplications final
 public:
     explicit InstalledApplications(QStringList folders = standardFolders());
 
-    // The applications folders of the user and of the system, in their order of precedence (XDG
-    // Base Directory Specification); they need not exist.
+    // The applications folders of the user and of the system, in their order of precedence
+    // (freedesktop.org base directories); they need not exist.
     static QStringList standardFolders();
 
     // Reads the folders when first asked. Stays valid until reloadIfChanged() answers true.

@@ -10,7 +10,7 @@ namespace tovel {
 
 // A domain of user defaults in one JSON file, shared with other processes: reads see what others
 // wrote, and a write changes its own keys alone. The file and its missing folders are made at the
-// first write, readable for the user only (XDG Base Directory Specification).
+// first write, readable for the user only (freedesktop.org base directories).
 //
 // A file that is not a text of parseDefaults counts as empty; the first write renames it, with
 // ".damaged-" and a number at its end, and starts a new one. A file that cannot be read at all is

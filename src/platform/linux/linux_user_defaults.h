@@ -22,8 +22,8 @@ private:
     DesktopSession *m_session;
 };
 
-// The program's own domain in a file of its folder of the user's configuration (XDG Base Directory
-// Specification), and the preference of the session beside it.
+// The program's own domain in a file of its folder of the user's configuration
+// (freedesktop.org base directories), and the preference of the session beside it.
 class LinuxUserDefaults final : public UserDefaultsDomains
 {
 public:
