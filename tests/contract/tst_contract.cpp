@@ -426,8 +426,11 @@ private Q_SLOTS:
         QVERIFY(hotKeys.UnregisterEventHotKey(EventHotKeyRef{12345}) != noErr);
         const auto target = hotKeys.GetApplicationEventTarget();
         const auto first = hotKeys.RegisterEventHotKey(17, 0x1900, {1, 1}, target, 0);
-        if (first.status != noErr)
-            return;
+        if (first.status != noErr) {
+            QCOMPARE(first.status, eventHotKeyInvalidErr);
+            QVERIFY(first.hotKey == EventHotKeyRef{});
+            QSKIP("this session has no global keys");
+        }
         QVERIFY(hotKeys.RegisterEventHotKey(17, 0x1900, {1, 2}, target, 0).status != noErr);
         QCOMPARE(hotKeys.UnregisterEventHotKey(first.hotKey), noErr);
         QVERIFY(hotKeys.UnregisterEventHotKey(first.hotKey) != noErr);
