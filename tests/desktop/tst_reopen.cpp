@@ -5,6 +5,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTest>
 
 using namespace tovel;
@@ -25,7 +26,10 @@ private:
     {
         const QDir folder(m_session.environment().value(u"XDG_DATA_HOME"_s) + u"/applications"_s);
         folder.mkpath(u"."_s);
-        QFile file(folder.filePath(identifier + u".desktop"_s));
+        // A '-' of an identifier may stand for a subfolder.
+        const QString name = QString(identifier).replace(u'-', u'/') + u".desktop"_s;
+        folder.mkpath(QFileInfo(name).path());
+        QFile file(folder.filePath(name));
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write("[Desktop Entry]\nType=Application\nName=Terminal\nStartupWMClass=Reopened\n"
                    "Exec="
@@ -39,7 +43,7 @@ void TestReopen::initTestCase()
 {
     QVERIFY(m_session.isReady());
     m_session.adopt();
-    install(u"org.example.works"_s, u"xterm -class Reopened"_s);
+    install(u"vendor-works"_s, u"xterm -class Reopened"_s);
     install(u"org.example.broken"_s, u"there-is-no-such-program"_s);
 }
 
@@ -57,7 +61,7 @@ void TestReopen::outcomeIsTold_data()
         << u"Couldn’t open Terminal: Failed to execute child process “there-is-no-such-program” "
            "(No such file or directory)"_s
         << false;
-    QTest::newRow("opens") << u"org.example.works"_s << QString() << true;
+    QTest::newRow("opens") << u"vendor-works"_s << QString() << true;
 }
 
 void TestReopen::outcomeIsTold()
@@ -75,7 +79,7 @@ void TestReopen::outcomeIsTold()
 
     const auto task = model.reopen(app);
     QVERIFY(!task.isReady() || !issue.isEmpty());
-    QVERIFY(eventually([&] { return task.isReady(); }));
+    QVERIFY(eventually([&] { return task.isReady(); }, 8000));
     QCOMPARE(model.issues(), issue.isEmpty() ? QStringList() : QStringList{issue});
     const auto listed = std::find_if(model.apps().cbegin(), model.apps().cend(),
                                      [&](const RunningApp &it) { return it.id == identifier; });

@@ -93,6 +93,8 @@ int run(const Arguments &arguments)
 
     std::optional<ChoicesLock> lock(std::in_place);
     const UserDefaults &choices = choice->platform().userDefaults().standardUserDefaults();
+    // Reading tells whether the stored choices can be read; the model would start afresh in
+    // silence.
     choices.object(u"selected"_s);
     if (!choices.errorString().isEmpty())
         complain(u"the stored choices cannot be used: "_s + choices.errorString());

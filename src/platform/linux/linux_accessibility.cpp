@@ -30,7 +30,7 @@ AXAttributeValue failure(AXError error) { return {error, QVariant()}; }
 
 AXAttributeValue success(const QVariant &value) { return {kAXErrorSuccess, value}; }
 
-std::optional<QString> subrole(WindowKind kind)
+QString subrole(WindowKind kind)
 {
     switch (kind) {
     case WindowKind::Standard:
@@ -40,9 +40,9 @@ std::optional<QString> subrole(WindowKind kind)
     case WindowKind::Desktop:
     case WindowKind::Dock:
     case WindowKind::Overlay:
-        return u"AXUnknown"_s;
+        break;
     }
-    return std::nullopt;
+    return u"AXUnknown"_s;
 }
 
 } // namespace
@@ -123,7 +123,7 @@ AXAttributeValue LinuxAccessibility::windowAttribute(std::uint32_t id,
 {
     const SessionWindow &window = *m_applications->window(id);
     if (attribute == "AXSubrole"_L1)
-        return success(*subrole(window.kind));
+        return success(subrole(window.kind));
     if (attribute == "AXTitle"_L1)
         return window.title ? success(*window.title) : failure(kAXErrorNoValue);
     if (attribute == "AXMinimized"_L1)

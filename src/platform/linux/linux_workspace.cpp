@@ -79,12 +79,18 @@ std::optional<QUrl> LinuxWorkspace::URLForApplicationWithBundleIdentifier(
 
 std::optional<QString> LinuxWorkspace::localizedNameOfApplicationAtURL(const QUrl &location) const
 {
-    const QString path = location.toLocalFile();
-    for (const ApplicationEntry &entry : m_installed.index().entries()) {
-        if (entry.path == path)
-            return entry.name;
-    }
-    return std::nullopt;
+    const ApplicationEntry *entry = entryAt(location);
+    return entry ? std::optional(entry->name) : std::nullopt;
+}
+
+const ApplicationEntry *LinuxWorkspace::entryAt(const QUrl &location) const
+{
+    const auto &entries = m_installed.index().entries();
+    const auto found = std::find_if(entries.begin(), entries.end(),
+                                    [path = location.toLocalFile()](const ApplicationEntry &entry) {
+                                        return entry.path == path;
+                                    });
+    return found == entries.end() ? nullptr : &*found;
 }
 
 void LinuxWorkspace::openApplicationAtURL(const QUrl &location, LaunchHandler handler)
@@ -104,7 +110,11 @@ void LinuxWorkspace::openApplicationAtURL(const QUrl &location, LaunchHandler ha
 
 void LinuxWorkspace::awaitWindow(std::list<Launch>::iterator launch)
 {
-    const QString bundleIdentifier = QFileInfo(launch->location.toLocalFile()).completeBaseName();
+    // An entry in a subfolder has the folder's name in its identifier.
+    const ApplicationEntry *entry = entryAt(launch->location);
+    const QString bundleIdentifier = entry
+        ? entry->bundleIdentifier
+        : QFileInfo(launch->location.toLocalFile()).completeBaseName();
     launch->deadline = m_clock.monotonicTime() + WindowDeadline;
     launch->poll = m_clock.startTimer(WindowPollInterval, true, [this, launch, bundleIdentifier] {
         const bool isDue = m_clock.monotonicTime() >= launch->deadline;

@@ -45,6 +45,7 @@ private:
     struct Launch;
     struct Observers;
 
+    const ApplicationEntry *entryAt(const QUrl &location) const; // null for none
     void awaitWindow(std::list<Launch>::iterator launch);
     bool isRunning(const QString &bundleIdentifier) const;
 
