@@ -4,6 +4,9 @@
 #include "platform/linux/x11/x11_session.h"
 #include "platform/simulated/demo_world.h"
 #include "platform/simulated/simulated_desktop.h"
+#include "settings/bundle.h"
+
+#include <QFileInfo>
 
 namespace tovel {
 
@@ -51,7 +54,8 @@ public:
     SimulatedChoice()
         : m_desktop({.clock = &m_clock, .userDefaults = &m_defaults})
     {
-        populateDemo(m_desktop);
+        const auto icon = mainBundle().pathForResource(u"demo/files"_s, u"svg"_s);
+        populateDemo(m_desktop, icon ? QFileInfo(*icon).absolutePath() : QString());
     }
 
     Platform &platform() override { return m_desktop.platform(); }
@@ -60,7 +64,10 @@ public:
     {
         return {u"This is a simulated desktop: nothing here is real."_s};
     }
-    void setVisibleWindowTest(std::function<bool()>) override { }
+    void setVisibleWindowTest(std::function<bool()> test) override
+    {
+        m_desktop.world().visibleWindow = std::move(test);
+    }
 
 private:
     BoottimeClock m_clock;

@@ -82,7 +82,7 @@ private Q_SLOTS:
         world.desktop.postActiveSpaceDidChange();
         QCOMPARE(model.spaceChangeSerial(), 1);
         QCOMPARE(world.takeChanges(), QStringList());
-        world.facts().visibleWindow = true;
+        world.facts().visibleWindow = [] { return true; };
         world.desktop.clock().advance(2.99);
         QCOMPARE(world.takeChanges(), QStringList());
         world.desktop.clock().advance(0.01);

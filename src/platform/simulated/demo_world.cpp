@@ -9,7 +9,7 @@ namespace {
 constexpr int fullScreenSpace = 4;
 constexpr std::uint64_t allDesktops[] = {1, 2, 3, 4, 5, 6, 7};
 
-// Process, identifier, name, icon-theme name.
+// Process, identifier, name, name of its picture (null for an application without one).
 struct DemoApplication
 {
     std::int32_t pid;
@@ -19,19 +19,19 @@ struct DemoApplication
 };
 
 constexpr DemoApplication applications[] = {
-    {501, u"org.example.Files", u"Files", u"system-file-manager"},
-    {502, u"org.example.Browser", u"Web Browser", u"web-browser"},
-    {503, u"org.example.Mail", u"Mail", u"internet-mail"},
-    {504, u"org.example.Messages", u"Messages", u"internet-chat"},
-    {505, u"org.example.Terminal", u"Terminal", u"utilities-terminal"},
-    {506, u"org.example.Editor", u"Text Editor", u"accessories-text-editor"},
-    {507, u"org.example.Calendar", u"Calendar", u"office-calendar"},
-    {508, u"org.example.Music", u"Music", u"multimedia-audio-player"},
-    {509, u"org.example.Videos", u"Videos", u"multimedia-video-player"},
-    {510, u"org.example.Photos", u"Photos", u"image-x-generic"},
-    {511, u"org.example.Notes", u"Notes", u"accessories-dictionary"},
-    {512, u"org.example.Monitor", u"System Monitor", u"utilities-system-monitor"},
-    {513, u"org.example.Boxes", u"Boxes", u"computer"},
+    {501, u"org.example.Files", u"Files", u"files"},
+    {502, u"org.example.Browser", u"Web Browser", u"browser"},
+    {503, u"org.example.Mail", u"Mail", u"mail"},
+    {504, u"org.example.Messages", u"Messages", u"messages"},
+    {505, u"org.example.Terminal", u"Terminal", u"terminal"},
+    {506, u"org.example.Editor", u"Text Editor", u"editor"},
+    {507, u"org.example.Calendar", u"Calendar", u"calendar"},
+    {508, u"org.example.Music", u"Music", u"music"},
+    {509, u"org.example.Videos", u"Videos", u"videos"},
+    {510, u"org.example.Photos", u"Photos", u"photos"},
+    {511, u"org.example.Notes", u"Notes", u"notes"},
+    {512, u"org.example.Monitor", u"System Monitor", u"monitor"},
+    {513, u"org.example.Boxes", u"Boxes", nullptr},
 };
 
 QString text(const char16_t *literal) { return QString::fromUtf16(literal); }
@@ -57,12 +57,15 @@ void addDisplays(SimulatedDesktop &desktop)
                         .currentSpace = 5});
 }
 
-SimApplication running(const DemoApplication &demo)
+SimApplication running(const DemoApplication &demo, const QString &iconFolder)
 {
+    std::optional<NSImage> icon;
+    if (demo.icon)
+        icon = NSImage{iconFolder + QStringLiteral("/%1.svg").arg(text(demo.icon))};
     return {.pid = demo.pid,
             .bundleIdentifier = text(demo.identifier),
             .name = text(demo.name),
-            .icon = NSImage{text(demo.icon)},
+            .icon = icon,
             .launchDate = QDateTime::fromSecsSinceEpoch(1700000000 + demo.pid, Qt::UTC),
             .activationDelay = 0.3};
 }
@@ -76,11 +79,11 @@ SimInstalledApplication installed(const SimApplication &application)
             .application = application};
 }
 
-void addApplications(SimulatedDesktop &desktop)
+void addApplications(SimulatedDesktop &desktop, const QString &iconFolder)
 {
     for (const DemoApplication &demo : applications) {
-        desktop.addApplication(running(demo));
-        auto copy = running(demo);
+        desktop.addApplication(running(demo, iconFolder));
+        auto copy = running(demo, iconFolder);
         copy.pid = 0; // takes a free one when it starts again
         desktop.world().installed.append(installed(copy));
     }
@@ -90,17 +93,18 @@ void addApplications(SimulatedDesktop &desktop)
     SimApplication second = desktop.application(505);
     second.pid = 605;
     desktop.addApplication(second);
-    SimApplication agent = running({606, u"org.example.Clipboard", u"Clipboard", u"edit-paste"});
+    SimApplication agent
+        = running({606, u"org.example.Clipboard", u"Clipboard", u"clipboard"}, iconFolder);
     agent.policy = NSApplicationActivationPolicy::Accessory;
     desktop.addApplication(agent);
     auto calculator = installed(
-        running({0, u"org.example.Calculator", u"Calculator", u"accessories-calculator"}));
+        running({0, u"org.example.Calculator", u"Calculator", u"calculator"}, iconFolder));
     calculator.windows = {{.title = QStringLiteral("Calculator"),
                            .spaces = {1},
                            .frame = QRectF(700, 400, 320, 420),
                            .moveDelay = 0.2}};
     desktop.world().installed.append(calculator);
-    auto maps = installed(running({0, u"org.example.Maps", u"Maps", u"applications-internet"}));
+    auto maps = installed(running({0, u"org.example.Maps", u"Maps", u"maps"}, iconFolder));
     maps.launchFailure = QStringLiteral("The application is damaged.");
     desktop.world().installed.append(maps);
 }
@@ -177,11 +181,11 @@ void addOtherWindows(SimulatedDesktop &desktop)
 
 } // namespace
 
-void populateDemo(SimulatedDesktop &desktop)
+void populateDemo(SimulatedDesktop &desktop, const QString &iconFolder)
 {
     desktop.setRecording(false);
     addDisplays(desktop);
-    addApplications(desktop);
+    addApplications(desktop, iconFolder);
     addMovableWindows(desktop);
     addOtherWindows(desktop);
     desktop.world().cursor = QPointF(960, 600);

@@ -5,6 +5,7 @@
 #include "platform/simulated/simulated_accessibility.h"
 #include "platform/simulated/simulated_hot_keys.h"
 #include "platform/simulated/simulated_loader.h"
+#include "platform/simulated/simulated_own_windows.h"
 #include "platform/simulated/simulated_quartz.h"
 #include "platform/simulated/simulated_state.h"
 #include "platform/simulated/simulated_workspace.h"
@@ -18,7 +19,10 @@ public:
         : m_state(state)
     { }
 
-    bool hasVisibleWindow() const override { return m_state.world.visibleWindow; }
+    bool hasVisibleWindow() const override
+    {
+        return m_state.world.visibleWindow && m_state.world.visibleWindow();
+    }
 
 private:
     const SimulatedState &m_state;
@@ -36,6 +40,7 @@ public:
         , m_workspace(state)
         , m_hotKeys(state)
         , m_application(state)
+        , m_ownWindows(state)
     { }
 
     DynamicLoader &loader() override { return m_loader; }
@@ -46,6 +51,7 @@ public:
     Clock &clock() override { return m_state.clock; }
     HotKeys &hotKeys() override { return m_hotKeys; }
     Application &application() override { return m_application; }
+    OwnWindows &ownWindows() override { return m_ownWindows; }
 
 private:
     SimulatedState &m_state;
@@ -55,6 +61,7 @@ private:
     SimulatedWorkspace m_workspace;
     SimulatedHotKeys m_hotKeys;
     SimulatedApplication m_application;
+    SimulatedOwnWindows m_ownWindows;
 };
 
 } // namespace tovel

@@ -12,6 +12,7 @@
 
 #include <cstdint>
 #include <list>
+#include <functional>
 #include <optional>
 
 namespace tovel {
@@ -116,7 +117,7 @@ struct SimWorld
     std::list<SimWindow> windows{}; // front to back
     QList<SimInstalledApplication> installed{};
     QString mainBundleIdentifier = QStringLiteral("org.tovel.Tovel");
-    bool visibleWindow = false; // Application::hasVisibleWindow
+    std::function<bool()> visibleWindow{}; // Application::hasVisibleWindow; false without one
     bool trusted = true;
     QPointF cursor{};
 
