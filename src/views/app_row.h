@@ -1,0 +1,28 @@
+#pragma once
+
+#include "model/running_app.h"
+#include "views/components/painted_button.h"
+
+namespace tovel {
+
+// One application that can join the flock: its icon, its name, and a plus.
+class AppRow final : public PaintedButton
+{
+    Q_OBJECT
+
+public:
+    explicit AppRow(QWidget *parent = nullptr);
+
+    const RunningApp &app() const { return m_app; }
+    void setApp(const RunningApp &app);
+
+    QSize sizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    RunningApp m_app;
+};
+
+} // namespace tovel

@@ -1,0 +1,104 @@
+#include "views/components/accessible_surface.h"
+
+#include "views/components/painted_button.h"
+
+#include <QAccessibleWidget>
+
+namespace tovel {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+class AccessibleSurface final : public QAccessibleWidget
+{
+public:
+    explicit AccessibleSurface(PaintedButton *button)
+        : QAccessibleWidget(button, QAccessible::Button)
+        , m_button(button)
+    { }
+
+    QString text(QAccessible::Text kind) const override
+    {
+        if (kind == QAccessible::Name && m_button->accessibleName().isEmpty())
+            return m_button->text();
+        if (kind == QAccessible::Value)
+            return m_button->accessibleValue();
+        // What is read of a button besides its name is the description alone.
+        if (kind == QAccessible::Description && m_button->accessibleDescription().isEmpty()
+            && !m_button->accessibleValue().isEmpty())
+            return m_button->accessibleValue();
+        return QAccessibleWidget::text(kind);
+    }
+
+    QAccessible::State state() const override
+    {
+        QAccessible::State state = QAccessibleWidget::state();
+        state.disabled = !m_button->isActionable();
+        state.pressed = m_button->isDown();
+        state.selectable = m_button->isAccessibleSelectable();
+        state.selected = m_button->isAccessibleSelected();
+        return state;
+    }
+
+    QStringList actionNames() const override
+    {
+        QStringList names;
+        if (m_button->isActionable())
+            names.append(pressAction());
+        return names + QAccessibleWidget::actionNames();
+    }
+
+    void doAction(const QString &name) override
+    {
+        if (name != pressAction())
+            QAccessibleWidget::doAction(name);
+        else if (m_button->isActionable())
+            m_button->animateClick();
+    }
+
+private:
+    PaintedButton *m_button;
+};
+
+// Stays in the tree, as every widget does, but is not shown there.
+class AccessibleOrnament final : public QAccessibleWidget
+{
+public:
+    explicit AccessibleOrnament(QWidget *widget)
+        : QAccessibleWidget(widget, QAccessible::Graphic)
+    { }
+
+    QAccessible::State state() const override
+    {
+        QAccessible::State state = QAccessibleWidget::state();
+        state.invisible = true;
+        return state;
+    }
+};
+
+QAccessibleInterface *makeInterface(const QString &key, QObject *object)
+{
+    if (!object || !object->isWidgetType())
+        return nullptr;
+    auto *widget = static_cast<QWidget *>(object);
+    if (key == "tovel::PaintedButton"_L1)
+        return new AccessibleSurface(static_cast<PaintedButton *>(widget));
+    if (key == "tovel::AppIcon"_L1)
+        return new AccessibleOrnament(widget);
+    if (key == "tovel::ChosenAppCard"_L1)
+        return new QAccessibleWidget(widget, QAccessible::Grouping);
+    if (key == "tovel::Popover"_L1)
+        return new QAccessibleWidget(widget, QAccessible::Dialog);
+    return nullptr;
+}
+
+} // namespace
+
+void installAccessibleSurfaces()
+{
+    [[maybe_unused]] static const bool installed
+        = (QAccessible::installFactory(makeInterface), true);
+}
+
+} // namespace tovel

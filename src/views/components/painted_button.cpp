@@ -1,0 +1,104 @@
+#include "views/components/painted_button.h"
+
+#include "views/components/accessible_surface.h"
+#include "views/components/pointing_cursor.h"
+
+#include <QAccessible>
+#include <QKeyEvent>
+
+namespace tovel {
+
+PaintedButton::PaintedButton(QWidget *parent)
+    : QAbstractButton(parent)
+    , m_cursor(pointingCursor(this))
+{
+    installAccessibleSurfaces();
+    setFocusPolicy(Qt::StrongFocus);
+}
+
+void PaintedButton::setActionable(bool actionable)
+{
+    if (actionable == m_actionable)
+        return;
+    m_actionable = actionable;
+    if (!actionable)
+        setDown(false);
+    m_cursor->setEnabled(actionable);
+    tellActionable();
+    update();
+}
+
+void PaintedButton::setAccessibleValue(const QString &value)
+{
+    if (value == m_value)
+        return;
+    m_value = value;
+    QAccessibleValueChangeEvent valueChange(this, value);
+    QAccessible::updateAccessibility(&valueChange);
+    QAccessibleEvent descriptionChange(this, QAccessible::DescriptionChanged);
+    QAccessible::updateAccessibility(&descriptionChange);
+}
+
+void PaintedButton::setAccessibleSelected(bool selected)
+{
+    m_selectable = true;
+    if (selected == m_selected)
+        return;
+    m_selected = selected;
+    QAccessible::State changed;
+    changed.selected = true;
+    QAccessibleStateChangeEvent change(this, changed);
+    QAccessible::updateAccessibility(&change);
+}
+
+void PaintedButton::changeEvent(QEvent *event)
+{
+    QAbstractButton::changeEvent(event);
+    if (event->type() == QEvent::EnabledChange && m_actionable)
+        tellActionable();
+}
+
+void PaintedButton::focusInEvent(QFocusEvent *event)
+{
+    // A window or a menu that gives the focus back leaves the mark as it was.
+    if (event->reason() != Qt::ActiveWindowFocusReason && event->reason() != Qt::PopupFocusReason
+        && event->reason() != Qt::MenuBarFocusReason)
+        m_keyboardFocus = event->reason() != Qt::MouseFocusReason;
+    QAbstractButton::focusInEvent(event);
+}
+
+void PaintedButton::keyPressEvent(QKeyEvent *event)
+{
+    if (!m_keyboardFocus) {
+        m_keyboardFocus = true;
+        update();
+    }
+    const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    const bool presses = enter || event->key() == Qt::Key_Space || event->key() == Qt::Key_Select;
+    if (presses && !isActionable()) {
+        event->accept();
+        return;
+    }
+    if (enter && !event->isAutoRepeat())
+        click();
+    else if (!enter)
+        QAbstractButton::keyPressEvent(event);
+}
+
+void PaintedButton::mousePressEvent(QMouseEvent *event)
+{
+    if (isActionable())
+        QAbstractButton::mousePressEvent(event);
+    else
+        event->ignore();
+}
+
+void PaintedButton::tellActionable()
+{
+    QAccessible::State changed;
+    changed.disabled = true;
+    QAccessibleStateChangeEvent change(this, changed);
+    QAccessible::updateAccessibility(&change);
+}
+
+} // namespace tovel

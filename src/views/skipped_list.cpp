@@ -1,0 +1,77 @@
+#include "views/skipped_list.h"
+
+#include "views/colored_label.h"
+#include "views/components/overlay_scroll_area.h"
+#include "views/text_style.h"
+#include "views/theme.h"
+
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace tovel {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int contentWidth = 320;
+constexpr int padding = 18;
+constexpr int spacing = 14;
+constexpr int lineSpacing = 4;
+constexpr int highestRow = 78;
+constexpr int highestList = 280;
+
+QColor textColor(const QPalette &palette)
+{
+    return palette.color(QPalette::Active, QPalette::WindowText);
+}
+
+ColoredLabel *makeLine(const QString &text, QFont::Weight weight, const ColoredLabel::Color &color)
+{
+    auto *line = new ColoredLabel(text, textFont(TextStyle::callout, weight), color);
+    line->setWordWrap(true);
+    return line;
+}
+
+} // namespace
+
+SkippedList::SkippedList(QWidget *parent)
+    : QWidget(parent)
+    , m_area(new OverlayScrollArea)
+{
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(padding, padding, padding, padding);
+    layout->setSpacing(spacing);
+    layout->addWidget(
+        new ColoredLabel(u"Windows not moving"_s, textFont(TextStyle::headline), textColor));
+    layout->addWidget(m_area);
+    setFixedWidth(contentWidth);
+}
+
+void SkippedList::setWindows(const QList<TravelWindow> &windows)
+{
+    if (m_rows && m_windows == windows)
+        return;
+    m_windows = windows;
+
+    m_rows = new QWidget;
+    auto *rows = new QVBoxLayout(m_rows);
+    rows->setContentsMargins(0, 0, 0, 0);
+    rows->setSpacing(spacing);
+    for (const TravelWindow &window : windows) {
+        auto *row = new QVBoxLayout;
+        row->setSpacing(lineSpacing);
+        row->addWidget(makeLine(window.appName, QFont::DemiBold, textColor));
+        row->addWidget(makeLine(window.skipReason.value_or(QString()), QFont::Normal, secondary));
+        rows->addLayout(row);
+    }
+    rows->addStretch(1);
+    m_area->setWidget(m_rows);
+
+    const int highest
+        = static_cast<int>(std::min<qsizetype>(highestRow * windows.size(), highestList));
+    m_area->setFixedHeight(std::min(highest, rows->heightForWidth(contentWidth - 2 * padding)));
+}
+
+} // namespace tovel

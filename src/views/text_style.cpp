@@ -1,0 +1,53 @@
+#include "views/text_style.h"
+
+#include <QFontInfo>
+#include <QGuiApplication>
+
+#include <algorithm>
+
+namespace tovel {
+
+namespace {
+
+constexpr int smallestBody = 13;
+
+// How far below the body each style is, in 13ths of the body's size.
+int stepsBelowBody(TextStyle style)
+{
+    switch (style) {
+    case TextStyle::body:
+    case TextStyle::headline:
+        return 0;
+    case TextStyle::callout:
+        return 1;
+    case TextStyle::caption:
+        return 1;
+    case TextStyle::caption2:
+        return 2;
+    }
+    Q_UNREACHABLE();
+}
+
+} // namespace
+
+QFont textFont(TextStyle style, QFont::Weight weight)
+{
+    const int body = std::max(smallestBody, QFontInfo(QGuiApplication::font()).pixelSize());
+    return systemFont(qRound(body * (smallestBody - stepsBelowBody(style)) / double(smallestBody)),
+                      weight);
+}
+
+QFont textFont(TextStyle style)
+{
+    return textFont(style, style == TextStyle::headline ? QFont::Bold : QFont::Normal);
+}
+
+QFont systemFont(int pixelSize, QFont::Weight weight)
+{
+    QFont font = QGuiApplication::font();
+    font.setPixelSize(pixelSize);
+    font.setWeight(weight);
+    return font;
+}
+
+} // namespace tovel

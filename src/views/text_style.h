@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QFont>
+
+namespace tovel {
+
+// The sizes of text, from the session's own font: body is that font, but never under 13 pixels.
+enum class TextStyle { body, headline, callout, caption, caption2 };
+
+// Headline is bold unless another weight is asked for.
+QFont textFont(TextStyle style, QFont::Weight weight);
+QFont textFont(TextStyle style);
+
+// The session's font at a fixed size, in device-independent pixels.
+QFont systemFont(int pixelSize, QFont::Weight weight = QFont::Normal);
+
+} // namespace tovel

@@ -1,0 +1,182 @@
+#include "views/tovel_status_view.h"
+
+#include "model/tovel_model.h"
+#include "views/busy_indicator.h"
+#include "views/colored_label.h"
+#include "views/components/overlay_scroll_area.h"
+#include "views/components/plain_button.h"
+#include "views/components/popover.h"
+#include "views/components/symbol.h"
+#include "views/mirrored.h"
+#include "views/model_watch.h"
+#include "views/skipped_list.h"
+#include "views/status_values.h"
+#include "views/text_style.h"
+#include "views/theme.h"
+
+#include <QHBoxLayout>
+#include <QPainter>
+
+#include <algorithm>
+
+namespace tovel {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int sideMargin = 24;
+constexpr int verticalMargin = 12;
+constexpr int spacing = 8;
+constexpr int lowestStrip = 42;
+constexpr int highestText = 160; // a longer text scrolls
+constexpr int indicatorSize = 14;
+constexpr double dotSize = 6;
+constexpr int infoSize = 14;
+constexpr int widestSkippedLabel = 360;
+constexpr double separatorHeight = 1;
+const QColor together = QColor::fromRgbF(0.4F, 0.64F, 0.47F);
+
+} // namespace
+
+TovelStatusView::TovelStatusView(TovelModel &model, QWidget *parent)
+    : QWidget(parent)
+    , m_model(model)
+    , m_watch(new ModelWatch(
+          model, [this] { redraw(); }, this))
+    , m_busy(new BusyIndicator(this))
+    , m_text(new ColoredLabel({}, textFont(TextStyle::caption),
+                              [this](const QPalette &palette) { return textColor(palette); }))
+    , m_textArea(new OverlayScrollArea)
+    , m_together(new ColoredLabel(
+          u"All together now."_s, textFont(TextStyle::caption2),
+          [](const QPalette &palette) { return withOpacity(TovelTheme::accent(palette), 0.45); }))
+    , m_skipped(new PlainButton)
+    , m_skippedList(new SkippedList)
+    , m_popover(new Popover(m_skipped))
+{
+    m_text->setWordWrap(true);
+    m_text->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    m_text->setAlignment(Qt::AlignLeading | Qt::AlignVCenter);
+    m_textArea->setWidget(m_text);
+
+    m_skipped->setSymbol(u"info.circle"_s, infoSize);
+    m_skipped->setFont(textFont(TextStyle::caption));
+    m_skipped->setColor(
+        [](const QPalette &palette) { return withOpacity(TovelTheme::accent(palette), 0.7); });
+    m_skipped->setElideMode(Qt::ElideMiddle);
+    m_skipped->setMaximumWidth(widestSkippedLabel);
+    m_skipped->setToolTip(u"Show which windows won’t move and why"_s);
+    m_popover->setContent(m_skippedList);
+    m_popover->setArrow(Popover::TopArrow);
+    connect(m_skipped, &PlainButton::clicked, this, &TovelStatusView::toggleSkipped);
+    connect(m_popover, &Popover::closed, this, [this] { m_showingSkipped = false; });
+
+    auto *layout = new QHBoxLayout(this);
+    layout->setContentsMargins(sideMargin, verticalMargin, sideMargin, verticalMargin);
+    layout->setSpacing(spacing);
+    layout->addSpacing(indicatorSize);
+    layout->addWidget(m_textArea, 1);
+    layout->addWidget(m_together);
+    layout->addWidget(m_skipped);
+    redraw();
+}
+
+void TovelStatusView::redraw()
+{
+    const std::optional<QString> warning = statusWarning(m_model);
+    const bool flockIsTogether = flockDesktop(m_model).has_value();
+    m_indicator = m_model.busy() ? Indicator::Busy
+        : warning                ? Indicator::Warning
+        : flockIsTogether        ? Indicator::Together
+                                 : Indicator::Apart;
+    m_busy->setVisible(m_indicator == Indicator::Busy);
+    m_text->setText(statusText(m_model));
+    m_text->updateColor();
+
+    const QList<TravelWindow> skipped = skippedWindows(m_model);
+    m_skipped->setText(skippedLabel(skipped));
+    m_skipped->setVisible(!skipped.isEmpty());
+    m_together->setVisible(skipped.isEmpty() && flockIsTogether);
+    if (m_showingSkipped)
+        m_skippedList->setWindows(skipped);
+    fitHeight();
+    update();
+}
+
+void TovelStatusView::toggleSkipped()
+{
+    m_showingSkipped = !m_showingSkipped;
+    if (m_showingSkipped) {
+        m_skippedList->setWindows(skippedWindows(m_model));
+        m_popover->open();
+    } else {
+        m_popover->close();
+    }
+}
+
+int TovelStatusView::textWidth() const
+{
+    int result = width() - 2 * sideMargin - indicatorSize - spacing;
+    for (const QWidget *item :
+         {static_cast<QWidget *>(m_together), static_cast<QWidget *>(m_skipped)}) {
+        if (!item->isHidden())
+            result -= spacing + std::min(item->sizeHint().width(), item->maximumWidth());
+    }
+    return std::max(result, 1);
+}
+
+void TovelStatusView::fitHeight()
+{
+    const int text = std::min(highestText, m_text->heightForWidth(textWidth()));
+    m_textArea->setFixedHeight(std::max(lowestStrip - 2 * verticalMargin, text));
+    setFixedHeight(m_textArea->height() + 2 * verticalMargin);
+    m_busy->move((indicatorBox().center() - QRectF(m_busy->rect()).center()).toPoint());
+}
+
+void TovelStatusView::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    fitHeight();
+}
+
+void TovelStatusView::paintEvent(QPaintEvent *)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.fillRect(rect(), TovelTheme::chrome(palette()));
+    painter.fillRect(QRectF(0, 0, width(), separatorHeight), TovelTheme::separator(palette()));
+
+    const QRectF box = indicatorBox();
+    switch (m_indicator) {
+    case Indicator::Busy:
+        break;
+    case Indicator::Warning:
+        paintSymbol(painter, u"exclamationmark.circle"_s, box, systemOrange(palette()));
+        break;
+    case Indicator::Together:
+    case Indicator::Apart:
+        QRectF dot(0, 0, dotSize, dotSize);
+        dot.moveCenter(box.center());
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(m_indicator == Indicator::Together
+                             ? together
+                             : withOpacity(TovelTheme::accent(palette()), 0.45));
+        painter.drawEllipse(dot);
+        break;
+    }
+}
+
+QColor TovelStatusView::textColor(const QPalette &palette) const
+{
+    return m_indicator == Indicator::Warning ? systemOrange(palette)
+                                             : withOpacity(TovelTheme::accent(palette), 0.65);
+}
+
+QRectF TovelStatusView::indicatorBox() const
+{
+    return mirrored(
+        QRectF(sideMargin, (height() - indicatorSize) / 2.0, indicatorSize, indicatorSize), *this);
+}
+
+} // namespace tovel

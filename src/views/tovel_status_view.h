@@ -1,0 +1,60 @@
+#pragma once
+
+#include "model/travel_window.h"
+
+#include <QList>
+#include <QWidget>
+
+class QBoxLayout;
+
+namespace tovel {
+
+class BusyIndicator;
+class ColoredLabel;
+class ModelWatch;
+class OverlayScrollArea;
+class PlainButton;
+class Popover;
+class SkippedList;
+class TovelModel;
+
+// The strip at the bottom of the panel: what state the flock is in, and which windows cannot move.
+class TovelStatusView final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    // Borrows the model.
+    explicit TovelStatusView(TovelModel &model, QWidget *parent = nullptr);
+
+    bool isShowingSkipped() const { return m_showingSkipped; }
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+
+private:
+    // What stands before the text.
+    enum class Indicator { Busy, Warning, Together, Apart };
+
+    void redraw();
+    void toggleSkipped();
+    void fitHeight();
+    int textWidth() const;
+    QColor textColor(const QPalette &palette) const;
+    QRectF indicatorBox() const;
+
+    TovelModel &m_model;
+    ModelWatch *m_watch;
+    Indicator m_indicator = Indicator::Apart;
+    bool m_showingSkipped = false;
+    BusyIndicator *m_busy;
+    ColoredLabel *m_text;
+    OverlayScrollArea *m_textArea;
+    ColoredLabel *m_together;
+    PlainButton *m_skipped;
+    SkippedList *m_skippedList;
+    Popover *m_popover;
+};
+
+} // namespace tovel

@@ -1,0 +1,69 @@
+#include "views/tovel_title_view.h"
+
+#include "model/tovel_model.h"
+#include "views/icon_images.h"
+#include "views/mirrored.h"
+#include "views/model_watch.h"
+#include "views/text_style.h"
+#include "views/theme.h"
+
+#include <QFontMetrics>
+#include <QPainter>
+
+namespace tovel {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr QSize frame(132, 32);
+constexpr int imageSize = 23;
+constexpr int spacing = 7;
+constexpr int textSize = 16;
+
+} // namespace
+
+TovelTitleView::TovelTitleView(TovelModel &model, QWidget *parent)
+    : QWidget(parent)
+    , m_model(model)
+    , m_watch(new ModelWatch(
+          model, [this] { redraw(); }, this))
+{
+    setFixedSize(frame);
+    setAccessibleName(u"Tovel"_s);
+    redraw();
+}
+
+void TovelTitleView::redraw()
+{
+    if (m_style == m_model.iconStyle())
+        return;
+    m_style = m_model.iconStyle();
+    m_image = image(*m_style).value_or(QImage());
+    update();
+}
+
+void TovelTitleView::paintEvent(QPaintEvent *)
+{
+    const QString title = u"Tovel"_s;
+    const QFont font = systemFont(textSize, QFont::DemiBold);
+    const int imageWidth = m_image.isNull() ? 0 : imageSize + spacing;
+    const double textWidth = QFontMetricsF(font).horizontalAdvance(title);
+    const double left = (width() - imageWidth - textWidth) / 2;
+
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    if (!m_image.isNull()) {
+        const QRectF box(left, (height() - imageSize) / 2.0, imageSize, imageSize);
+        const double ratio = devicePixelRatioF();
+        QImage scaled = m_image.scaled((box.size() * ratio).toSize(), Qt::KeepAspectRatio,
+                                       Qt::SmoothTransformation);
+        painter.drawImage(mirrored(box, *this), scaled);
+    }
+    painter.setFont(font);
+    painter.setPen(TovelTheme::accent(palette()));
+    painter.drawText(mirrored(QRectF(left + imageWidth, 0, textWidth + 1, height()), *this),
+                     Qt::AlignVCenter | Qt::AlignAbsolute | Qt::AlignLeft, title);
+}
+
+} // namespace tovel

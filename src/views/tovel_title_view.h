@@ -1,0 +1,36 @@
+#pragma once
+
+#include "settings/icon_style.h"
+
+#include <QImage>
+#include <QWidget>
+
+#include <optional>
+
+namespace tovel {
+
+class ModelWatch;
+class TovelModel;
+
+// The product's mark in the toolbar: the icon in the chosen style, and the name.
+class TovelTitleView final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    // Borrows the model.
+    explicit TovelTitleView(TovelModel &model, QWidget *parent = nullptr);
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    void redraw();
+
+    TovelModel &m_model;
+    ModelWatch *m_watch;
+    std::optional<TovelIconStyle> m_style; // that the image belongs to
+    QImage m_image; // null when the style has none
+};
+
+} // namespace tovel

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "views/panel_values.h"
+
+#include <QPointer>
+#include <QWidget>
+
+#include <QCoroTask>
+
+namespace tovel {
+
+class AddPopoverContent;
+class DestinationSection;
+class FlockSection;
+class ModelWatch;
+class Popover;
+class RenameAlert;
+class TovelModel;
+class TovelStatusView;
+
+// The content of the panel: the flock, the displays and desktops, and the status strip. Holds
+// nothing but its interface state, reads the model and calls its operations.
+class TovelView final : public QWidget
+{
+    Q_OBJECT
+
+public:
+    // Borrows the model.
+    explicit TovelView(TovelModel &model, QWidget *parent = nullptr);
+
+    const PanelState &state() const { return m_state; }
+
+protected:
+    void changeEvent(QEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    void redraw();
+    void redrawAddPopover();
+    void toggleAdding();
+    void startRenaming(const Desktop &desktop);
+    void endRenaming(int result);
+
+    TovelModel &m_model;
+    PanelState m_state;
+    ModelWatch *m_watch;
+    FlockSection *m_flock;
+    DestinationSection *m_destination;
+    TovelStatusView *m_status;
+    AddPopoverContent *m_addContent;
+    Popover *m_addPopover;
+    QPointer<RenameAlert> m_alert;
+};
+
+} // namespace tovel
