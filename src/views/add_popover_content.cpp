@@ -24,6 +24,7 @@ constexpr int padding = 14;
 constexpr int spacing = 12;
 constexpr int rowSpacing = 3;
 constexpr int textPadding = 16;
+constexpr int scrollerRoom = 10; // of the padding, so that the scroller covers no row
 
 } // namespace
 
@@ -44,7 +45,7 @@ AddPopoverContent::AddPopoverContent(Actions actions, QWidget *parent)
 
     m_none->setAlignment(Qt::AlignCenter);
     m_none->setContentsMargins(textPadding, textPadding, textPadding, textPadding);
-    m_stack->setContentsMargins(0, 0, 0, 0);
+    m_stack->setContentsMargins(0, 0, scrollerRoom, 0);
     m_stack->setSpacing(rowSpacing);
     m_stack->addWidget(m_none);
     m_stack->addStretch(1);
@@ -53,9 +54,12 @@ AddPopoverContent::AddPopoverContent(Actions actions, QWidget *parent)
     area->setFixedHeight(listHeight);
 
     auto *layout = new QVBoxLayout(this);
-    layout->setContentsMargins(padding, padding, padding, padding);
+    layout->setContentsMargins(padding, padding, padding - scrollerRoom, padding);
     layout->setSpacing(spacing);
-    layout->addWidget(m_search);
+    auto *searchRow = new QHBoxLayout;
+    searchRow->setContentsMargins(0, 0, scrollerRoom, 0);
+    searchRow->addWidget(m_search);
+    layout->addLayout(searchRow);
     layout->addWidget(area);
     setFixedWidth(contentWidth);
     setFocusProxy(m_search);

@@ -1,5 +1,6 @@
 #include "views/busy_indicator.h"
 
+#include "views/components/accessible_surface.h"
 #include "views/theme.h"
 
 #include <QPainter>
@@ -19,6 +20,7 @@ constexpr int turnMilliseconds = 100;
 BusyIndicator::BusyIndicator(QWidget *parent)
     : QWidget(parent)
 {
+    setAccessibleRole(*this, QAccessible::ProgressBar);
     setFixedSize(wheelSize, wheelSize);
     setAccessibleName(u"In progress"_s);
 }

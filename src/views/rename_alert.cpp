@@ -1,6 +1,7 @@
 #include "views/rename_alert.h"
 
 #include "views/text_style.h"
+#include "views/tint.h"
 
 #include <QDialogButtonBox>
 #include <QLabel>
@@ -49,6 +50,7 @@ RenameAlert::RenameAlert(const QString &name, QWidget *parent)
     layout->addWidget(m_name);
     layout->addWidget(buttons);
     m_name->setFocus();
+    applyTint(*this);
 }
 
 QString RenameAlert::newName() const { return m_name->text(); }

@@ -18,6 +18,8 @@ namespace {
 constexpr int contentWidth = 320;
 constexpr int padding = 18;
 constexpr int spacing = 14;
+constexpr int ringRoom = 6; // of the padding, for the mark of the focus around the list
+constexpr int outerPadding = padding - ringRoom;
 constexpr int lineSpacing = 4;
 constexpr int highestRow = 78;
 constexpr int highestList = 280;
@@ -40,11 +42,14 @@ SkippedList::SkippedList(QWidget *parent)
     : QWidget(parent)
     , m_area(new OverlayScrollArea)
 {
+    m_area->setFocusPolicy(Qt::TabFocus); // it has nothing else that the keys could scroll
     auto *layout = new QVBoxLayout(this);
-    layout->setContentsMargins(padding, padding, padding, padding);
-    layout->setSpacing(spacing);
-    layout->addWidget(
-        new ColoredLabel(u"Windows not moving"_s, textFont(TextStyle::headline), textColor));
+    layout->setContentsMargins(outerPadding, padding, outerPadding, outerPadding);
+    layout->setSpacing(spacing - ringRoom);
+    auto *title
+        = new ColoredLabel(u"Windows not moving"_s, textFont(TextStyle::headline), textColor);
+    title->setContentsMargins(ringRoom, 0, ringRoom, 0);
+    layout->addWidget(title);
     layout->addWidget(m_area);
     setFixedWidth(contentWidth);
 }
@@ -57,7 +62,7 @@ void SkippedList::setWindows(const QList<TravelWindow> &windows)
 
     m_rows = new QWidget;
     auto *rows = new QVBoxLayout(m_rows);
-    rows->setContentsMargins(0, 0, 0, 0);
+    rows->setContentsMargins(ringRoom, ringRoom, ringRoom, ringRoom);
     rows->setSpacing(spacing);
     for (const TravelWindow &window : windows) {
         auto *row = new QVBoxLayout;
@@ -71,7 +76,8 @@ void SkippedList::setWindows(const QList<TravelWindow> &windows)
 
     const int highest
         = static_cast<int>(std::min<qsizetype>(highestRow * windows.size(), highestList));
-    m_area->setFixedHeight(std::min(highest, rows->heightForWidth(contentWidth - 2 * padding)));
+    m_area->setFixedHeight(
+        std::min(highest, rows->heightForWidth(contentWidth - 2 * outerPadding)));
 }
 
 } // namespace tovel

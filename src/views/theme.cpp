@@ -6,8 +6,8 @@ namespace tovel {
 
 bool isDark(const QPalette &palette)
 {
-    return palette.color(QPalette::Window).lightnessF()
-        < palette.color(QPalette::WindowText).lightnessF();
+    return palette.color(QPalette::Active, QPalette::Window).lightnessF()
+        < palette.color(QPalette::Active, QPalette::WindowText).lightnessF();
 }
 
 QColor TovelTheme::accent(const QPalette &palette)

@@ -7,6 +7,7 @@
 #include "views/icon_images.h"
 #include "views/model_watch.h"
 #include "views/theme.h"
+#include "views/tint.h"
 
 #include <QActionGroup>
 #include <QCoreApplication>
@@ -113,12 +114,15 @@ void TovelSettingsView::redraw()
     for (QAction *action : m_styles->actions())
         action->setChecked(action->data().toInt() == static_cast<int>(m_model.iconStyle()));
     m_checkForUpdates->setEnabled(m_updates.canCheck());
-    m_shortcut->setText(u"Keyboard Shortcut… ("_s + m_shortcuts.shortcut().label() + u')');
+    // Menus take an ampersand for the mark of a key.
+    m_shortcut->setText(u"Keyboard Shortcut… ("_s
+                        + m_shortcuts.shortcut().label().replace(u'&', u"&&"_s) + u')');
 }
 
 void TovelSettingsView::showMenu()
 {
     redraw();
+    applyTint(*m_menu);
     const QSize size = m_menu->sizeHint();
     const QPoint below = m_button->mapToGlobal(QPoint(0, m_button->height() + 2));
     const bool toTheRight = isRightToLeft();

@@ -3,6 +3,7 @@
 #include "model/tovel_model.h"
 #include "views/busy_indicator.h"
 #include "views/colored_label.h"
+#include "views/components/accessible_surface.h"
 #include "views/components/overlay_scroll_area.h"
 #include "views/components/plain_button.h"
 #include "views/components/popover.h"
@@ -55,6 +56,7 @@ TovelStatusView::TovelStatusView(TovelModel &model, QWidget *parent)
     , m_skippedList(new SkippedList)
     , m_popover(new Popover(m_skipped))
 {
+    setAccessibleRole(*this, QAccessible::Grouping);
     m_text->setWordWrap(true);
     m_text->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     m_text->setAlignment(Qt::AlignLeading | Qt::AlignVCenter);
@@ -75,7 +77,7 @@ TovelStatusView::TovelStatusView(TovelModel &model, QWidget *parent)
     auto *layout = new QHBoxLayout(this);
     layout->setContentsMargins(sideMargin, verticalMargin, sideMargin, verticalMargin);
     layout->setSpacing(spacing);
-    layout->addSpacing(indicatorSize);
+    layout->addSpacing(indicatorSize + spacing);
     layout->addWidget(m_textArea, 1);
     layout->addWidget(m_together);
     layout->addWidget(m_skipped);

@@ -1,6 +1,7 @@
 #include "views/tovel_title_view.h"
 
 #include "model/tovel_model.h"
+#include "views/components/accessible_surface.h"
 #include "views/icon_images.h"
 #include "views/mirrored.h"
 #include "views/model_watch.h"
@@ -29,6 +30,7 @@ TovelTitleView::TovelTitleView(TovelModel &model, QWidget *parent)
     , m_watch(new ModelWatch(
           model, [this] { redraw(); }, this))
 {
+    setAccessibleRole(*this, QAccessible::StaticText);
     setFixedSize(frame);
     setAccessibleName(u"Tovel"_s);
     redraw();

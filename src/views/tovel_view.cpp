@@ -25,6 +25,38 @@ constexpr QSize smallestSize(900, 440);
 constexpr int contentPadding = 24;
 constexpr int sectionSpacing = 20;
 constexpr int separatorHeight = 1;
+constexpr int lowestDestinations = 60;
+
+// As high as its content while there is room; scrolls when there is none.
+class DestinationArea final : public OverlayScrollArea
+{
+public:
+    explicit DestinationArea(QWidget *content)
+    {
+        setWidget(content);
+        setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
+        setMinimumHeight(lowestDestinations);
+    }
+
+    QSize sizeHint() const override
+    {
+        return {width(), widget()->layout()->totalHeightForWidth(width())};
+    }
+
+protected:
+    void resizeEvent(QResizeEvent *event) override
+    {
+        OverlayScrollArea::resizeEvent(event);
+        updateGeometry();
+    }
+
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (event->type() == QEvent::LayoutRequest)
+            updateGeometry();
+        return OverlayScrollArea::eventFilter(watched, event);
+    }
+};
 
 } // namespace
 
@@ -57,16 +89,11 @@ TovelView::TovelView(TovelModel &model, QWidget *parent)
     setMinimumSize(smallestSize);
     applyTint(*this);
 
-    // Takes the height of its content while there is room, and scrolls when there is none.
-    auto *destinationArea = new OverlayScrollArea;
-    destinationArea->setWidget(m_destination);
-    destinationArea->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
-
     auto *content = new QVBoxLayout;
     content->setContentsMargins(0, contentPadding, 0, contentPadding);
     content->setSpacing(sectionSpacing);
     content->addWidget(m_flock, 1);
-    content->addWidget(destinationArea);
+    content->addWidget(new DestinationArea(m_destination));
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, separatorHeight, 0, 0);
     layout->setSpacing(0);

@@ -10,6 +10,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr char roleProperty[] = "tovelAccessibleRole";
+
 class AccessibleSurface final : public QAccessibleWidget
 {
 public:
@@ -86,10 +88,9 @@ QAccessibleInterface *makeInterface(const QString &key, QObject *object)
         return new AccessibleSurface(static_cast<PaintedButton *>(widget));
     if (key == "tovel::AppIcon"_L1)
         return new AccessibleOrnament(widget);
-    if (key == "tovel::ChosenAppCard"_L1)
-        return new QAccessibleWidget(widget, QAccessible::Grouping);
-    if (key == "tovel::Popover"_L1)
-        return new QAccessibleWidget(widget, QAccessible::Dialog);
+    const QVariant role = widget->property(roleProperty);
+    if (role.isValid())
+        return new QAccessibleWidget(widget, static_cast<QAccessible::Role>(role.toInt()));
     return nullptr;
 }
 
@@ -99,6 +100,12 @@ void installAccessibleSurfaces()
 {
     [[maybe_unused]] static const bool installed
         = (QAccessible::installFactory(makeInterface), true);
+}
+
+void setAccessibleRole(QWidget &widget, QAccessible::Role role)
+{
+    installAccessibleSurfaces();
+    widget.setProperty(roleProperty, static_cast<int>(role));
 }
 
 } // namespace tovel

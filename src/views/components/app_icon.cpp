@@ -1,6 +1,7 @@
 #include "views/components/app_icon.h"
 
 #include "views/components/accessible_surface.h"
+#include "views/components/button_look.h"
 #include "views/components/device_pixels.h"
 #include "views/components/symbol.h"
 #include "views/theme.h"
@@ -139,6 +140,7 @@ void AppIcon::setIcon(const std::optional<NSImage> &icon)
 void AppIcon::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
+    painter.setOpacity(isEnabled() ? 1 : disabledOpacity);
     paintAppIcon(painter, m_icon, rect(), palette());
 }
 

@@ -9,6 +9,7 @@
 #include "views/text_style.h"
 #include "views/theme.h"
 
+#include <QApplication>
 #include <QContextMenuEvent>
 #include <QMenu>
 #include <QPainter>
@@ -57,7 +58,7 @@ ChosenAppCard::ChosenAppCard(const RunningApp &app, QWidget *parent)
     , m_reopenButton(new ReopenButton(this))
     , m_removeButton(new PlainButton(this))
 {
-    installAccessibleSurfaces();
+    setAccessibleRole(*this, QAccessible::Grouping);
     m_closed->setContent(u"App closed"_s);
     m_closed->setFont(textFont(TextStyle::caption));
     m_closed->setColor(secondary);
@@ -126,6 +127,9 @@ void ChosenAppCard::showApp()
 
 void ChosenAppCard::remove()
 {
+    // Removed by the keyboard, the card leaves the focus to what comes after it.
+    for (int stops = 2; stops > 0 && isAncestorOf(QApplication::focusWidget()); --stops)
+        focusNextChild();
     // A copy, as the card may go.
     if (const auto action = m_remove)
         action();

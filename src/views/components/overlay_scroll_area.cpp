@@ -44,6 +44,13 @@ void OverlayScrollArea::showFocused(QWidget *focused)
         ensureWidgetVisible(focused, 0, focusMargin);
 }
 
+void OverlayScrollArea::focusInEvent(QFocusEvent *event)
+{
+    m_keyboardFocus
+        = event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
+    QScrollArea::focusInEvent(event);
+}
+
 void OverlayScrollArea::keyPressEvent(QKeyEvent *event)
 {
     QScrollBar *bar = verticalScrollBar();
@@ -64,7 +71,7 @@ void OverlayScrollArea::resizeEvent(QResizeEvent *event)
 bool OverlayScrollArea::viewportEvent(QEvent *event)
 {
     const bool handled = QScrollArea::viewportEvent(event);
-    if (event->type() == QEvent::Paint && hasFocus()) {
+    if (event->type() == QEvent::Paint && hasFocus() && m_keyboardFocus) {
         QPainter painter(viewport());
         paintFocusRing(painter, palette(), viewport()->rect(), focusRadius);
     }

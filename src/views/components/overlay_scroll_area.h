@@ -15,13 +15,14 @@ class OverlayScrollArea : public QScrollArea
 
 public:
     // Takes no focus itself. One whose content has nothing to focus may be given it, so that the
-    // keys scroll.
+    // keys scroll; the keyboard's way to it is marked by a ring just inside the area.
     explicit OverlayScrollArea(QWidget *parent = nullptr);
 
     // Hides the method of the same name, which would fill the content's background.
     void setWidget(QWidget *widget);
 
 protected:
+    void focusInEvent(QFocusEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     bool viewportEvent(QEvent *event) override;
@@ -31,6 +32,7 @@ private:
     void showFocused(QWidget *focused);
 
     OverlayScroller *m_scroller;
+    bool m_keyboardFocus = false;
 };
 
 } // namespace tovel

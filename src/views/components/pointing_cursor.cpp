@@ -72,7 +72,7 @@ void PointingCursor::watchOthers(QObject *watched, QEvent *event)
     const auto *widget = static_cast<QWidget *>(watched);
     switch (event->type()) {
     case QEvent::Show:
-        if (widget->isWindow() && widget != m_control->window() && isCovered())
+        if (widget->windowType() == Qt::Popup && widget != m_control->window())
             setInside(false);
         break;
     case QEvent::WindowBlocked:

@@ -4,6 +4,7 @@
 #include "views/components/continuous_corners.h"
 #include "views/theme.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QBitmap>
 #include <QKeyEvent>
@@ -86,7 +87,7 @@ Popover::Popover(QWidget *anchor)
     : QWidget(anchor, Qt::Popup | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint)
     , m_anchor(anchor)
 {
-    installAccessibleSurfaces();
+    setAccessibleRole(*this, QAccessible::Dialog);
     setAttribute(Qt::WA_WindowPropagation);
     anchor->installEventFilter(this);
 }
@@ -108,6 +109,9 @@ void Popover::open()
     if (isOpen() || !m_content || !m_anchor->isVisible())
         return;
     m_focusBefore = QApplication::focusWidget();
+    const QString name = m_anchor->accessibleName();
+    const auto *button = qobject_cast<QAbstractButton *>(m_anchor);
+    setAccessibleName(name.isEmpty() && button ? button->text() : name);
     m_anchor->window()->installEventFilter(this);
     place();
     show();

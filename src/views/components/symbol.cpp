@@ -3,6 +3,7 @@
 #include "views/components/device_pixels.h"
 
 #include <QCache>
+#include <QFileInfo>
 #include <QImage>
 #include <QPainter>
 #include <QSvgRenderer>
@@ -34,6 +35,8 @@ size_t qHash(const Tinted &tinted, size_t seed = 0)
 
 QImage render(const Tinted &tinted)
 {
+    if (!QFileInfo(tinted.path).isFile())
+        return {};
     QSvgRenderer drawing(tinted.path);
     if (!drawing.isValid())
         return {};

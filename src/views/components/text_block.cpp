@@ -1,5 +1,7 @@
 #include "views/components/text_block.h"
 
+#include "views/components/button_look.h"
+
 #include <QFontMetricsF>
 #include <QPainter>
 #include <QStyle>
@@ -153,6 +155,7 @@ QSize TextLabel::minimumSizeHint() const
 void TextLabel::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
+    painter.setOpacity(isEnabled() ? 1 : disabledOpacity);
     const QColor color
         = m_color ? m_color(palette()) : palette().color(QPalette::Active, QPalette::WindowText);
     paintTextBlock(painter, contentsRect(), text(), font(), color, m_maxLines, alignment());
