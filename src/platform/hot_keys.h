@@ -32,7 +32,9 @@ struct EventHotKeyID
     std::uint32_t id = 0;
 };
 
-// Called on the main thread. The user data is what the handler was installed with.
+// Called on the main thread, from the event loop, once for each press however long it is held. The
+// user data is what the handler was installed with; the other two may be null. What returns noErr
+// has taken the press; otherwise the handler installed before it is asked.
 using EventHandlerUPP = OSStatus (*)(void *nextHandler, void *event, void *userData);
 
 struct EventHandlerInstallation
@@ -62,8 +64,10 @@ public:
         = 0;
 
     // Virtual key code and modifiers (command 0x100, shift 0x200, option 0x800, control 0x1000).
-    // eventHotKeyExistsErr when another program holds the combination, eventHotKeyInvalidErr when
-    // the session has no such key or no global keys at all.
+    // The key stays where it is on the keyboard, whatever the layout, and the locks (Caps Lock, Num
+    // Lock) do not matter. eventHotKeyExistsErr when another program holds the combination, or it
+    // is registered here already; eventHotKeyInvalidErr when the session has no such key or no
+    // global keys at all; paramErr for another target. Ends with the program at the latest.
     virtual HotKeyRegistration RegisterEventHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
                                                    EventHotKeyID id, EventTargetRef target,
                                                    std::uint32_t options)

@@ -9,6 +9,7 @@ class Application;
 class Clock;
 class DynamicLoader;
 class HotKeys;
+class OwnWindows;
 class Quartz;
 class UserDefaultsDomains;
 class Workspace;
@@ -28,6 +29,7 @@ public:
     virtual Clock &clock() = 0;
     virtual HotKeys &hotKeys() = 0;
     virtual Application &application() = 0;
+    virtual OwnWindows &ownWindows() = 0;
 };
 
 // The platform installed last. Asking while none is installed is a programming error.

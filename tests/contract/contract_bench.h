@@ -3,6 +3,7 @@
 #include "bridge/binding.h"
 #include "contract/contract_world.h"
 #include "platform/accessibility.h"
+#include "platform/hot_keys.h"
 #include "platform/platform.h"
 #include "platform/quartz.h"
 #include "platform/variants.h"
@@ -13,6 +14,8 @@
 namespace tovel {
 
 using namespace Qt::StringLiterals;
+
+constexpr std::uint32_t HotKeyModifiers = 0x1900; // control, option, command
 
 // A world, and short questions to its platform.
 class ContractBench
@@ -162,6 +165,13 @@ protected:
             event.flags = kCGEventFlagMaskControl | kCGEventFlagMaskSecondaryFn;
             quartz.CGEventPost(kCGHIDEventTap, event);
         }
+    }
+
+    HotKeyRegistration registerKey(std::uint32_t keyCode)
+    {
+        HotKeys &hotKeys = m_platform->hotKeys();
+        return hotKeys.RegisterEventHotKey(keyCode, HotKeyModifiers, {1, 2},
+                                           hotKeys.GetApplicationEventTarget(), 0);
     }
 
     // Takes the world's platform into use.

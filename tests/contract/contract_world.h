@@ -42,6 +42,14 @@ public:
     virtual void putOnAllDesktops(std::uint32_t window) = 0;
     virtual void showDesktop(int desktop) = 0;
 
+    // The keyboard, in key codes and modifiers of HotKeys. A press is held for so long.
+    virtual void press(std::uint32_t keyCode, std::uint32_t modifiers, double seconds = 0) = 0;
+    virtual void toggleLocks() = 0;
+    // The usual layout, or one with its letters and modifiers in other places.
+    virtual void changeKeyboard(bool usual) = 0;
+    // Another program takes a key for good; whether it got it. In one state of the locks alone.
+    virtual bool take(std::uint32_t keyCode, std::uint32_t modifiers, bool locked) = 0;
+
     // Lets time pass until the condition holds; false when it does not in good time.
     virtual bool eventually(const std::function<bool()> &condition) = 0;
     virtual void pass(double seconds) = 0;

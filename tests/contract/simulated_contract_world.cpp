@@ -73,6 +73,22 @@ public:
         m_desktop.showSpace(FirstSpace + std::uint64_t(desktop));
     }
 
+    void press(std::uint32_t keyCode, std::uint32_t modifiers, double) override
+    {
+        m_desktop.pressHotKey(keyCode, modifiers);
+    }
+    void toggleLocks() override { }
+    void changeKeyboard(bool) override { }
+    bool take(std::uint32_t keyCode, std::uint32_t modifiers, bool) override
+    {
+        for (const auto &registered : m_desktop.registeredHotKeys()) {
+            if (registered.keyCode == keyCode && registered.modifiers == modifiers)
+                return false;
+        }
+        m_desktop.takeHotKey(keyCode, modifiers);
+        return true;
+    }
+
     bool eventually(const std::function<bool()> &condition) override
     {
         return m_desktop.clock().runUntil(condition, Deadline);

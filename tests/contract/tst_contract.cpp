@@ -4,6 +4,7 @@
 #include "platform/clock.h"
 #include "platform/dynamic_loader.h"
 #include "platform/hot_keys.h"
+#include "platform/own_windows.h"
 #include "platform/platform.h"
 #include "platform/quartz.h"
 #include "platform/user_defaults.h"
@@ -24,6 +25,13 @@ namespace {
 constexpr std::uint32_t Tag = 0x746F766C;
 constexpr std::uint32_t NoWindow = 0x7FFFFFF0;
 constexpr std::int32_t NoProcess = 0x7FFFFFF0;
+
+// Virtual key codes.
+constexpr std::uint32_t KeyH = 4;
+constexpr std::uint32_t KeyY = 16;
+constexpr std::uint32_t KeyT = 17;
+constexpr std::uint32_t KeyJ = 38;
+constexpr EventTypeSpec HotKeyPressed[] = {{kEventClassKeyboard, kEventHotKeyPressed}};
 
 } // namespace
 
@@ -423,17 +431,107 @@ private Q_SLOTS:
     void hotKeyHandlesAreHeldToOnce()
     {
         HotKeys &hotKeys = m_platform->hotKeys();
-        QVERIFY(hotKeys.UnregisterEventHotKey(EventHotKeyRef{12345}) != noErr);
+        QCOMPARE(hotKeys.UnregisterEventHotKey(EventHotKeyRef{12345}), eventHotKeyInvalidErr);
         const auto target = hotKeys.GetApplicationEventTarget();
-        const auto first = hotKeys.RegisterEventHotKey(17, 0x1900, {1, 1}, target, 0);
-        if (first.status != noErr) {
-            QCOMPARE(first.status, eventHotKeyInvalidErr);
-            QVERIFY(first.hotKey == EventHotKeyRef{});
-            QSKIP("this session has no global keys");
-        }
-        QVERIFY(hotKeys.RegisterEventHotKey(17, 0x1900, {1, 2}, target, 0).status != noErr);
+        const auto first = hotKeys.RegisterEventHotKey(KeyT, HotKeyModifiers, {1, 1}, target, 0);
+        QCOMPARE(first.status, noErr);
+        QCOMPARE(registerKey(KeyT).status, eventHotKeyExistsErr);
         QCOMPARE(hotKeys.UnregisterEventHotKey(first.hotKey), noErr);
-        QVERIFY(hotKeys.UnregisterEventHotKey(first.hotKey) != noErr);
+        QCOMPARE(hotKeys.UnregisterEventHotKey(first.hotKey), eventHotKeyInvalidErr);
+        QCOMPARE(hotKeys.RegisterEventHotKey(KeyT, HotKeyModifiers, {}, EventTargetRef{}, 0).status,
+                 paramErr);
+        QCOMPARE(registerKey(0xFFFF).status, eventHotKeyInvalidErr);
+        QCOMPARE(hotKeys.InstallEventHandler(target, nullptr, HotKeyPressed, nullptr).status,
+                 paramErr);
+
+        // Whoever comes first has a key, in each state of the locks; a refusal leaves nothing.
+        for (const bool locked : {true, false}) {
+            QVERIFY(m_world->take(locked ? KeyH : KeyJ, HotKeyModifiers, locked));
+            const auto refused = registerKey(locked ? KeyH : KeyJ);
+            QCOMPARE(refused.status, eventHotKeyExistsErr);
+            QCOMPARE(refused.hotKey, EventHotKeyRef{});
+            QVERIFY(m_world->take(locked ? KeyH : KeyJ, HotKeyModifiers, !locked));
+        }
+        const auto again = registerKey(KeyT);
+        QCOMPARE(again.status, noErr);
+        for (const bool locked : {true, false})
+            QVERIFY(!m_world->take(KeyT, HotKeyModifiers, locked));
+        QCOMPARE(hotKeys.UnregisterEventHotKey(again.hotKey), noErr);
+    }
+
+    void aHotKeyIsToldOncePerPress()
+    {
+        HotKeys &hotKeys = m_platform->hotKeys();
+        const auto target = hotKeys.GetApplicationEventTarget();
+        static int presses = 0;
+        static int passedOn = 0;
+        const auto count = [](void *, void *, void *userData) -> OSStatus {
+            ++*static_cast<int *>(userData);
+            return userData == &passedOn ? eventNotHandledErr : noErr;
+        };
+        for (int *counter : {&presses, &passedOn}) {
+            QCOMPARE(hotKeys.InstallEventHandler(target, count, HotKeyPressed, counter).status,
+                     noErr);
+        }
+        const auto other = registerKey(KeyY);
+        const auto hotKey = registerKey(KeyT);
+        QCOMPARE(hotKey.status, noErr);
+        QCOMPARE(hotKeys.UnregisterEventHotKey(other.hotKey), noErr);
+        int expected = 0;
+        const auto isTold = [&](double seconds = 0) {
+            m_world->press(KeyT, HotKeyModifiers, seconds);
+            ++expected;
+            return m_world->eventually([&] { return presses >= expected; });
+        };
+        QVERIFY(isTold(1)); // long enough for the keyboard to repeat it
+        m_world->toggleLocks();
+        QVERIFY(isTold());
+        m_world->toggleLocks();
+        m_world->press(KeyY, HotKeyModifiers);
+        m_world->press(KeyT, HotKeyModifiers | 0x200);
+        m_world->press(KeyT, 0);
+        QVERIFY(isTold());
+        for (const bool usual : {false, true}) {
+            m_world->changeKeyboard(usual);
+            m_world->pass(0.2); // nobody says when the keys have followed
+            QVERIFY(isTold());
+        }
+        QCOMPARE(hotKeys.UnregisterEventHotKey(hotKey.hotKey), noErr);
+        m_world->press(KeyT, HotKeyModifiers);
+        m_world->pass(0.2);
+        QCOMPARE(presses, expected);
+        QCOMPARE(passedOn, expected);
+    }
+
+    void ownWindowsJoinAllSpacesAndComeToTheFront()
+    {
+        OwnWindows &own = m_platform->ownWindows();
+        const auto window = open({.application = u"alpha"_s});
+        const auto other = open({.application = u"alpha"_s});
+        m_world->showDesktop(1);
+        QVERIFY(m_world->eventually([&] { return shown() == m_row[1]; }));
+        constexpr auto Panel = NSWindowCollectionBehaviorCanJoinAllSpaces
+            | NSWindowCollectionBehaviorFullScreenAuxiliary;
+        for (int round = 0; round < 2; ++round) {
+            QVERIFY(own.setCollectionBehavior(window, Panel));
+            QVERIFY(m_world->eventually([&] { return spacesOf(window) == m_row; }));
+        }
+        QCOMPARE(spacesOf(other), Numbers{m_row[0]});
+        m_world->showDesktop(0);
+        QVERIFY(m_world->eventually([&] { return shown() == m_row[0]; }));
+        for (const auto front : {window, other}) {
+            QVERIFY(own.makeKeyAndOrderFront(front));
+            QVERIFY(m_world->eventually([&] { return frontToBack().value(0) == front; }));
+        }
+        QCOMPARE(spacesOf(window), m_row);
+        QVERIFY(own.setCollectionBehavior(window, NSWindowCollectionBehaviorDefault));
+        QVERIFY(arrives(window, m_row[0]));
+        QVERIFY(!own.setCollectionBehavior(NoWindow, Panel));
+        QVERIFY(!own.makeKeyAndOrderFront(NoWindow));
+
+        QVERIFY(own.setLevel(other, NSFloatingWindowLevel));
+        QVERIFY(own.setLevel(other, NSNormalWindowLevel));
+        QVERIFY(!own.setLevel(NoWindow, NSFloatingWindowLevel));
     }
 
     void launchingAnswersLater()

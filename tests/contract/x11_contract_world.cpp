@@ -1,14 +1,36 @@
 #include "contract/contract_world.h"
 #include "platform/linux/linux_desktop.h"
+#include "platform/linux/virtual_keys.h"
 #include "platform/linux/x11/x11_session.h"
 #include "support/private_session.h"
 #include "support/test_client.h"
 
 #include <QTest>
 
+#include <xcb/xproto.h>
+
 namespace tovel {
 
+using namespace Qt::StringLiterals;
+
 namespace {
+
+std::uint8_t keycode(std::uint32_t virtualKey)
+{
+    return static_cast<std::uint8_t>(positionOfVirtualKey(virtualKey).value() + 8);
+}
+
+struct ModifierKey
+{
+    std::uint32_t flag;
+    QString keycode;
+    std::uint16_t bit;
+};
+
+const ModifierKey ModifierKeys[] = {{0x100, u"133"_s, XCB_MOD_MASK_4},
+                                    {0x200, u"50"_s, XCB_MOD_MASK_SHIFT},
+                                    {0x800, u"64"_s, XCB_MOD_MASK_1},
+                                    {0x1000, u"37"_s, XCB_MOD_MASK_CONTROL}};
 
 class X11ContractWorld final : public ContractWorld
 {
@@ -59,6 +81,35 @@ public:
         m_client.showDesktop(static_cast<std::uint32_t>(desktop));
     }
 
+    void press(std::uint32_t keyCode, std::uint32_t modifiers, double seconds) override
+    {
+        QStringList keys;
+        for (const ModifierKey &modifier : ModifierKeys) {
+            if (modifiers & modifier.flag)
+                keys.append(modifier.keycode);
+        }
+        keys.append(QString::number(keycode(keyCode)));
+        type(u"keydown"_s, keys);
+        pass(seconds);
+        type(u"keyup"_s, keys);
+        pass(0.02); // a finger needs no less for its next press
+    }
+    void toggleLocks() override { type(u"key"_s, {u"Caps_Lock"_s, u"Num_Lock"_s}); }
+    void changeKeyboard(bool usual) override
+    {
+        m_session.run(u"setxkbmap"_s,
+                      {u"-layout"_s, u"us"_s, u"-variant"_s, usual ? QString() : u"dvorak"_s});
+        if (!usual)
+            m_client.swapModifiers(XCB_MAP_INDEX_3, XCB_MAP_INDEX_4);
+    }
+    bool take(std::uint32_t keyCode, std::uint32_t modifiers, bool locked) override
+    {
+        unsigned state = locked ? XCB_MOD_MASK_LOCK | XCB_MOD_MASK_2 : 0;
+        for (const ModifierKey &modifier : ModifierKeys)
+            state |= modifiers & modifier.flag ? modifier.bit : 0U;
+        return m_client.grabKey(keycode(keyCode), static_cast<std::uint16_t>(state));
+    }
+
     bool eventually(const std::function<bool()> &condition) override
     {
         return tovel::eventually(condition);
@@ -66,6 +117,11 @@ public:
     void pass(double seconds) override { QTest::qWait(qRound(seconds * 1000)); }
 
 private:
+    void type(const QString &action, const QStringList &keys)
+    {
+        m_session.run(u"xdotool"_s, QStringList{action, u"--delay"_s, u"0"_s} + keys);
+    }
+
     PrivateSession m_session;
     TestClient m_client;
     std::unique_ptr<LinuxDesktop> m_desktop;

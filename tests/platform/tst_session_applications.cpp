@@ -37,9 +37,14 @@ public:
         return true;
     }
     bool raiseWindow(std::uint32_t) override { return false; }
+    bool setOnAllWorkspaces(std::uint32_t, bool) override { return false; }
+    bool setAbove(std::uint32_t, bool) override { return false; }
     bool activationShowsWorkspace() override { return false; }
     std::optional<QPointF> cursorPosition() override { return std::nullopt; }
     void moveCursor(QPointF) override { }
+    KeyGrab grabKey(const SessionKey &) override { return KeyGrab::Impossible; }
+    void releaseKey(const SessionKey &) override { }
+    void setKeyHandler(std::function<void(const SessionKey &)>) override { }
     QStringList limits() override { return {}; }
     void setShownWorkspaceHandler(std::function<void()>) override { }
 

@@ -1,7 +1,10 @@
+#include "platform/linux/x11/key_grabs.h"
 #include "platform/linux/x11/manager_traits.h"
 #include "platform/linux/x11/properties.h"
 
 #include <QTest>
+
+#include <bit>
 
 using namespace tovel::x11;
 using namespace Qt::StringLiterals;
@@ -108,6 +111,44 @@ private Q_SLOTS:
         QCOMPARE(xfwmActivateAction(elsewhere), QString());
         QCOMPARE(xfwmActivateAction(found.first(found.size() / 3)), QString());
         QCOMPARE(xfwmActivateAction("</property>"), QString());
+    }
+
+    void modifiersAreFoundWhereTheKeyboardHasThem_data()
+    {
+        using Keysyms = std::vector<std::uint32_t>;
+        QTest::addColumn<Keysyms>("modifiers"); // Mod1 to Mod5, a key each
+        QTest::addColumn<int>("alt");
+        QTest::addColumn<int>("super");
+        QTest::addColumn<int>("locks");
+        constexpr std::uint32_t Scroll = 0xFF14, Num = 0xFF7F, Meta = 0xFFE7, Alt = 0xFFE9,
+                                Super = 0xFFEC;
+        QTest::newRow("usual") << Keysyms{Alt, Num, 0, Super, 0} << 0x08 << 0x40 << 0x12;
+        QTest::newRow("elsewhere") << Keysyms{Num, Super, Alt, 0, Scroll} << 0x20 << 0x10 << 0x8A;
+        QTest::newRow("Super before Meta") << Keysyms{Alt, Meta, Super} << 0x08 << 0x20 << 0x02;
+        QTest::newRow("Meta for Super") << Keysyms{Alt, Meta} << 0x08 << 0x10 << 0x02;
+        QTest::newRow("none") << Keysyms{} << 0 << 0 << 0x02;
+    }
+
+    void modifiersAreFoundWhereTheKeyboardHasThem()
+    {
+        QFETCH(std::vector<std::uint32_t>, modifiers);
+        QFETCH(int, alt);
+        QFETCH(int, super);
+        QFETCH(int, locks);
+        // The key of each modifier has its keysym in the second place.
+        Keyboard keyboard{8, 12, std::vector<std::uint32_t>(10), std::vector<std::uint8_t>(8)};
+        for (std::size_t i = 0; i < modifiers.size(); ++i) {
+            keyboard.keysyms[i * 2 + 1] = modifiers[i];
+            keyboard.modifierKeys[i + 3] = static_cast<std::uint8_t>(i + 8);
+        }
+        const ModifierBits bits = modifierBits(keyboard);
+        QCOMPARE(int(bits.alt), alt);
+        QCOMPARE(int(bits.super), super);
+        QCOMPARE(int(bits.locks), locks);
+        const bool isWhole = alt != 0 && super != 0;
+        QCOMPARE(statesOf({.alt = true, .super = true}, bits).size(),
+                 isWhole ? std::size_t(1) << std::popcount(bits.locks) : 0);
+        QCOMPARE(modifierBits({}), (ModifierBits{.locks = 2}));
     }
 };
 

@@ -70,6 +70,25 @@ struct SessionWindow
     bool operator==(const SessionWindow &) const = default;
 };
 
+// A key by where it is on the keyboard, whatever the layout, together with the modifier keys that
+// are down. Caps Lock and the like do not count.
+struct SessionKey
+{
+    std::uint32_t position = 0; // the kernel's code (linux/input-event-codes.h)
+    bool shift = false;
+    bool control = false;
+    bool alt = false;
+    bool super = false;
+
+    bool operator==(const SessionKey &) const = default;
+};
+
+enum class KeyGrab {
+    Granted,
+    Taken, // another program has the key
+    Impossible, // no such key or modifier, or no global keys in this session
+};
+
 // What one kind of session must be able to do. Reads answer from the present: a driver may keep a
 // picture of the session, but has to verify it on the first read after invalidate() and after
 // every request of its own. A session that is gone answers with nothing and refuses requests.
@@ -110,12 +129,31 @@ public:
     virtual bool activateWindow(std::uint32_t window) = 0;
     virtual bool raiseWindow(std::uint32_t window) = 0;
 
+    // The next two are for windows of this program that are shown, and hold until they are hidden.
+    // False for a window that the session does not have.
+
+    // Puts the window on every workspace, or on the shown one again.
+    virtual bool setOnAllWorkspaces(std::uint32_t window, bool on) = 0;
+
+    // Keeps the window above ordinary windows, or among them again.
+    virtual bool setAbove(std::uint32_t window, bool on) = 0;
+
     // Whether activating a window is known to show the workspace that it is on. False when in
     // doubt: where activation brings the window to the shown workspace, it would undo a move.
     virtual bool activationShowsWorkspace() = 0;
 
     virtual std::optional<QPointF> cursorPosition() = 0;
     virtual void moveCursor(QPointF position) = 0;
+
+    // Takes a key for this program, whichever window has the keyboard. A grabbed key stays where it
+    // is on the keyboard while layouts come and go. All or nothing: where one state of the locks is
+    // another program's, none is taken. Not for a key that is grabbed already.
+    virtual KeyGrab grabKey(const SessionKey &key) = 0;
+    // Nothing happens for a key that is not grabbed.
+    virtual void releaseKey(const SessionKey &key) = 0;
+    // Called on the main thread from the event loop, once for each time that a grabbed key is
+    // pressed, however long it is held.
+    virtual void setKeyHandler(std::function<void(const SessionKey &key)> handler) = 0;
 
     // What a user of this session has to know that it cannot do; a sentence each.
     virtual QStringList limits() = 0;

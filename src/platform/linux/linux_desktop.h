@@ -4,11 +4,12 @@
 #include "platform/linux/boottime_clock.h"
 #include "platform/linux/installed_applications.h"
 #include "platform/linux/linux_accessibility.h"
+#include "platform/linux/linux_hot_keys.h"
+#include "platform/linux/linux_own_windows.h"
 #include "platform/linux/linux_quartz.h"
 #include "platform/linux/linux_user_defaults.h"
 #include "platform/linux/linux_window_server.h"
 #include "platform/linux/linux_workspace.h"
-#include "platform/linux/no_hot_keys.h"
 #include "platform/linux/session_applications.h"
 #include "platform/platform.h"
 
@@ -36,6 +37,7 @@ public:
     Clock &clock() override { return m_clock; }
     HotKeys &hotKeys() override { return m_hotKeys; }
     Application &application() override { return *this; }
+    OwnWindows &ownWindows() override { return m_ownWindows; }
 
     bool hasSession() const { return m_session != nullptr; }
 
@@ -56,8 +58,9 @@ private:
     LinuxAccessibility m_accessibility;
     LinuxWindowServer m_windowServer;
     LinuxQuartz m_quartz;
+    LinuxOwnWindows m_ownWindows;
     LinuxUserDefaults m_userDefaults;
-    NoHotKeys m_hotKeys;
+    LinuxHotKeys m_hotKeys;
     LinuxWorkspace m_workspace;
     std::function<bool()> m_hasVisibleWindow;
 };

@@ -136,6 +136,8 @@ public:
     //   "warp 960 540"
     //   "prompt"  "settings"                   trust prompt shown, settings opened
     //   "open file:///apps/notes"
+    //   "collectionBehavior 101 101"           window, behaviour; refused requests too
+    //   "level 101 3"  "makeKeyAndOrderFront 101"   likewise
     //   "register 17 1900"  "unregister 17 1900"   hot keys, successful calls only
     QStringList takeJournal();
     // "dlopen PATH", "dlsym NAME", "class NAME", oldest first.

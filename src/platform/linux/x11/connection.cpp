@@ -28,6 +28,7 @@ constexpr const char *AtomNames[] = {
     "_NET_RESTACK_WINDOW",
     "_NET_WM_DESKTOP",
     "_NET_WM_STATE",
+    "_NET_WM_STATE_ABOVE",
     "_NET_WM_STATE_HIDDEN",
     "_NET_WM_STATE_FULLSCREEN",
     "_NET_WM_STATE_SKIP_TASKBAR",
@@ -357,9 +358,68 @@ std::vector<Event> Connection::takeEvents()
                    && (type == m_randrEvents + XCB_RANDR_SCREEN_CHANGE_NOTIFY
                        || type == m_randrEvents + XCB_RANDR_NOTIFY)) {
             events.push_back({Event::Kind::MonitorsChanged, m_root});
+        } else if (type == XCB_KEY_PRESS || type == XCB_KEY_RELEASE) {
+            // A release is laid out as a press.
+            const auto *event = reinterpret_cast<xcb_key_press_event_t *>(generic.get());
+            m_keyEvents.push_back(
+                {type == XCB_KEY_PRESS ? KeyEvent::Kind::Pressed : KeyEvent::Kind::Released,
+                 event->detail, event->state, event->time});
+        } else if (type == XCB_MAPPING_NOTIFY) {
+            m_keyEvents.push_back({KeyEvent::Kind::KeyboardChanged});
         }
     }
     return events;
+}
+
+Keyboard Connection::readKeyboard()
+{
+    const auto *setup = xcb_get_setup(m_connection);
+    if (!isAlive())
+        return {};
+    const auto count = static_cast<std::uint8_t>(setup->max_keycode - setup->min_keycode + 1);
+    const auto keysymsCookie = xcb_get_keyboard_mapping(m_connection, setup->min_keycode, count);
+    const auto modifiersCookie = xcb_get_modifier_mapping(m_connection);
+    countWait(modifiersCookie);
+    const auto keysyms
+        = owned(xcb_get_keyboard_mapping_reply(m_connection, keysymsCookie, nullptr));
+    const auto modifiers
+        = owned(xcb_get_modifier_mapping_reply(m_connection, modifiersCookie, nullptr));
+    if (!keysyms || !modifiers)
+        return {};
+    const auto *firstKeysym = xcb_get_keyboard_mapping_keysyms(keysyms.get());
+    const auto *firstKey = xcb_get_modifier_mapping_keycodes(modifiers.get());
+    return {setup->min_keycode,
+            setup->max_keycode,
+            {firstKeysym, firstKeysym + xcb_get_keyboard_mapping_keysyms_length(keysyms.get())},
+            {firstKey, firstKey + xcb_get_modifier_mapping_keycodes_length(modifiers.get())}};
+}
+
+KeyGrab Connection::grabKey(std::uint8_t keycode, std::span<const std::uint16_t> states)
+{
+    std::vector<xcb_void_cookie_t> cookies;
+    for (const std::uint16_t state : states) {
+        cookies.push_back(xcb_grab_key_checked(m_connection, 0, m_root, state, keycode,
+                                               XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
+    }
+    if (!cookies.empty())
+        countWait(cookies.back());
+    KeyGrab result = KeyGrab::Granted;
+    for (const auto cookie : cookies) {
+        if (const auto error = owned(xcb_request_check(m_connection, cookie)))
+            result = error->error_code == XCB_ACCESS ? KeyGrab::Taken : KeyGrab::Impossible;
+    }
+    if (!isAlive())
+        return KeyGrab::Impossible;
+    if (result != KeyGrab::Granted)
+        ungrabKey(keycode, states);
+    return result;
+}
+
+void Connection::ungrabKey(std::uint8_t keycode, std::span<const std::uint16_t> states)
+{
+    for (const std::uint16_t state : states)
+        xcb_ungrab_key(m_connection, keycode, m_root, state);
+    synchronize();
 }
 
 void Connection::setReadableHandler(std::function<void()> handler)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/linux/desktop_session.h"
 #include "platform/linux/x11/properties.h"
 
 #include <QByteArray>
@@ -10,6 +11,7 @@
 #include <functional>
 #include <memory>
 #include <span>
+#include <utility>
 #include <vector>
 
 struct xcb_connection_t;
@@ -29,6 +31,7 @@ enum class Name : std::size_t {
     NetRestackWindow,
     NetWmDesktop,
     NetWmState,
+    NetWmStateAbove,
     NetWmStateHidden,
     NetWmStateFullscreen,
     NetWmStateSkipTaskbar,
@@ -93,6 +96,27 @@ struct Event
     std::uint32_t time = 0;
 };
 
+struct KeyEvent
+{
+    enum class Kind { Pressed, Released, KeyboardChanged };
+
+    Kind kind;
+    std::uint8_t keycode = 0;
+    std::uint16_t modifiers = 0;
+    std::uint32_t time = 0; // the server's, in milliseconds
+};
+
+// What the keys mean now, by the core protocol.
+struct Keyboard
+{
+    std::uint8_t firstKeycode = 0;
+    std::uint8_t lastKeycode = 0;
+    std::vector<std::uint32_t> keysyms; // for each keycode equally many
+    std::vector<std::uint8_t> modifierKeys; // for each of the eight modifiers equally many; 0: none
+
+    bool operator==(const Keyboard &) const = default;
+};
+
 // One connection to an X server. Batches are pipelined: however long, each costs one wait. When
 // the server goes away, everything answers empty and isAlive() says so; nothing throws or blocks.
 class Connection final
@@ -128,6 +152,19 @@ public:
     // The events that have arrived, oldest first. Does not wait.
     std::vector<Event> takeEvents();
 
+    // Events of the keyboard among those taken so far, oldest first. Only for grabbed keys, but for
+    // changes of the keyboard itself.
+    std::vector<KeyEvent> takeKeyEvents() { return std::exchange(m_keyEvents, {}); }
+    bool hasKeyEvents() const { return !m_keyEvents.empty(); }
+
+    // Empty when the server is gone.
+    Keyboard readKeyboard();
+
+    // Takes a key in each of the states of the modifiers, or in none. The key has to exist. Another
+    // program can have what is given up by the time a call returns.
+    KeyGrab grabKey(std::uint8_t keycode, std::span<const std::uint16_t> states);
+    void ungrabKey(std::uint8_t keycode, std::span<const std::uint16_t> states);
+
     // Called from the event loop when there may be events to take, and when the server is gone.
     void setReadableHandler(std::function<void()> handler);
 
@@ -158,6 +195,7 @@ private:
     std::uint64_t m_roundTrips = 0;
     unsigned m_answeredThrough = 0;
     std::vector<Event> m_pending;
+    std::vector<KeyEvent> m_keyEvents;
     std::unique_ptr<QSocketNotifier> m_notifier;
     std::function<void()> m_readableHandler;
 };

@@ -1,12 +1,14 @@
 #include "platform/linux/x11/x11_session.h"
 
 #include "platform/linux/x11/connection.h"
+#include "platform/linux/x11/key_grabs.h"
 #include "platform/linux/x11/manager_traits.h"
 #include "platform/linux/x11/window_mirror.h"
 
 #include <QAbstractEventDispatcher>
 
 #include <algorithm>
+#include <array>
 
 namespace tovel::x11 {
 
@@ -16,6 +18,10 @@ namespace {
 constexpr std::uint32_t PagerSource = 2;
 
 constexpr std::uint32_t StackAbove = 0;
+
+// Of _NET_WM_STATE messages.
+constexpr std::uint32_t RemoveState = 0;
+constexpr std::uint32_t AddState = 1;
 
 // Workspace ids start at 1: 0 stands for none everywhere else.
 std::uint64_t workspaceOf(std::uint32_t desktop) { return std::uint64_t(desktop) + 1; }
@@ -47,6 +53,7 @@ std::unique_ptr<X11Session> X11Session::open(const QByteArray &display)
 X11Session::X11Session(std::unique_ptr<Connection> connection)
     : m_connection(std::move(connection))
     , m_mirror(std::make_unique<WindowMirror>(*m_connection))
+    , m_keyGrabs(std::make_unique<KeyGrabs>(*m_connection))
 { }
 
 X11Session::~X11Session() = default;
@@ -165,7 +172,8 @@ bool X11Session::showWorkspace(std::uint64_t workspace)
 
 bool X11Session::activateWindow(std::uint32_t window)
 {
-    if (!current().window(window))
+    // A window that was just shown is listed a little later.
+    if (!current().window(window) && !exists(window))
         return false;
     // Managers that guard against focus stealing only believe a time of the server's own.
     const std::uint32_t time = m_connection->serverTime();
@@ -184,6 +192,34 @@ bool X11Session::raiseWindow(std::uint32_t window)
     return m_connection->sendToManager(window, restack, {PagerSource, 0, StackAbove, 0, 0});
 }
 
+bool X11Session::exists(std::uint32_t window)
+{
+    const std::array windows{window};
+    return m_connection->readFacts(windows).front().exists;
+}
+
+bool X11Session::setOnAllWorkspaces(std::uint32_t window, bool on)
+{
+    const RootState &root = current().root();
+    if (!exists(window) || (!on && !root.hasCurrentDesktop))
+        return false;
+    const std::uint32_t desktop = on ? AllDesktops : root.currentDesktop;
+    m_isStale = true;
+    return m_connection->sendToManager(window, m_connection->atom(Name::NetWmDesktop),
+                                       {desktop, PagerSource, 0, 0, 0});
+}
+
+bool X11Session::setAbove(std::uint32_t window, bool on)
+{
+    if (!exists(window))
+        return false;
+    m_isStale = true;
+    return m_connection->sendToManager(window, m_connection->atom(Name::NetWmState),
+                                       {on ? AddState : RemoveState,
+                                        m_connection->atom(Name::NetWmStateAbove), 0, PagerSource,
+                                        0});
+}
+
 bool X11Session::activationShowsWorkspace()
 {
     const RootState &root = current().root();
@@ -194,6 +230,16 @@ std::optional<QPointF> X11Session::cursorPosition() { return m_connection->curso
 
 void X11Session::moveCursor(QPointF position) { m_connection->moveCursor(position); }
 
+KeyGrab X11Session::grabKey(const SessionKey &key) { return m_keyGrabs->grab(key); }
+
+void X11Session::releaseKey(const SessionKey &key) { m_keyGrabs->release(key); }
+
+void X11Session::setKeyHandler(std::function<void(const SessionKey &key)> handler)
+{
+    m_keyHandler = std::move(handler);
+    listen();
+}
+
 QStringList X11Session::limits()
 {
     QStringList limits;
@@ -203,7 +249,8 @@ QStringList X11Session::limits()
     });
     if (isNested || qEnvironmentVariableIsSet("WAYLAND_DISPLAY")) {
         limits.append(QStringLiteral("This is a Wayland session: only windows of X11 programs can "
-                                     "be seen and moved."));
+                                     "be seen and moved, and the keyboard shortcut works only "
+                                     "while one of them has the keyboard."));
     }
     if (m_connection->isAlive() && !isControllable()) {
         limits.append(QStringLiteral("No window manager that can move windows between desktops is "
@@ -217,9 +264,18 @@ void X11Session::setShownWorkspaceHandler(std::function<void()> handler)
     m_shownWorkspaceHandler = std::move(handler);
     if (current().root().hasCurrentDesktop)
         m_notifiedDesktop = m_mirror->root().currentDesktop;
+    listen();
+}
+
+void X11Session::listen()
+{
+    if (std::exchange(m_isListening, true))
+        return;
     m_connection->setReadableHandler([this] {
         m_isStale = true;
-        if (m_mirror->collectEvents())
+        const bool isRootChanged = m_mirror->collectEvents();
+        awaitKeys();
+        if (isRootChanged)
             noticeShownWorkspace();
     });
     // Whatever was read before the event loop turned belongs to the past.
@@ -231,6 +287,7 @@ void X11Session::setShownWorkspaceHandler(std::function<void()> handler)
                 QMetaObject::invokeMethod(
                     &m_context, [this] { noticeShownWorkspace(); }, Qt::QueuedConnection);
             }
+            awaitKeys();
         };
         QObject::connect(dispatcher, &QAbstractEventDispatcher::awake, &m_context, turn);
         QObject::connect(dispatcher, &QAbstractEventDispatcher::aboutToBlock, &m_context, turn);
@@ -249,7 +306,26 @@ void X11Session::noticeShownWorkspace()
     if (!shownWorkspaceChanged())
         return;
     m_notifiedDesktop = m_mirror->root().currentDesktop;
-    m_shownWorkspaceHandler();
+    if (m_shownWorkspaceHandler)
+        m_shownWorkspaceHandler();
+}
+
+void X11Session::awaitKeys()
+{
+    if (!m_connection->hasKeyEvents() || std::exchange(m_areKeysAwaited, true))
+        return;
+    QMetaObject::invokeMethod(
+        &m_context, [this] { noticeKeys(); }, Qt::QueuedConnection);
+}
+
+void X11Session::noticeKeys()
+{
+    // Before the handler, which may let the event loop turn.
+    m_areKeysAwaited = false;
+    for (const SessionKey &key : m_keyGrabs->takePresses()) {
+        if (m_keyHandler)
+            m_keyHandler(key);
+    }
 }
 
 std::uint64_t X11Session::roundTrips() const { return m_connection->roundTrips(); }

@@ -10,6 +10,7 @@
 namespace tovel::x11 {
 
 class Connection;
+class KeyGrabs;
 class WindowMirror;
 
 // A session of X11 with a window manager that follows the Extended Window Manager Hints. The
@@ -34,9 +35,14 @@ public:
     bool showWorkspace(std::uint64_t workspace) override;
     bool activateWindow(std::uint32_t window) override;
     bool raiseWindow(std::uint32_t window) override;
+    bool setOnAllWorkspaces(std::uint32_t window, bool on) override;
+    bool setAbove(std::uint32_t window, bool on) override;
     bool activationShowsWorkspace() override;
     std::optional<QPointF> cursorPosition() override;
     void moveCursor(QPointF position) override;
+    KeyGrab grabKey(const SessionKey &key) override;
+    void releaseKey(const SessionKey &key) override;
+    void setKeyHandler(std::function<void(const SessionKey &key)> handler) override;
     QStringList limits() override;
     void setShownWorkspaceHandler(std::function<void()> handler) override;
 
@@ -47,16 +53,24 @@ private:
     explicit X11Session(std::unique_ptr<Connection> connection);
 
     WindowMirror &current();
+    bool exists(std::uint32_t window);
     bool shownWorkspaceChanged() const;
     void noticeShownWorkspace();
+    void listen();
+    void awaitKeys();
+    void noticeKeys();
 
     std::unique_ptr<Connection> m_connection;
     std::unique_ptr<WindowMirror> m_mirror;
+    std::unique_ptr<KeyGrabs> m_keyGrabs;
     bool m_isStale = true;
     std::uint64_t m_listedRevision = 0;
     QList<SessionWindow> m_windows;
     std::optional<std::uint32_t> m_notifiedDesktop;
     std::function<void()> m_shownWorkspaceHandler;
+    std::function<void(const SessionKey &key)> m_keyHandler;
+    bool m_isListening = false;
+    bool m_areKeysAwaited = false;
     QObject m_context;
 };
 

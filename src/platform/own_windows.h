@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+
+namespace tovel {
+
+using NSWindowCollectionBehavior = std::uint64_t;
+inline constexpr NSWindowCollectionBehavior NSWindowCollectionBehaviorDefault = 0;
+inline constexpr NSWindowCollectionBehavior NSWindowCollectionBehaviorCanJoinAllSpaces = 1;
+inline constexpr NSWindowCollectionBehavior NSWindowCollectionBehaviorFullScreenAuxiliary = 256;
+
+using NSWindowLevel = int;
+inline constexpr NSWindowLevel NSNormalWindowLevel = 0;
+inline constexpr NSWindowLevel NSFloatingWindowLevel = 3;
+
+// What the program asks for its own windows (NSWindow), which it names by their window number. A
+// request is for a window that is shown and holds until it is hidden: ask again after each showing.
+// Each call tells whether the request was made, which says nothing of its outcome; for a window
+// that is not there it is not.
+class OwnWindows
+{
+public:
+    virtual ~OwnWindows() = default;
+
+    // With NSWindowCollectionBehaviorCanJoinAllSpaces the window is on every space; without it, on
+    // the one that is shown. Whether it may appear beside a full-screen window is the session's to
+    // decide.
+    virtual bool setCollectionBehavior(std::uint32_t windowNumber,
+                                       NSWindowCollectionBehavior behavior)
+        = 0;
+
+    // At the floating level the window is above the ordinary windows of every program.
+    virtual bool setLevel(std::uint32_t windowNumber, NSWindowLevel level) = 0;
+
+    // Brings the window to the front and gives it the keyboard, as if the user had asked for it:
+    // other programs' claim to the keyboard does not hold it back.
+    virtual bool makeKeyAndOrderFront(std::uint32_t windowNumber) = 0;
+};
+
+} // namespace tovel
