@@ -111,6 +111,14 @@ void DestinationSection::setDesktops(const QList<TileValues> &tiles, int columns
 
 void DestinationSection::setEmpty(bool empty) { m_none->setVisible(empty); }
 
+QList<QWidget *> DestinationSection::tabStops() const
+{
+    QList<QWidget *> stops(m_displayButtons.cbegin(), m_displayButtons.cend());
+    for (DesktopTile *tile : m_tiles)
+        stops.append(tile);
+    return stops;
+}
+
 void DestinationSection::contextMenuEvent(QContextMenuEvent *event)
 {
     const bool byMouse = event->reason() == QContextMenuEvent::Mouse;

@@ -36,6 +36,8 @@ public:
     void setDesktops(const QList<TileValues> &tiles, int columns);
     // Whether to say that there are no desktops at all.
     void setEmpty(bool empty);
+    // What takes the keyboard, in reading order; hidden ones too.
+    QList<QWidget *> tabStops() const;
 
 protected:
     void contextMenuEvent(QContextMenuEvent *event) override;

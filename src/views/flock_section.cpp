@@ -88,6 +88,16 @@ void FlockSection::setBusy(bool busy)
     m_cards->setEnabled(!busy);
 }
 
+QList<QWidget *> FlockSection::tabStops() const
+{
+    QList<QWidget *> stops{m_add};
+    for (const RunningApp &app : m_apps) {
+        for (PaintedButton *button : m_cardByApp[app.id]->findChildren<PaintedButton *>())
+            stops.append(button);
+    }
+    return stops;
+}
+
 ChosenAppCard *FlockSection::makeCard(const RunningApp &app)
 {
     auto *card = new ChosenAppCard(app, m_cards);

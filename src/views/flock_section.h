@@ -34,6 +34,8 @@ public:
     // A card for each application, in this order. Cards that stay keep their state and the focus.
     void setApps(const QList<RunningApp> &apps);
     void setBusy(bool busy);
+    // What takes the keyboard, in reading order.
+    QList<QWidget *> tabStops() const;
 
 private:
     ChosenAppCard *makeCard(const RunningApp &app);

@@ -4,6 +4,7 @@
 #include "settings/icon_style.h"
 
 #include <QImage>
+#include <QList>
 
 #include <optional>
 
@@ -13,6 +14,14 @@ namespace tovel {
 // (.icns). Read anew at each call. Absent when the file is missing, damaged, or far larger than an
 // icon.
 std::optional<QImage> image(TovelIconStyle style, const Bundle &bundle = mainBundle());
+
+// The same icon in so many pixels: made of the file's picture for that size, which may be drawn
+// simpler than the large ones.
+std::optional<QImage> image(TovelIconStyle style, int side, const Bundle &bundle = mainBundle());
+
+// What a session shows the icon of a window with: the file's pictures of up to 128 pixels. Those
+// above would only be sent around.
+QList<QImage> windowImages(TovelIconStyle style, const Bundle &bundle = mainBundle());
 
 // The whole of that icon in its own colours, 20 by 20 device-independent pixels. The ratio is that
 // of the screen it is for; what no screen has is brought to the nearest that one could have.

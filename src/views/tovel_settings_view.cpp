@@ -87,6 +87,7 @@ void TovelSettingsView::fillMenu()
     connect(m_shortcut, &QAction::triggered, this, [this] { m_changeShortcut(); });
     QAction *quit = m_menu->addAction(u"Quit Tovel"_s);
     quit->setShortcut(Qt::CTRL | Qt::Key_Q);
+    quit->setShortcutContext(Qt::ApplicationShortcut); // also while a popover has the keys
     connect(quit, &QAction::triggered, this, [] { QCoreApplication::quit(); });
     addAction(quit); // so that the keys work while the menu is closed, too
 }

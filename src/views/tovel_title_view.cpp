@@ -11,6 +11,8 @@
 #include <QFontMetrics>
 #include <QPainter>
 
+#include <utility>
+
 namespace tovel {
 
 using namespace Qt::StringLiterals;
@@ -29,11 +31,11 @@ TovelTitleView::TovelTitleView(TovelModel &model, QWidget *parent)
     , m_model(model)
     , m_watch(new ModelWatch(
           model, [this] { redraw(); }, this))
+    , m_style(model.iconStyle())
 {
     setAccessibleRole(*this, QAccessible::StaticText);
     setFixedSize(frame);
     setAccessibleName(u"Tovel"_s);
-    redraw();
 }
 
 void TovelTitleView::redraw()
@@ -41,26 +43,31 @@ void TovelTitleView::redraw()
     if (m_style == m_model.iconStyle())
         return;
     m_style = m_model.iconStyle();
-    m_image = image(*m_style).value_or(QImage());
+    m_markSide.reset();
     update();
+}
+
+void TovelTitleView::loadMark()
+{
+    const int side = qRound(imageSize * devicePixelRatioF());
+    if (std::exchange(m_markSide, side) != side)
+        m_mark = image(m_style, side).value_or(QImage());
 }
 
 void TovelTitleView::paintEvent(QPaintEvent *)
 {
     const QString title = u"Tovel"_s;
     const QFont font = systemFont(textSize, QFont::DemiBold);
-    const int imageWidth = m_image.isNull() ? 0 : imageSize + spacing;
+    loadMark();
+    const int imageWidth = m_mark.isNull() ? 0 : imageSize + spacing;
     const double textWidth = QFontMetricsF(font).horizontalAdvance(title);
     const double left = (width() - imageWidth - textWidth) / 2;
 
     QPainter painter(this);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    if (!m_image.isNull()) {
+    if (!m_mark.isNull()) {
         const QRectF box(left, (height() - imageSize) / 2.0, imageSize, imageSize);
-        const double ratio = devicePixelRatioF();
-        QImage scaled = m_image.scaled((box.size() * ratio).toSize(), Qt::KeepAspectRatio,
-                                       Qt::SmoothTransformation);
-        painter.drawImage(mirrored(box, *this), scaled);
+        painter.drawImage(mirrored(box, *this), m_mark);
     }
     painter.setFont(font);
     painter.setPen(TovelTheme::accent(palette()));

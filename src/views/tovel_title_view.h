@@ -26,11 +26,13 @@ protected:
 
 private:
     void redraw();
+    void loadMark();
 
     TovelModel &m_model;
     ModelWatch *m_watch;
-    std::optional<TovelIconStyle> m_style; // that the image belongs to
-    QImage m_image; // null when the style has none
+    TovelIconStyle m_style;
+    QImage m_mark; // null when the style has none
+    std::optional<int> m_markSide; // that the mark was loaded for, in pixels
 };
 
 } // namespace tovel

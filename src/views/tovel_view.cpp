@@ -128,8 +128,17 @@ void TovelView::redraw()
     m_destination->setDisplays(displayValues(m_model, m_state), m_model.busy());
     m_destination->setDesktops(tileValues(m_model, m_state), columnCount(m_model, m_state));
     m_destination->setEmpty(m_model.desktops().isEmpty());
+    orderTabs();
     if (m_state.adding)
         redrawAddPopover();
+}
+
+void TovelView::orderTabs()
+{
+    // Cards, displays and tiles come later than what follows them.
+    const QList<QWidget *> stops = m_flock->tabStops() + m_destination->tabStops();
+    for (qsizetype i = 1; i < stops.size(); ++i)
+        setTabOrder(stops[i - 1], stops[i]);
 }
 
 void TovelView::redrawAddPopover() { m_addContent->setApps(availableApps(m_model, m_state)); }

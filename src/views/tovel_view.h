@@ -36,6 +36,7 @@ protected:
 
 private:
     void redraw();
+    void orderTabs();
     void redrawAddPopover();
     void toggleAdding();
     void startRenaming(const Desktop &desktop);

@@ -3,10 +3,10 @@
 #include "app/self_test/rule_checks.h"
 #include "app/self_test/self_test.h"
 #include "app/tovel/child_process.h"
+#include "app/tovel/panel.h"
 #include "app/tovel/window_set.h"
 
 #include <QGuiApplication>
-#include <QLoggingCategory>
 
 #include <cstdio>
 
@@ -24,16 +24,10 @@ bool opensWindows(SelfTestMode mode)
 
 std::unique_ptr<QCoreApplication> makeApplication(SelfTestMode mode, int &argc, char **argv)
 {
-    QCoreApplication::setApplicationName(u"org.tovel.Tovel"_s);
-    QCoreApplication::setApplicationVersion(QStringLiteral(TOVEL_VERSION));
     if (!opensWindows(mode))
         return std::make_unique<QCoreApplication>(argc, argv);
 
-    // X11 also within a Wayland session, where only such windows can be moved. The second choice
-    // keeps a missing display from ending the process before it has said so itself.
-    qputenv("QT_QPA_PLATFORM", "xcb;offscreen");
-    QLoggingCategory::setFilterRules(u"qt.qpa.xcb.warning=false\nqt.qpa.plugin=false"_s);
-    QGuiApplication::setDesktopFileName(u"org.tovel.Tovel"_s);
+    prepareDisplay("xcb");
     auto application = std::make_unique<QGuiApplication>(argc, argv);
     QGuiApplication::setQuitOnLastWindowClosed(false);
     return application;
@@ -84,12 +78,12 @@ int main(int argc, char *argv[])
     QTextStream out(stdout);
     QTextStream err(stderr);
 
+    QCoreApplication::setApplicationName(u"org.tovel.Tovel"_s);
+    QCoreApplication::setApplicationVersion(QStringLiteral(TOVEL_VERSION));
     const std::optional<SelfTestMode> mode = selfTestMode(arguments);
-    if (!mode) {
-        err << "tovel: the panel is not built yet; tovelctl moves windows from the command line"
-            << Qt::endl;
-        return UsageError;
-    }
+    if (!mode)
+        return runPanel(argc, argv, err);
+
     const std::unique_ptr<QCoreApplication> application = makeApplication(*mode, argc, argv);
     const std::unique_ptr<PlatformChoice> choice = choosePlatform();
     if (!choice) {

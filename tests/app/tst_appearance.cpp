@@ -1,0 +1,296 @@
+#include "app/panel/appearance_follower.h"
+#include "app/panel/appearance_palette.h"
+#include "views/theme.h"
+
+#include <QApplication>
+#include <QDBusConnection>
+#include <QDBusContext>
+#include <QDBusMessage>
+#include <QDBusVariant>
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <cmath>
+#include <csignal>
+
+#include <sys/prctl.h>
+
+using namespace tovel;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr char Service[] = "org.freedesktop.portal.Desktop";
+constexpr char Path[] = "/org/freedesktop/portal/desktop";
+const QString Appearance = QStringLiteral("org.freedesktop.appearance");
+const QString Scheme = QStringLiteral("color-scheme");
+
+double luminance(const QColor &color)
+{
+    const auto linear = [](double part) {
+        return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF())
+        + 0.0722 * linear(color.blueF());
+}
+
+double contrast(const QPalette &palette, QPalette::ColorRole one, QPalette::ColorRole other)
+{
+    const double a = luminance(palette.color(one)) + 0.05;
+    const double b = luminance(palette.color(other)) + 0.05;
+    return std::max(a, b) / std::min(a, b);
+}
+
+} // namespace
+
+// A portal that answers as it is told, or not at all.
+class FakePortal final : public QObject, protected QDBusContext
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.portal.Settings")
+
+public:
+    QVariant answer; // invalid: the setting is not there
+    bool isSilent = false;
+    int questions = 0;
+
+public Q_SLOTS:
+    QDBusVariant Read(const QString &space, const QString &key)
+    {
+        ++questions;
+        if (isSilent)
+            setDelayedReply(true);
+        else if (!answer.isValid() || space != Appearance || key != Scheme)
+            sendErrorReply(u"org.freedesktop.portal.Error.NotFound"_s, u"none"_s);
+        return QDBusVariant(answer);
+    }
+};
+
+class TestAppearance final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        const QString address = u"unix:path="_s + m_folder.filePath(u"bus"_s);
+        m_daemon.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGTERM); });
+        m_daemon.setStandardErrorFile(QProcess::nullDevice());
+        // Without services of the machine's own.
+        m_daemon.start(
+            u"dbus-daemon"_s,
+            {u"--nofork"_s, u"--print-address"_s, u"--config-file="_s + configuration(address)});
+        QVERIFY(m_daemon.waitForReadyRead());
+        m_ours.emplace(QDBusConnection::connectToBus(address, u"ours"_s));
+        m_portals.emplace(QDBusConnection::connectToBus(address, u"portal's"_s));
+        QVERIFY(m_ours->isConnected() && m_portals->isConnected());
+        QVERIFY(!isDark(QApplication::palette()));
+        m_session = QApplication::palette();
+    }
+
+    void cleanup()
+    {
+        stopPortal();
+        QCOMPARE(QApplication::palette(), m_session);
+    }
+
+    void cleanupTestCase()
+    {
+        QDBusConnection::disconnectFromBus(u"ours"_s);
+        QDBusConnection::disconnectFromBus(u"portal's"_s);
+        m_daemon.terminate();
+        QVERIFY(m_daemon.waitForFinished());
+    }
+
+    void followsWhatThePortalSays_data()
+    {
+        QTest::addColumn<QVariant>("answer");
+        QTest::addColumn<bool>("dark");
+
+        const auto wrapped
+            = [](const QVariant &value) { return QVariant::fromValue(QDBusVariant(value)); };
+        QTest::newRow("dark") << QVariant(1U) << true;
+        QTest::newRow("dark, wrapped once more") << wrapped(1U) << true;
+        QTest::newRow("light") << wrapped(2U) << false;
+        QTest::newRow("no preference") << wrapped(0U) << false;
+        QTest::newRow("unknown preference") << wrapped(3U) << false;
+        QTest::newRow("a signed number") << wrapped(1) << false;
+        QTest::newRow("text") << wrapped(u"1"_s) << false;
+        QTest::newRow("wrapped for ever")
+            << wrapped(wrapped(wrapped(wrapped(wrapped(wrapped(1U)))))) << false;
+        QTest::newRow("no such setting") << QVariant() << false;
+    }
+
+    void followsWhatThePortalSays()
+    {
+        QFETCH(QVariant, answer);
+        QFETCH(bool, dark);
+        m_portal.answer = answer;
+        startPortal();
+        const AppearanceFollower follower(*m_ours, nullptr);
+        QTRY_COMPARE(m_portal.questions, 1);
+        settle();
+        QCOMPARE(isDark(QApplication::palette()), dark);
+        QCOMPARE(QApplication::palette() == m_session, !dark);
+    }
+
+    void changesWhileRunning()
+    {
+        m_portal.answer = 2U;
+        startPortal();
+        const AppearanceFollower follower(*m_ours, nullptr);
+        QTRY_COMPARE(m_portal.questions, 1);
+        change(1U);
+        QTRY_VERIFY(isDark(QApplication::palette()));
+        // A burst costs few questions, and the last word counts.
+        const int before = m_portal.questions;
+        for (uint value = 0; value < 50; ++value)
+            change(value % 2);
+        change(0U);
+        QTRY_COMPARE(QApplication::palette(), m_session);
+        settle();
+        QVERIFY(m_portal.questions - before < 25);
+        QCOMPARE(QApplication::palette(), m_session);
+
+        // Another setting, and a word that is not the portal's own.
+        const int asked = m_portal.questions;
+        signal(Appearance, u"accent-color"_s, 1U);
+        signal(u"org.example"_s, Scheme, 1U);
+        settle();
+        QCOMPARE(m_portal.questions, asked);
+        signal(Appearance, Scheme, 1U);
+        QTRY_COMPARE(m_portal.questions, asked + 1);
+        settle();
+        QCOMPARE(QApplication::palette(), m_session);
+    }
+
+    void comesAndGoesWithThePortal()
+    {
+        QElapsedTimer time;
+        time.start();
+        const AppearanceFollower follower(*m_ours, nullptr);
+        QVERIFY(time.elapsed() < 100);
+        settle();
+        QCOMPARE(QApplication::palette(), m_session);
+        m_portal.answer = 1U;
+        startPortal();
+        QTRY_VERIFY(isDark(QApplication::palette()));
+        // What it said last holds while it is away, or silent.
+        stopPortal();
+        settle();
+        QVERIFY(isDark(QApplication::palette()));
+        m_portal.isSilent = true;
+        startPortal();
+        change(2U);
+        QTRY_VERIFY(m_portal.questions > 0);
+        settle();
+        QVERIFY(isDark(QApplication::palette()));
+    }
+
+    void isHeldUpByNothing()
+    {
+        m_portal.isSilent = true;
+        startPortal();
+        QElapsedTimer time;
+        time.start();
+        const AppearanceFollower silent(*m_ours, nullptr);
+        const auto daemon = static_cast<pid_t>(m_daemon.processId());
+        QCOMPARE(kill(daemon, SIGSTOP), 0);
+        const AppearanceFollower onSilentBus(*m_ours, nullptr);
+        QCOMPARE(kill(daemon, SIGCONT), 0);
+        qputenv("DBUS_SESSION_BUS_ADDRESS", "");
+        qputenv("XDG_RUNTIME_DIR", m_folder.filePath(u"none"_s).toLocal8Bit());
+        const AppearanceFollower withoutBus;
+        QVERIFY(time.elapsed() < 100);
+        settle();
+        QCOMPARE(QApplication::palette(), m_session);
+    }
+
+    void bothPalettesCanBeRead_data()
+    {
+        QTest::addColumn<bool>("dark");
+        QTest::newRow("light") << false;
+        QTest::newRow("dark") << true;
+    }
+
+    void bothPalettesCanBeRead()
+    {
+        QFETCH(bool, dark);
+        const QPalette palette = appearancePalette(dark);
+        QCOMPARE(isDark(palette), dark);
+        using enum QPalette::ColorRole;
+        const std::pair<QPalette::ColorRole, QList<QPalette::ColorRole>> pairs[] = {
+            {Window, {WindowText, Link, LinkVisited, PlaceholderText}},
+            {Base, {Text, Link, LinkVisited, PlaceholderText}},
+            {AlternateBase, {Text}},
+            {Button, {ButtonText}},
+            {Highlight, {HighlightedText}},
+            {ToolTipBase, {ToolTipText}},
+        };
+        for (const auto &[ground, texts] : pairs) {
+            for (const auto role : texts)
+                QVERIFY2(contrast(palette, ground, role) >= 4.5,
+                         qPrintable(QVariant::fromValue(role).toString()));
+        }
+    }
+
+private:
+    QString configuration(const QString &address) const
+    {
+        QFile file(m_folder.filePath(u"bus.conf"_s));
+        if (file.open(QIODevice::WriteOnly)) {
+            file.write("<busconfig><type>session</type><listen>" + address.toUtf8()
+                       + "</listen><policy context=\"default\"><allow send_destination=\"*\"/>"
+                         "<allow own=\"*\"/><allow receive_sender=\"*\"/></policy></busconfig>");
+        }
+        return file.fileName();
+    }
+
+    void startPortal()
+    {
+        m_portal.questions = 0;
+        m_portals->registerObject(QLatin1StringView(Path), &m_portal,
+                                  QDBusConnection::ExportAllSlots);
+        QVERIFY(m_portals->registerService(QLatin1StringView(Service)));
+    }
+    void stopPortal()
+    {
+        m_portals->unregisterService(QLatin1StringView(Service));
+        m_portals->unregisterObject(QLatin1StringView(Path));
+        m_portal.isSilent = false;
+    }
+    void signal(const QString &space, const QString &key, uint value)
+    {
+        QDBusMessage message = QDBusMessage::createSignal(
+            QLatin1StringView(Path), u"org.freedesktop.portal.Settings"_s, u"SettingChanged"_s);
+        message << space << key << QVariant::fromValue(QDBusVariant(value));
+        m_portals->send(message);
+    }
+    void change(uint value)
+    {
+        m_portal.answer = value;
+        signal(Appearance, Scheme, value);
+    }
+    // Time for a message to go to and fro many times.
+    static void settle() { QTest::qWait(60); }
+
+    QTemporaryDir m_folder;
+    QProcess m_daemon;
+    std::optional<QDBusConnection> m_ours;
+    std::optional<QDBusConnection> m_portals;
+    FakePortal m_portal;
+    QPalette m_session;
+};
+
+int main(int argc, char *argv[])
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication::setStyle(u"fusion"_s);
+    QApplication application(argc, argv);
+    TestAppearance test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_appearance.moc"
