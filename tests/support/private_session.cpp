@@ -84,13 +84,21 @@ PrivateSession::PrivateSession(Manager manager, const SessionOptions &options)
         return;
     m_display = ':' + number;
     m_environment.insert(u"DISPLAY"_s, QString::fromLatin1(m_display));
-    if (manager == Manager::Xfwm4) {
-        const QString bus = u"unix:path="_s + m_folder.filePath(u"run/bus"_s);
-        start(u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--address="_s + bus});
-        eventually([this] { return QFile::exists(m_folder.filePath(u"run/bus"_s)); });
-        m_environment.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, bus);
+    if (manager == Manager::Xfwm4 || options.assistive)
+        startBus();
+    if (options.assistive) {
+        m_environment.insert(u"QT_LINUX_ACCESSIBILITY_ALWAYS_ON"_s, u"1"_s);
+        start(u"/usr/libexec/at-spi-bus-launcher"_s, {u"--launch-immediately"_s});
     }
     startManager();
+}
+
+void PrivateSession::startBus()
+{
+    const QString bus = u"unix:path="_s + m_folder.filePath(u"run/bus"_s);
+    start(u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--address="_s + bus});
+    eventually([this] { return QFile::exists(m_folder.filePath(u"run/bus"_s)); });
+    m_environment.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, bus);
 }
 
 PrivateSession::~PrivateSession()
@@ -134,11 +142,11 @@ void PrivateSession::writeConfiguration(const SessionOptions &options) const
 }
 
 void PrivateSession::install(const QString &identifier, const QString &name,
-                             const QString &windowClass) const
+                             const QString &windowClass, const QString &command) const
 {
     write(u"data/applications/%1.desktop"_s.arg(identifier),
-          u"[Desktop Entry]\nType=Application\nName=%1\nExec=true\nStartupWMClass=%2\n"_s.arg(
-              name, windowClass));
+          u"[Desktop Entry]\nType=Application\nName=%1\nExec=%3\nStartupWMClass=%2\n"_s.arg(
+              name, windowClass, command));
 }
 
 void PrivateSession::adopt() const
@@ -188,9 +196,12 @@ QProcess &PrivateSession::start(const QString &program, const QStringList &argum
 
 std::unique_ptr<QProcess> PrivateSession::launch(const QString &program,
                                                  const QStringList &arguments,
-                                                 const QProcessEnvironment &environment) const
+                                                 const QProcessEnvironment &environment,
+                                                 Input input) const
 {
     auto process = makeProcess(environment);
+    if (input == Input::Open)
+        process->setStandardInputFile({});
     process->start(program, arguments);
     process->waitForStarted();
     return process;

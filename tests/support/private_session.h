@@ -22,7 +22,11 @@ struct SessionOptions
 {
     int desktops = 4;
     QString activateAction{}; // xfwm4's choice of that name; empty leaves it at its default
+    bool assistive = false; // with the bus on which assistive programs read others
 };
+
+// Whether the test writes to a program.
+enum class Input { None, Open };
 
 // What a program that ran to its end left behind.
 struct Outcome
@@ -53,7 +57,8 @@ public:
     // What programs of this session run in.
     const QProcessEnvironment &environment() const { return m_environment; }
     // A desktop entry for windows of the class; before any such window is opened.
-    void install(const QString &identifier, const QString &name, const QString &windowClass) const;
+    void install(const QString &identifier, const QString &name, const QString &windowClass,
+                 const QString &command = QStringLiteral("true")) const;
 
     // Makes this the session of the test's own process.
     void adopt() const;
@@ -62,7 +67,8 @@ public:
     QProcess &start(const QString &program, const QStringList &arguments);
     // Runs with its outputs kept, for the test to watch and to end.
     std::unique_ptr<QProcess> launch(const QString &program, const QStringList &arguments,
-                                     const QProcessEnvironment &environment) const;
+                                     const QProcessEnvironment &environment,
+                                     Input input = Input::None) const;
     // Runs to its end. The second form has variables put over the session's.
     Outcome run(const QString &program, const QStringList &arguments) const;
     Outcome run(const QString &program, const QStringList &arguments,
@@ -75,7 +81,7 @@ public:
     void killServer();
 
 private:
-    QProcess &started(const QString &program, const QStringList &arguments);
+    void startBus();
     void writeConfiguration(const SessionOptions &options) const;
     void write(const QString &path, const QString &text) const;
 

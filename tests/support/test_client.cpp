@@ -109,6 +109,27 @@ void TestClient::showDesktop(std::uint32_t desktop)
     send(m_root, "_NET_CURRENT_DESKTOP", {desktop});
 }
 
+bool TestClient::grabKey(std::uint8_t keycode, std::uint16_t state)
+{
+    const auto cookie = xcb_grab_key_checked(m_connection, 0, m_root, state, keycode,
+                                             XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+    return !owned(xcb_request_check(m_connection, cookie));
+}
+
+void TestClient::swapModifiers(std::size_t one, std::size_t other)
+{
+    const auto mapping = owned(xcb_get_modifier_mapping_reply(
+        m_connection, xcb_get_modifier_mapping(m_connection), nullptr));
+    if (!mapping)
+        return;
+    const std::size_t width = mapping->keycodes_per_modifier;
+    auto *keys = xcb_get_modifier_mapping_keycodes(mapping.get());
+    std::swap_ranges(keys + one * width, keys + (one + 1) * width, keys + other * width);
+    const auto cookie
+        = xcb_set_modifier_mapping(m_connection, mapping->keycodes_per_modifier, keys);
+    owned(xcb_set_modifier_mapping_reply(m_connection, cookie, nullptr));
+}
+
 void TestClient::setProperty(std::uint32_t window, const QByteArray &name, const QByteArray &type,
                              std::uint8_t format, const QByteArray &value)
 {

@@ -53,6 +53,11 @@ public:
     void askForDesktop(std::uint32_t window, std::uint32_t desktop);
     void showDesktop(std::uint32_t desktop);
 
+    // Takes a key in one exact state of the modifiers; false when another program has it.
+    bool grabKey(std::uint8_t keycode, std::uint16_t state);
+    // Gives the keys of two of the eight modifiers to each other.
+    void swapModifiers(std::size_t one, std::size_t other);
+
     // Whatever it takes, however wrong. The type is an atom's name; the value is in units of the
     // format, 8, 16 or 32 bits.
     void setProperty(std::uint32_t window, const QByteArray &name, const QByteArray &type,
