@@ -1,6 +1,8 @@
 // Measures Tovel side by side with what else reads the same session. Wants a display of its own
 // with openbox and four desktops; scripts/bench provides it.
 #include "bare_read.h"
+#include "figures.h"
+#include "open_windows.h"
 
 #include "model/tovel_model.h"
 #include "platform/linux/linux_desktop.h"
@@ -36,36 +38,6 @@ double secondsSince(SteadyClock::time_point start)
 {
     return std::chrono::duration<double>(SteadyClock::now() - start).count();
 }
-
-// Windows of a separate process, all managed when the constructor returns.
-class OpenWindows
-{
-public:
-    explicit OpenWindows(int count, int applications = Applications)
-    {
-        m_factory.start(QString::fromUtf8(WINDOW_FACTORY),
-                        {QString::number(count), QString::number(applications)});
-        BareReader reader;
-        const auto start = SteadyClock::now();
-        while (reader.read() != static_cast<std::size_t>(count)) {
-            if (secondsSince(start) > 60)
-                qFatal("the window manager did not take over the windows");
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        }
-    }
-
-    ~OpenWindows()
-    {
-        m_factory.closeWriteChannel();
-        m_factory.waitForFinished();
-        BareReader reader;
-        while (reader.read() != 0)
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    }
-
-private:
-    QProcess m_factory;
-};
 
 // A model on the session, which has seen it once.
 class Warm
@@ -219,7 +191,7 @@ void moveFifty(benchmark::State &state)
 // changed since the last, which is waited for.
 void printRoundTrips(int windows)
 {
-    const OpenWindows open(windows);
+    const OpenWindows open(windows, Applications);
     Warm warm;
     warm.choose(Applications);
     const std::uint64_t first = Warm().roundTrips();
@@ -254,11 +226,6 @@ private:
     std::map<std::string, double> m_seconds;
 };
 
-void printRatio(const char *what, double value, double wanted)
-{
-    std::printf("  %-58s %8.4f  (wanted: at most %g)\n", what, value, wanted);
-}
-
 } // namespace
 
 int main(int argc, char *argv[])
@@ -270,7 +237,7 @@ int main(int argc, char *argv[])
     for (const int windows : {10, 100, 500})
         printRoundTrips(windows);
 
-    const OpenWindows open(Windows);
+    const OpenWindows open(Windows, Applications);
     benchmark::RegisterBenchmark("bare_read", bareRead)->Unit(benchmark::kMillisecond);
     benchmark::RegisterBenchmark("refresh_first", firstRefresh)
         ->Unit(benchmark::kMillisecond)
@@ -299,12 +266,13 @@ int main(int argc, char *argv[])
     std::printf("\n%d windows of %d applications\n", Windows, Applications);
     const double refresh = reporter.seconds("refresh_warm");
     const double wmctrl = reporter.seconds("wmctrl");
-    printRatio("one warm refresh / bare pipelined read", refresh / reporter.seconds("bare_read"),
-               1.5);
-    printRatio("one warm refresh / wmctrl -lGpx", refresh / wmctrl, 0.05);
-    printRatio("tovelctl status / wmctrl -lGpx", reporter.seconds("tovelctl_status") / wmctrl, 0.3);
-    printRatio("50 windows moved / 50 x 0.06 s", reporter.seconds("move_50_windows") / 3.0, 1.05);
-    printRatio("peak memory of tovelctl status, MiB",
-               peakMebibytes({QString::fromUtf8(TOVELCTL), QStringLiteral("status")}), 24);
+    printFigure("one warm refresh / bare pipelined read", refresh / reporter.seconds("bare_read"),
+                1.5);
+    printFigure("one warm refresh / wmctrl -lGpx", refresh / wmctrl, 0.05);
+    printFigure("tovelctl status / wmctrl -lGpx", reporter.seconds("tovelctl_status") / wmctrl,
+                0.3);
+    printFigure("50 windows moved / 50 x 0.06 s", reporter.seconds("move_50_windows") / 3.0, 1.05);
+    printFigure("peak memory of tovelctl status, MiB",
+                peakMebibytes({QString::fromUtf8(TOVELCTL), QStringLiteral("status")}), 24);
     return 0;
 }

@@ -47,7 +47,8 @@ int main(int argc, char *argv[])
     for (int i = 0; i < windows; ++i) {
         const xcb_window_t window = xcb_generate_id(connection);
         xcb_create_window(connection, XCB_COPY_FROM_PARENT, window, screen->root, 10, 10, 300, 200,
-                          0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
+                          0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL,
+                          &screen->black_pixel);
         const std::string number = std::to_string(i % applications);
         const std::string application = "Bench" + number;
         const std::string instance = "bench" + number;

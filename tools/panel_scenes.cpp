@@ -175,7 +175,7 @@ QList<Scene> scenes()
                 {firstDisplay + u"/space-1"_s, u"Everything for the tax return of last year"_s}});
     };
     const auto twentySkipped = [](Stage &stage) {
-        for (std::uint32_t i = 0; i < 19; ++i) {
+        for (std::uint32_t i = 0; i < 18; ++i) {
             stage.desktop.addWindow({.number = 300 + i,
                                      .pid = 503,
                                      .title = u"Letter"_s,
@@ -183,7 +183,7 @@ QList<Scene> scenes()
                                      .spaces = {i % 2 == 0 ? 20U : 21U}});
         }
     };
-    const auto hiddenRemove = [](Stage &stage) {
+    const auto hoverCard = [](Stage &stage) {
         QTest::mouseMove(stage.control(u"Mail"_s));
         stage.settle();
     };
@@ -256,7 +256,7 @@ QList<Scene> scenes()
              stage.control(u"Move apps to Desktop 2"_s)->setFocus(Qt::TabFocusReason);
              stage.settle();
          }},
-        {u"hovered-card"_s, asItIs, hiddenRemove},
+        {u"hovered-card"_s, asItIs, hoverCard},
     };
 }
 

@@ -46,6 +46,7 @@ void TovelModel::select(const RunningApp &app, bool on)
     setMessage({});
     publish(m_hasSkippedWindows, false, Property::hasSkippedWindows);
 
+    takeUpChoices();
     auto flock = m_selected;
     if (on) {
         flock.insert(app.id);

@@ -113,7 +113,9 @@ void TovelModel::refresh()
     publish(m_desktops, readDesktops(), Property::desktops);
 
     const QList<RunningApp> running = runningApps();
-    if (!flockIsStored()) {
+    if (flockIsStored()) {
+        takeUpChoices();
+    } else {
         publish(m_apps, running, Property::apps);
         preselect(running);
     }

@@ -56,6 +56,15 @@ void TovelModel::loadChoices()
                       .value_or(TovelIconStyle::dark);
 }
 
+void TovelModel::takeUpChoices()
+{
+    const QStringList flock = m_defaults.texts(selectedKey).value_or(QStringList());
+    publish(m_selected, QSet<QString>(flock.cbegin(), flock.cend()), Property::selected);
+    m_knownNames = m_defaults.textDictionary(appNamesKey).value_or(QMap<QString, QString>());
+    publish(m_aliases, m_defaults.textDictionary(aliasesKey).value_or(QMap<QString, QString>()),
+            Property::aliases);
+}
+
 bool TovelModel::flockIsStored() const { return m_defaults.object(selectedKey).has_value(); }
 
 void TovelModel::storeFlock()
@@ -121,6 +130,7 @@ void TovelModel::onMigrationFinished(std::function<void()> callback)
 
 void TovelModel::rename(const Desktop &desktop, const QString &newName)
 {
+    takeUpChoices();
     auto aliases = m_aliases;
     aliases.insert(desktop.key(), newName);
     publish(m_aliases, aliases, Property::aliases);

@@ -167,6 +167,9 @@ private:
     void publish(Value &field, const Value &value, Property property);
 
     void loadChoices();
+    // The flock and the names as they are stored now: other programs store them, too, and what is
+    // stored is whole each time.
+    void takeUpChoices();
     bool flockIsStored() const;
     void storeFlock();
     void preselect(const QList<RunningApp> &running);

@@ -17,7 +17,7 @@ constexpr qint64 dictionaryLimit = 64 * 1024;
 QVariantMap readDictionary(const QString &path)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
         return {};
     return QJsonDocument::fromJson(file.read(dictionaryLimit)).object().toVariantMap();
 }

@@ -22,6 +22,7 @@ constexpr int spacing = 15;
 constexpr int symbolSize = 18;
 constexpr QSizeF markSize(23, 13);
 constexpr int smallestWidth = 100;
+constexpr int longestToolTip = 200;
 
 QFont nameFont() { return textFont(TextStyle::callout, QFont::DemiBold); }
 
@@ -45,7 +46,8 @@ void DesktopTile::setValues(const TileValues &values)
     setDimsWhenDisabled(!values.flockHere);
     setAccessibleName(u"Move apps to "_s + values.name);
     setAccessibleValue(values.accessibilityValue);
-    setToolTip(values.name.toHtmlEscaped());
+    // Marked up, so that it is never guessed whether the name itself is.
+    setToolTip(u"<span>%1</span>"_s.arg(values.name.left(longestToolTip).toHtmlEscaped()));
     update();
 }
 

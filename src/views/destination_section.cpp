@@ -6,9 +6,9 @@
 #include "views/display_button.h"
 #include "views/text_style.h"
 #include "views/theme.h"
+#include "views/tint.h"
 
 #include <QContextMenuEvent>
-#include <QFrame>
 #include <QHBoxLayout>
 #include <QMenu>
 #include <QPainter>
@@ -129,6 +129,7 @@ void DestinationSection::contextMenuEvent(QContextMenuEvent *event)
         return;
     }
     auto *menu = new QMenu(this);
+    applyTint(*menu);
     menu->setAttribute(Qt::WA_DeleteOnClose);
     connect(menu->addAction(u"Rename…"_s), &QAction::triggered, this,
             [this, desktop = tile->desktop()] { m_actions.startRenaming(desktop); });

@@ -20,7 +20,7 @@ constexpr double cornerRadius = 9;
 constexpr int padding = 10;
 constexpr int spacing = 8;
 constexpr int symbolSize = 22; // of a symbol set in text of 20
-constexpr int smallestContent = 36;
+constexpr int lowest = 36;
 constexpr int usualWidth = 144;
 constexpr int mostLines = 2;
 
@@ -55,7 +55,7 @@ int DisplayButton::heightForWidth(int width) const
 {
     const int text = textBlockHeight(m_values.name, nameFont(),
                                      width - 2 * padding - symbolSize - spacing, mostLines);
-    return std::max({smallestContent, text, symbolSize}) + 2 * padding;
+    return std::max(lowest, std::max(text, symbolSize) + 2 * padding);
 }
 
 QSize DisplayButton::sizeHint() const { return {usualWidth, heightForWidth(usualWidth)}; }

@@ -5,9 +5,9 @@
 #include "views/components/equal_columns_layout.h"
 #include "views/components/overlay_scroll_area.h"
 #include "views/components/plain_button.h"
+#include "views/mirrored.h"
 #include "views/theme.h"
 
-#include <QHBoxLayout>
 #include <QVBoxLayout>
 
 namespace tovel {
@@ -17,6 +17,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int sideMargin = 24;
+constexpr int topMargin = 24;
 constexpr int spacing = 12;
 constexpr int columns = 4;
 constexpr int narrowestColumn = 10;
@@ -30,7 +31,8 @@ constexpr int plusSize = 16;
 FlockSection::FlockSection(Actions actions, QWidget *parent)
     : QWidget(parent)
     , m_actions(std::move(actions))
-    , m_add(new PlainButton)
+    , m_heading(makeHeading(u"Fly these tovel…"_s, this))
+    , m_add(new PlainButton(this))
     , m_cards(new QWidget)
     , m_grid(new EqualColumnsLayout(m_cards))
 {
@@ -39,11 +41,7 @@ FlockSection::FlockSection(Actions actions, QWidget *parent)
     m_add->setAccessibleName(u"Add app"_s);
     m_add->setColor([](const QPalette &palette) { return TovelTheme::accent(palette); });
 
-    auto *header = new QHBoxLayout;
-    header->setContentsMargins(sideMargin, 0, sideMargin, 0);
-    header->addWidget(makeHeading(u"Fly these tovel…"_s), 1);
-    header->addWidget(m_add);
-
+    m_heading->setContentsMargins(sideMargin, 0, sideMargin, 0);
     m_grid->setColumns(columns);
     m_grid->setColumnWidths(narrowestColumn, QWIDGETSIZE_MAX);
     m_grid->setSpacings(spacing, spacing);
@@ -53,9 +51,9 @@ FlockSection::FlockSection(Actions actions, QWidget *parent)
     area->setMinimumHeight(lowestArea);
 
     auto *layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setContentsMargins(0, topMargin, 0, 0);
     layout->setSpacing(spacing);
-    layout->addLayout(header);
+    layout->addWidget(m_heading);
     layout->addWidget(area, 1);
 }
 
@@ -96,6 +94,17 @@ QList<QWidget *> FlockSection::tabStops() const
             stops.append(button);
     }
     return stops;
+}
+
+void FlockSection::resizeEvent(QResizeEvent *event)
+{
+    QWidget::resizeEvent(event);
+    // Over the end of the heading, which it does not make any higher.
+    const QRectF heading = m_heading->geometry();
+    const QRectF button(width() - sideMargin - addButtonSize,
+                        heading.center().y() - addButtonSize / 2.0, addButtonSize, addButtonSize);
+    m_add->setGeometry(mirrored(button, *this).toRect());
+    m_add->raise();
 }
 
 ChosenAppCard *FlockSection::makeCard(const RunningApp &app)

@@ -11,6 +11,7 @@
 namespace tovel {
 
 class ChosenAppCard;
+class ColoredLabel;
 class EqualColumnsLayout;
 class PlainButton;
 
@@ -37,10 +38,14 @@ public:
     // What takes the keyboard, in reading order.
     QList<QWidget *> tabStops() const;
 
+protected:
+    void resizeEvent(QResizeEvent *event) override;
+
 private:
     ChosenAppCard *makeCard(const RunningApp &app);
 
     Actions m_actions;
+    ColoredLabel *m_heading;
     PlainButton *m_add;
     QWidget *m_cards;
     EqualColumnsLayout *m_grid;

@@ -1,7 +1,9 @@
 #include "views/icon_images.h"
 
+#include <QBuffer>
 #include <QFile>
 #include <QImageReader>
+#include <QtEndian>
 
 #include <algorithm>
 
@@ -12,32 +14,78 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qint64 fileLimit = 8 * 1024 * 1024;
-constexpr int picturesLimit = 32;
-constexpr int sideLimit = 2048;
+constexpr quint32 sideLimit = 2048;
+constexpr qsizetype headerSize = 8; // of the file and of each entry: a type and a length
 constexpr int menuSide = 20;
 constexpr int windowSide = 128; // no session shows a window's icon larger
 
-// The pictures of the style's file, in its order, until the visitor has enough and returns false.
-template <typename Visitor>
-void visitPictures(TovelIconStyle style, const Bundle &bundle, Visitor visit)
+struct Picture
+{
+    QByteArray png;
+    int side = 0; // in pixels
+};
+
+// The width that a PNG picture states of itself; none when the bytes are no such picture, or when
+// it is far larger than an icon.
+std::optional<int> statedSide(QByteArrayView png)
+{
+    constexpr QByteArrayView magic("\x89PNG\r\n\x1a\n");
+    constexpr qsizetype widthAt = 16;
+    if (!png.startsWith(magic) || png.size() < widthAt + 8)
+        return std::nullopt;
+    const auto width = qFromBigEndian<quint32>(png.data() + widthAt);
+    const auto height = qFromBigEndian<quint32>(png.data() + widthAt + 4);
+    if (width == 0 || height == 0 || std::max(width, height) > sideLimit)
+        return std::nullopt;
+    return static_cast<int>(width);
+}
+
+QImage decoded(Picture picture)
+{
+    QBuffer buffer(&picture.png);
+    QImageReader reader(&buffer, "png");
+    // Trying for other formats would load their plugins, and all that these lean on, at each start.
+    reader.setAutoDetectImageFormat(false);
+    return reader.read();
+}
+
+// The length that a header at the beginning of the bytes states, itself included; 0 when it is not
+// one, or states more than there is.
+qsizetype statedLength(QByteArrayView bytes)
+{
+    if (bytes.size() < headerSize)
+        return 0;
+    const qsizetype length = qFromBigEndian<quint32>(bytes.data() + 4);
+    return length >= headerSize && length <= bytes.size() ? length : 0;
+}
+
+// The PNG pictures among the entries of an .icns file, the smallest first.
+QList<Picture> pictures(const QByteArray &file)
+{
+    if (!file.startsWith("icns"))
+        return {};
+    QList<Picture> result;
+    QByteArrayView rest = QByteArrayView(file).first(statedLength(file));
+    rest = rest.sliced(std::min(headerSize, rest.size()));
+    while (const qsizetype length = statedLength(rest)) {
+        const QByteArrayView content = rest.first(length).sliced(headerSize);
+        if (const auto side = statedSide(content))
+            result.append({content.toByteArray(), *side});
+        rest = rest.sliced(length);
+    }
+    std::ranges::stable_sort(result, {}, &Picture::side);
+    return result;
+}
+
+QList<Picture> pictures(TovelIconStyle style, const Bundle &bundle)
 {
     const auto path = bundle.pathForResource(resourceName(style), u"icns"_s);
-    if (!path || QFile(*path).size() > fileLimit)
-        return;
-
-    // The file says nothing of its pictures' sizes before they are read.
-    QImageReader reader(*path, "icns");
-    reader.setAutoDetectImageFormat(false); // which would load the readers of all other formats
-    const int count = std::min(reader.imageCount(), picturesLimit);
-    for (int i = 0; i < count; ++i) {
-        if (!reader.jumpToImage(i))
-            continue;
-        const QImage picture = reader.read();
-        const bool usable
-            = !picture.isNull() && picture.width() <= sideLimit && picture.height() <= sideLimit;
-        if (usable && !visit(picture))
-            return;
-    }
+    if (!path)
+        return {};
+    QFile file(*path);
+    if (file.size() > fileLimit || !file.open(QIODevice::ReadOnly))
+        return {};
+    return pictures(file.read(fileLimit));
 }
 
 QImage scaled(const QImage &picture, int side)
@@ -49,37 +97,40 @@ QImage scaled(const QImage &picture, int side)
 
 std::optional<QImage> image(TovelIconStyle style, const Bundle &bundle)
 {
-    QImage largest;
-    visitPictures(style, bundle, [&largest](const QImage &picture) {
-        if (picture.width() > largest.width())
-            largest = picture;
-        return true;
-    });
-    return largest.isNull() ? std::nullopt : std::optional(largest);
+    const QList<Picture> all = pictures(style, bundle);
+    for (auto picture = all.crbegin(); picture != all.crend(); ++picture) {
+        if (QImage image = decoded(*picture); !image.isNull())
+            return image;
+    }
+    return std::nullopt;
 }
 
 std::optional<QImage> image(TovelIconStyle style, int side, const Bundle &bundle)
 {
-    QImage best;
-    visitPictures(style, bundle, [&best, side](const QImage &picture) {
-        if (picture.width() > best.width())
-            best = picture;
-        return best.width() < side;
-    });
-    if (best.isNull())
-        return std::nullopt;
-    return scaled(best, side);
+    const QList<Picture> all = pictures(style, bundle);
+    const auto smaller = [side](const Picture &picture) { return picture.side < side; };
+    for (auto it = std::ranges::find_if_not(all, smaller); it != all.end(); ++it) {
+        if (const QImage image = decoded(*it); !image.isNull())
+            return scaled(image, side);
+    }
+    const auto largest = image(style, bundle);
+    return largest ? std::optional(scaled(*largest, side)) : std::nullopt;
 }
 
 QList<QImage> windowImages(TovelIconStyle style, const Bundle &bundle)
 {
     QList<QImage> images;
-    visitPictures(style, bundle, [&images](const QImage &picture) {
-        const bool enough = picture.width() >= windowSide;
-        images.append(enough ? scaled(picture, windowSide) : picture);
-        return !enough;
-    });
-    return images;
+    const QList<Picture> all = pictures(style, bundle);
+    for (const Picture &picture : all) {
+        if (picture.side > windowSide)
+            break;
+        if (QImage image = decoded(picture); !image.isNull())
+            images.append(std::move(image));
+    }
+    if (!images.isEmpty())
+        return images;
+    const auto large = image(style, windowSide, bundle);
+    return large ? QList<QImage>{*large} : QList<QImage>();
 }
 
 std::optional<QImage> menuImage(TovelIconStyle style, qreal devicePixelRatio, const Bundle &bundle)

@@ -10,9 +10,9 @@
 
 namespace tovel {
 
-// The application's icon in a style: the largest picture in the bundle's file of that style
-// (.icns). Read anew at each call. Absent when the file is missing, damaged, or far larger than an
-// icon.
+// The application's icon in a style: the largest picture in the bundle's file of that style (.icns
+// with PNG pictures). Read anew at each call. Absent when the file is missing, damaged, or far
+// larger than an icon.
 std::optional<QImage> image(TovelIconStyle style, const Bundle &bundle = mainBundle());
 
 // The same icon in so many pixels: made of the file's picture for that size, which may be drawn

@@ -2,6 +2,8 @@
 
 #include "model/tovel_model.h"
 
+#include <utility>
+
 namespace tovel {
 
 ModelWatch::ModelWatch(TovelModel &model, std::function<void()> redraw, QObject *parent)

@@ -5,8 +5,6 @@
 #include <QList>
 #include <QWidget>
 
-class QVBoxLayout;
-
 namespace tovel {
 
 class OverlayScrollArea;

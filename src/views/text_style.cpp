@@ -9,9 +9,9 @@ namespace tovel {
 
 namespace {
 
-constexpr int smallestBody = 13;
+constexpr int smallestBody = 14;
 
-// How far below the body each style is, in 13ths of the body's size.
+// How far below the body each style is, in 14ths of the body's size.
 int stepsBelowBody(TextStyle style)
 {
     switch (style) {
@@ -21,9 +21,9 @@ int stepsBelowBody(TextStyle style)
     case TextStyle::callout:
         return 1;
     case TextStyle::caption:
-        return 1;
-    case TextStyle::caption2:
         return 2;
+    case TextStyle::caption2:
+        return 3;
     }
     Q_UNREACHABLE();
 }

@@ -4,7 +4,7 @@
 
 namespace tovel {
 
-// The sizes of text, from the session's own font: body is that font, but never under 13 pixels.
+// The sizes of text, from the session's own font: body is that font, but never under 14 pixels.
 enum class TextStyle { body, headline, callout, caption, caption2 };
 
 // Headline is bold unless another weight is asked for.

@@ -3,19 +3,19 @@
 #include "model/tovel_model.h"
 #include "settings/shortcut_preferences.h"
 #include "settings/updates.h"
+#include "views/colored_label.h"
+#include "views/components/menu_text.h"
 #include "views/components/plain_button.h"
-#include "views/icon_images.h"
+#include "views/icon_choice.h"
 #include "views/model_watch.h"
 #include "views/theme.h"
 #include "views/tint.h"
 
-#include <QActionGroup>
 #include <QCoreApplication>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QMenu>
-
-#include <algorithm>
+#include <QWidgetAction>
 
 namespace tovel {
 
@@ -26,6 +26,19 @@ namespace {
 constexpr int symbolSize = 18; // of a symbol set in text of 16
 constexpr int buttonSize = 28;
 constexpr QSize frame(36, 32);
+constexpr int textIndent = 26; // where the other items' texts begin
+
+// A line of a menu that is no command.
+QWidgetAction *makeText(const QString &text, QMenu &menu)
+{
+    auto *label = new ColoredLabel(text, menu.font(), secondary);
+    label->setContentsMargins(textIndent, 3, textIndent, 3);
+    auto *action = new QWidgetAction(&menu);
+    action->setText(text);
+    action->setDefaultWidget(label);
+    action->setEnabled(false);
+    return action;
+}
 
 } // namespace
 
@@ -76,12 +89,13 @@ void TovelSettingsView::fillMenu()
             [this] { m_model.refresh(); });
     connect(m_menu->addAction(u"Accessibility Settings…"_s), &QAction::triggered, this,
             [this] { m_model.requestAccess(); });
-    addIconChoice();
+    m_styles
+        = addIconChoice(*m_menu, [this](TovelIconStyle style) { m_model.setIconStyle(style); });
+    m_styles->installEventFilter(this);
     m_checkForUpdates = m_menu->addAction(u"Check for Updates…"_s);
     connect(m_checkForUpdates, &QAction::triggered, this, [this] { m_updates.check(); });
     m_menu->addSeparator();
-    QAction *version = m_menu->addAction(TovelUpdates::versionDescription());
-    version->setEnabled(false);
+    m_menu->addAction(makeText(TovelUpdates::versionDescription(), *m_menu));
     m_shortcut = m_menu->addAction(QString());
     m_shortcut->setEnabled(static_cast<bool>(m_changeShortcut));
     connect(m_shortcut, &QAction::triggered, this, [this] { m_changeShortcut(); });
@@ -92,48 +106,33 @@ void TovelSettingsView::fillMenu()
     addAction(quit); // so that the keys work while the menu is closed, too
 }
 
-void TovelSettingsView::addIconChoice()
-{
-    QMenu *choice = m_menu->addMenu(u"App icon"_s);
-    m_styles = new QActionGroup(choice);
-    for (const TovelIconStyle style : allIconStyles()) {
-        QAction *action = choice->addAction(title(style));
-        action->setCheckable(true);
-        action->setData(static_cast<int>(style));
-        if (const auto picture = menuImage(style, devicePixelRatioF()))
-            action->setIcon(QPixmap::fromImage(*picture));
-        action->setIconVisibleInMenu(true);
-        m_styles->addAction(action);
-        connect(action, &QAction::triggered, this, [this, style] { m_model.setIconStyle(style); });
-    }
-}
-
 void TovelSettingsView::redraw()
 {
     m_pin->setChecked(m_model.pinned());
     m_follow->setChecked(m_model.follow());
-    for (QAction *action : m_styles->actions())
-        action->setChecked(action->data().toInt() == static_cast<int>(m_model.iconStyle()));
+    markIconChoice(*m_styles, m_model.iconStyle());
     m_checkForUpdates->setEnabled(m_updates.canCheck());
-    // Menus take an ampersand for the mark of a key.
-    m_shortcut->setText(u"Keyboard Shortcut… ("_s
-                        + m_shortcuts.shortcut().label().replace(u'&', u"&&"_s) + u')');
+    m_shortcut->setText(
+        menuText(u"Keyboard Shortcut… ("_s + m_shortcuts.shortcut().label() + u')'));
 }
 
 void TovelSettingsView::showMenu()
 {
     redraw();
     applyTint(*m_menu);
+    applyTint(*m_styles);
     const QSize size = m_menu->sizeHint();
     const QPoint below = m_button->mapToGlobal(QPoint(0, m_button->height() + 2));
     const bool toTheRight = isRightToLeft();
     m_menu->popup(toTheRight ? below : below + QPoint(m_button->width() - size.width(), 0));
+    if (!m_button->underMouse()) // opened by key
+        m_menu->setActiveAction(m_pin);
 }
 
 bool TovelSettingsView::eventFilter(QObject *watched, QEvent *event)
 {
     // An open menu keeps the keys from all shortcuts.
-    if (watched == m_menu.get() && event->type() == QEvent::KeyPress) {
+    if (qobject_cast<QMenu *>(watched) && event->type() == QEvent::KeyPress) {
         const auto *key = static_cast<QKeyEvent *>(event);
         if (key->key() == Qt::Key_Q && key->modifiers() == Qt::ControlModifier) {
             m_menu->close();

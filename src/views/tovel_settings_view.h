@@ -6,7 +6,6 @@
 #include <memory>
 
 class QAction;
-class QActionGroup;
 class QMenu;
 
 namespace tovel {
@@ -35,7 +34,6 @@ public:
 
 private:
     void fillMenu();
-    void addIconChoice();
     void redraw();
     void showMenu();
 
@@ -47,7 +45,7 @@ private:
     std::unique_ptr<QMenu> m_menu;
     QAction *m_pin = nullptr;
     QAction *m_follow = nullptr;
-    QActionGroup *m_styles = nullptr;
+    QMenu *m_styles = nullptr;
     QAction *m_checkForUpdates = nullptr;
     QAction *m_shortcut = nullptr;
     ModelWatch *m_watch;

@@ -31,10 +31,11 @@ constexpr int verticalMargin = 12;
 constexpr int spacing = 8;
 constexpr int lowestStrip = 42;
 constexpr int highestText = 160; // a longer text scrolls
-constexpr int indicatorSize = 14;
-constexpr double dotSize = 6;
+constexpr int wheelSize = 10;
+constexpr int symbolSize = 14;
+constexpr int dotSize = 6;
 constexpr int infoSize = 14;
-constexpr int widestSkippedLabel = 360;
+constexpr int narrowestText = 240; // beside the longest label of skipped windows
 constexpr double separatorHeight = 1;
 const QColor together = QColor::fromRgbF(0.4F, 0.64F, 0.47F);
 
@@ -45,6 +46,7 @@ TovelStatusView::TovelStatusView(TovelModel &model, QWidget *parent)
     , m_model(model)
     , m_watch(new ModelWatch(
           model, [this] { redraw(); }, this))
+    , m_indicatorRoom(new QSpacerItem(0, 0))
     , m_busy(new BusyIndicator(this))
     , m_text(new ColoredLabel({}, textFont(TextStyle::caption),
                               [this](const QPalette &palette) { return textColor(palette); }))
@@ -67,7 +69,6 @@ TovelStatusView::TovelStatusView(TovelModel &model, QWidget *parent)
     m_skipped->setColor(
         [](const QPalette &palette) { return withOpacity(TovelTheme::accent(palette), 0.7); });
     m_skipped->setElideMode(Qt::ElideMiddle);
-    m_skipped->setMaximumWidth(widestSkippedLabel);
     m_skipped->setToolTip(u"Show which windows won’t move and why"_s);
     m_popover->setContent(m_skippedList);
     m_popover->setArrow(Popover::TopArrow);
@@ -75,9 +76,12 @@ TovelStatusView::TovelStatusView(TovelModel &model, QWidget *parent)
     connect(m_popover, &Popover::closed, this, [this] { m_showingSkipped = false; });
 
     auto *layout = new QHBoxLayout(this);
-    layout->setContentsMargins(sideMargin, verticalMargin, sideMargin, verticalMargin);
+    // The button's own margin is part of the strip's.
+    constexpr int endMargin = sideMargin - PlainButton::textMargin;
+    layout->setContentsMargins(sideMargin, verticalMargin, endMargin, verticalMargin);
+    m_together->setContentsMargins(0, 0, PlainButton::textMargin, 0);
     layout->setSpacing(spacing);
-    layout->addSpacing(indicatorSize + spacing);
+    layout->addSpacerItem(m_indicatorRoom);
     layout->addWidget(m_textArea, 1);
     layout->addWidget(m_together);
     layout->addWidget(m_skipped);
@@ -119,7 +123,7 @@ void TovelStatusView::toggleSkipped()
 
 int TovelStatusView::textWidth() const
 {
-    int result = width() - 2 * sideMargin - indicatorSize - spacing;
+    int result = width() - 2 * sideMargin - indicatorSize() - spacing;
     for (const QWidget *item :
          {static_cast<QWidget *>(m_together), static_cast<QWidget *>(m_skipped)}) {
         if (!item->isHidden())
@@ -130,6 +134,10 @@ int TovelStatusView::textWidth() const
 
 void TovelStatusView::fitHeight()
 {
+    const int rest = width() - 2 * sideMargin - indicatorSize() - 2 * spacing;
+    m_skipped->setMaximumWidth(std::max(rest - narrowestText, narrowestText));
+    m_indicatorRoom->changeSize(indicatorSize() + spacing, 0, QSizePolicy::Fixed);
+    layout()->invalidate();
     const int text = std::min(highestText, m_text->heightForWidth(textWidth()));
     m_textArea->setFixedHeight(std::max(lowestStrip - 2 * verticalMargin, text));
     setFixedHeight(m_textArea->height() + 2 * verticalMargin);
@@ -158,13 +166,11 @@ void TovelStatusView::paintEvent(QPaintEvent *)
         break;
     case Indicator::Together:
     case Indicator::Apart:
-        QRectF dot(0, 0, dotSize, dotSize);
-        dot.moveCenter(box.center());
         painter.setPen(Qt::NoPen);
         painter.setBrush(m_indicator == Indicator::Together
                              ? together
                              : withOpacity(TovelTheme::accent(palette()), 0.45));
-        painter.drawEllipse(dot);
+        painter.drawEllipse(box);
         break;
     }
 }
@@ -175,10 +181,24 @@ QColor TovelStatusView::textColor(const QPalette &palette) const
                                              : withOpacity(TovelTheme::accent(palette), 0.65);
 }
 
+int TovelStatusView::indicatorSize() const
+{
+    switch (m_indicator) {
+    case Indicator::Busy:
+        return wheelSize;
+    case Indicator::Warning:
+        return symbolSize;
+    case Indicator::Together:
+    case Indicator::Apart:
+        return dotSize;
+    }
+    Q_UNREACHABLE();
+}
+
 QRectF TovelStatusView::indicatorBox() const
 {
-    return mirrored(
-        QRectF(sideMargin, (height() - indicatorSize) / 2.0, indicatorSize, indicatorSize), *this);
+    const int size = indicatorSize();
+    return mirrored(QRectF(sideMargin, (height() - size) / 2.0, size, size), *this);
 }
 
 } // namespace tovel

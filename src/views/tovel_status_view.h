@@ -5,7 +5,7 @@
 #include <QList>
 #include <QWidget>
 
-class QBoxLayout;
+class QSpacerItem;
 
 namespace tovel {
 
@@ -27,8 +27,6 @@ public:
     // Borrows the model.
     explicit TovelStatusView(TovelModel &model, QWidget *parent = nullptr);
 
-    bool isShowingSkipped() const { return m_showingSkipped; }
-
 protected:
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
@@ -42,12 +40,14 @@ private:
     void fitHeight();
     int textWidth() const;
     QColor textColor(const QPalette &palette) const;
+    int indicatorSize() const;
     QRectF indicatorBox() const;
 
     TovelModel &m_model;
     ModelWatch *m_watch;
     Indicator m_indicator = Indicator::Apart;
     bool m_showingSkipped = false;
+    QSpacerItem *m_indicatorRoom; // the layout's
     BusyIndicator *m_busy;
     ColoredLabel *m_text;
     OverlayScrollArea *m_textArea;

@@ -90,7 +90,7 @@ TovelView::TovelView(TovelModel &model, QWidget *parent)
     applyTint(*this);
 
     auto *content = new QVBoxLayout;
-    content->setContentsMargins(0, contentPadding, 0, contentPadding);
+    content->setContentsMargins(0, 0, 0, contentPadding); // the flock brings its own at the top
     content->setSpacing(sectionSpacing);
     content->addWidget(m_flock, 1);
     content->addWidget(new DestinationArea(m_destination));

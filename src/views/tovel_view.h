@@ -5,8 +5,6 @@
 #include <QPointer>
 #include <QWidget>
 
-#include <QCoroTask>
-
 namespace tovel {
 
 class AddPopoverContent;

@@ -54,40 +54,26 @@ class TestSymbolTable : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void searchesPastFaults_data()
-    {
-        QTest::addColumn<MachOFault>("fault");
-        QTest::addColumn<int>(
-            "found"); // in the faulty image, in the sound one after it, or in none
-
-        QTest::newRow("sound") << MachOFault::None << 1;
-        QTest::newRow("repeated commands") << MachOFault::RepeatedCommands << 1;
-        QTest::newRow("no symbols") << MachOFault::NoSymbols << 2;
-        QTest::newRow("name outside strings") << MachOFault::NameOutsideStrings << 2;
-        QTest::newRow("symbol missing") << MachOFault::NoTarget << 2;
-        QTest::newRow("wrong magic") << MachOFault::WrongMagic << 0;
-        QTest::newRow("no commands") << MachOFault::NoCommands << 0;
-        QTest::newRow("short command") << MachOFault::ShortCommand << 0;
-        QTest::newRow("no symbol table") << MachOFault::NoSymbolTable << 0;
-        QTest::newRow("no link-edit segment") << MachOFault::NoLinkEdit << 0;
-        QTest::newRow("commands outside") << MachOFault::CommandsOutsideImage << 0;
-        QTest::newRow("symbols outside") << MachOFault::SymbolsOutsideImage << 0;
-        QTest::newRow("strings outside") << MachOFault::StringsOutsideImage << 0;
-        QTest::newRow("link-edit outside") << MachOFault::LinkEditOutsideImage << 0;
-        QTest::newRow("unterminated name") << MachOFault::UnterminatedName << 0;
-    }
-
     void searchesPastFaults()
     {
-        QFETCH(MachOFault, fault);
-        QFETCH(int, found);
-        const MachOImage first(symbol, address + 1, fault);
-        const MachOImage second(symbol, address + 2);
-        const MachOImage elsewhere(symbol, address + 3, MachOFault::WrongMagic);
-        std::array images{imageOf(elsewhere), imageOf(first), imageOf(second)};
-        images[0].name = "/usr/lib/Some.framework.dylib";
-        const auto result = findLocalSymbol(images, part, symbol.constData());
-        QCOMPARE(result.value_or(address) - address, std::uint64_t(found));
+        // In the faulty image, in the sound one after it, or in none.
+        const auto found = [](MachOFault fault) {
+            const MachOImage first(symbol, address + 1, fault);
+            const MachOImage second(symbol, address + 2);
+            const MachOImage elsewhere(symbol, address + 3, MachOFault::WrongMagic);
+            std::array images{imageOf(elsewhere), imageOf(first), imageOf(second)};
+            images[0].name = "/usr/lib/Some.framework.dylib";
+            return findLocalSymbol(images, part, symbol.constData()).value_or(address) - address;
+        };
+        using enum MachOFault;
+        for (const MachOFault fault : {None, RepeatedCommands})
+            QCOMPARE(found(fault), 1U);
+        for (const MachOFault fault : {NoSymbols, NameOutsideStrings, NoTarget})
+            QCOMPARE(found(fault), 2U);
+        for (const MachOFault fault :
+             {WrongMagic, NoCommands, ShortCommand, NoSymbolTable, NoLinkEdit, CommandsOutsideImage,
+              SymbolsOutsideImage, StringsOutsideImage, LinkEditOutsideImage, UnterminatedName})
+            QCOMPARE(found(fault), 0U);
     }
 
     void findsTheSymbolWhereverTheImageStands()

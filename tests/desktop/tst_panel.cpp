@@ -339,7 +339,6 @@ private Q_SLOTS:
             m_user.press({u"Tab"_s});
         m_user.press({u"space"_s});
         QVERIFY(m_user.find(u"Pin window"_s));
-        m_user.press({u"Down"_s});
         QVERIFY(m_user.isFocused(u"Pin window"_s));
         m_user.press({u"Down"_s, u"Return"_s});
         QVERIFY(eventually([&] { return m_user.stored().contains(u"follow"_s); }));

@@ -8,12 +8,11 @@ namespace {
 
 const RunningApp agenda{.id = u"org.agenda"_s, .name = u"Agenda"_s};
 
-SimInstalledApplication installed(double delay, const std::optional<QString> &failure = {})
+SimInstalledApplication installed(double delay)
 {
     return {.bundleIdentifier = agenda.id,
             .location = QUrl(u"file:///apps/agenda"_s),
             .launchDelay = delay,
-            .launchFailure = failure,
             .application = {.bundleIdentifier = agenda.id, .name = agenda.name}};
 }
 
@@ -33,62 +32,18 @@ private Q_SLOTS:
             model.setMessage(u"old"_s);
             world.takeChanges();
             world.defaults().takeWrites();
-            RunningApp app = agenda;
-            app.name = name;
-            model.select(app, on);
-            const auto names = *world.defaults().textDictionary(u"appNames"_s);
-            return QStringList{world.defaults().texts(u"selected"_s)->join(u','),
-                               QStringList(names.values()).join(u','),
-                               world.takeChanges().join(u','),
-                               world.defaults().takeWrites().join(u',')}
-                .join(u' ');
+            model.select({.id = agenda.id, .name = name}, on);
+            const QStringList names = world.defaults().textDictionary(u"appNames"_s)->values();
+            return world.defaults().texts(u"selected"_s)->join(u',') + u' ' + names.join(u',')
+                + u' ' + world.takeChanges().join(u',');
         };
         const QString with = u"org.agenda,org.mail,org.notes "_s;
         const QString without = u"org.mail,org.notes "_s;
-        const QString writes = u" selected,appNames"_s;
-        QCOMPARE(select(u"Agenda"_s, true),
-                 with + u"Agenda issues,message,selected,apps"_s + writes);
-        QCOMPARE(select(u"Calendar"_s, true), with + u"Calendar issues,message,apps"_s + writes);
-        QCOMPARE(select(u"Calendar"_s, false),
-                 without + u"Calendar issues,message,selected,apps"_s + writes);
-        QCOMPARE(select(u"Calendar"_s, false), without + u"Calendar issues,message"_s + writes);
-    }
-
-    void reopens_data()
-    {
-        QTest::addColumn<Change>("change");
-        QTest::addColumn<QStringList>("issues");
-        QTest::addColumn<double>("seconds"); // until it is started; 0 when that is not tried
-        QTest::newRow("starts") << Change([](auto &w) {
-            w.facts().installed.append(installed(1.5));
-        }) << QStringList() << 1.5;
-        QTest::newRow("does not start")
-            << Change([](auto &w) { w.facts().installed.append(installed(1.5, u"No memory"_s)); })
-            << QStringList{u"Couldn’t open Agenda: No memory"_s} << 1.5;
-        QTest::newRow("not installed")
-            << nothing
-            << QStringList{u"Couldn’t find Agenda. Reinstall it or remove it from your flock."_s}
-            << 0.0;
-    }
-
-    void reopens()
-    {
-        QFETCH(Change, change);
-        QFETCH(QStringList, issues);
-        QFETCH(double, seconds);
-        ModelWorld world;
-        change(world);
-        TovelModel &model = world.start();
-        model.setIssues({u"old"_s});
-        world.desktop.removeWindow(102);
-        const auto task = model.reopen(agenda);
-        QCOMPARE(model.windows().size(), 2);
-        QVERIFY(world.finish(task));
-        QCOMPARE(world.elapsed(), seconds);
-        QCOMPARE(model.issues(), issues);
-        QCOMPARE(model.windows().size(), seconds > 0 ? 1 : 2); // looked afresh, or not
-        QCOMPARE(world.desktop.takeJournal().join(u','),
-                 seconds > 0 ? u"open file:///apps/agenda"_s : QString());
+        QCOMPARE(select(u"Agenda"_s, true), with + u"Agenda issues,message,selected,apps"_s);
+        QCOMPARE(world.defaults().takeWrites(), (QStringList{u"selected"_s, u"appNames"_s}));
+        QCOMPARE(select(u"Later"_s, true), with + u"Later issues,message,apps"_s);
+        QCOMPARE(select(u"Later"_s, false), without + u"Later issues,message,selected,apps"_s);
+        QCOMPARE(select(u"Later"_s, false), without + u"Later issues,message"_s);
     }
 
     void reopenWaitsForMigration()

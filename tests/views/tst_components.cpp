@@ -91,42 +91,34 @@ private Q_SLOTS:
         surface.setGeometry(150, 100, 100, 60); // away from the mouse
         m_window->show();
         QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
-        const QPoint middle(50, 30);
-        const QPoint beside(30, 30);
-        const QPoint edge(50, 1);
-        const auto look = [&] { return surface.grab().toImage(); };
-        const auto at = [&](const QPoint &point) { return look().pixelColor(point); };
-
-        const QColor plain = at(beside);
+        const auto at = [&](int x, int y) { return surface.grab().toImage().pixelColor(x, y); };
+        const QColor plain = at(30, 30);
         QCOMPARE(plain, controlBackground(surface.palette()));
-        QCOMPARE(look().pixelColor(0, 0), windowBackground(surface.palette())); // the corner
         send(surface, QEvent::Enter);
-        const QColor hovered = at(beside);
+        const QColor hovered = at(30, 30);
         QVERIFY(hovered != plain);
         surface.setDown(true);
-        QVERIFY(at(beside) != hovered);
+        QVERIFY(at(30, 30) != hovered);
         surface.setDown(false);
         send(surface, QEvent::Leave);
-        QCOMPARE(at(beside), plain);
+        QCOMPARE(at(30, 30), plain);
 
         const QColor accent = TovelTheme::accent(surface.palette());
         for (const bool highlighted : {false, true}) {
             surface.setHighlighted(highlighted);
-            surface.clearFocus();
-            QVERIFY(at(edge) != accent);
-            surface.setFocus(Qt::TabFocusReason);
-            QTRY_COMPARE(at(edge), accent);
-            surface.clearFocus();
             surface.setFocus(Qt::MouseFocusReason);
-            QVERIFY(at(edge) != accent);
+            QVERIFY(at(50, 1) != accent);
+            surface.clearFocus();
+            surface.setFocus(Qt::TabFocusReason);
+            QTRY_COMPARE(at(50, 1), accent);
+            surface.clearFocus();
         }
-        QVERIFY(at(beside) != plain);
-
-        QCOMPARE(at(middle), QColor(Qt::black));
+        QVERIFY(at(30, 30) != plain);
+        QCOMPARE(at(50, 30), QColor(Qt::black));
         surface.setActionable(false);
-        QVERIFY(at(middle) != QColor(Qt::black));
+        QVERIFY(at(50, 30) != QColor(Qt::black));
         surface.setDimsWhenDisabled(false);
-        QCOMPARE(at(middle), QColor(Qt::black));
+        QCOMPARE(at(50, 30), QColor(Qt::black));
     }
 
     void buttonIsClickedByKeysAndInsideItsShape()
@@ -142,29 +134,17 @@ private Q_SLOTS:
         QTest::mouseClick(&surface, Qt::LeftButton, {}, {50, 30});
         QCOMPARE(clicked.count(), 4);
         QTest::mouseClick(&surface, Qt::LeftButton, {}, {1, 0});
-        QTest::keyClick(&surface, Qt::Key_A);
-        QCOMPARE(clicked.count(), 4);
-
         surface.setActionable(false);
-        for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Return})
-            QTest::keyClick(&surface, key);
+        QTest::keyClick(&surface, Qt::Key_Space);
         QTest::mouseClick(&surface, Qt::LeftButton, {}, {50, 30});
         QCOMPARE(clicked.count(), 4);
     }
 
-    void assistiveProgramsReadAButton()
+    void assistiveProgramsPressOnlyWhatIsActionable()
     {
         Square surface(m_window.get());
-        surface.setAccessibleName(u"Move"_s);
         QAccessibleInterface *read = QAccessible::queryAccessibleInterface(&surface);
-        QVERIFY(read);
-        QCOMPARE(read->role(), QAccessible::Button);
         QVERIFY(!read->state().selectable);
-
-        surface.setAccessibleValue(u"3 windows"_s);
-        QCOMPARE(read->text(QAccessible::Name), u"Move"_s);
-        QCOMPARE(read->text(QAccessible::Value), u"3 windows"_s);
-        QCOMPARE(read->text(QAccessible::Description), u"3 windows"_s);
         surface.setAccessibleSelected(true);
         QVERIFY(read->state().selectable && read->state().selected && !read->state().disabled);
         surface.setActionable(false);
@@ -173,24 +153,10 @@ private Q_SLOTS:
             QAccessibleActionInterface::pressAction()));
 
         PlainButton plain(m_window.get());
-        plain.setText(u"Skipped"_s);
-        read = QAccessible::queryAccessibleInterface(&plain);
-        QCOMPARE(read->text(QAccessible::Name), u"Skipped"_s);
         QSignalSpy clicked(&plain, &QAbstractButton::clicked);
-        read->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+        QAccessible::queryAccessibleInterface(&plain)->actionInterface()->doAction(
+            QAccessibleActionInterface::pressAction());
         QTRY_COMPARE(clicked.count(), 1);
-    }
-
-    void plainButtonIsAsLargeAsItsContent()
-    {
-        PlainButton button;
-        button.setSymbol(u"plus"_s, 16);
-        QCOMPARE(button.sizeHint(), QSize(16, 16));
-        button.setText(u"A text much longer than there is room for"_s);
-        QVERIFY(button.sizeHint().width() > button.fontMetrics().horizontalAdvance(button.text()));
-        QCOMPARE(button.minimumSizeHint(), button.sizeHint());
-        button.setElideMode(Qt::ElideMiddle);
-        QVERIFY(button.minimumSizeHint().width() < button.sizeHint().width() / 2);
     }
 
     void handIsPoppedAsOftenAsPushed()
@@ -199,49 +165,32 @@ private Q_SLOTS:
         PointingCursor *cursor = pointingCursor(button.get());
         m_window->show();
         const auto hand = [] { return QGuiApplication::overrideCursor() != nullptr; };
+        send(*button, QEvent::Enter);
+        send(*button, QEvent::Enter);
+        QVERIFY(hand());
+        send(*button, QEvent::Leave);
+        QVERIFY(!hand());
 
-        for (int i = 0; i < 100; ++i) {
-            send(*button, QEvent::Enter);
+        QWidget popup(m_window.get(), Qt::Popup);
+        const std::function<void()> ends[] = {
+            [&] { m_window->setEnabled(false); },
+            [&] { cursor->setEnabled(false); },
+            [&] { popup.show(); },
+            [&] { button->hide(); },
+            [&] { button.reset(); },
+        };
+        for (const auto &end : ends) {
+            m_window->setEnabled(true);
+            cursor->setEnabled(true);
+            popup.hide();
+            button->show();
+            QVERIFY(!hand());
+            send(*button, QEvent::Leave);
             send(*button, QEvent::Enter);
             QVERIFY(hand());
-            send(*button, QEvent::Leave);
+            end();
             QVERIFY(!hand());
         }
-
-        send(*button, QEvent::Enter);
-        m_window->setEnabled(false);
-        QVERIFY(!hand());
-        send(*button, QEvent::Leave);
-        send(*button, QEvent::Enter);
-        QVERIFY(!hand());
-        m_window->setEnabled(true);
-        QVERIFY(!hand());
-        send(*button, QEvent::Leave);
-
-        send(*button, QEvent::Enter);
-        QVERIFY(hand());
-        cursor->setEnabled(false);
-        QVERIFY(!hand());
-        cursor->setEnabled(true);
-        send(*button, QEvent::Leave);
-
-        send(*button, QEvent::Enter);
-        QWidget popup(m_window.get(), Qt::Popup);
-        popup.show();
-        QVERIFY(!hand());
-        popup.hide();
-
-        send(*button, QEvent::Leave);
-        send(*button, QEvent::Enter);
-        QVERIFY(hand());
-        button->hide();
-        QVERIFY(!hand());
-        button->show();
-        send(*button, QEvent::Leave);
-        send(*button, QEvent::Enter);
-        QVERIFY(hand());
-        button.reset();
-        QVERIFY(!hand());
     }
 
     void symbolsAreMasksOfTheirColour()
@@ -263,80 +212,69 @@ private Q_SLOTS:
         })));
     }
 
-    void textBlocksWrapAndEnd_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<int>("lines"); // of at most 2
-        QTest::newRow("empty") << QString() << 1;
-        QTest::newRow("one word") << u"Mail"_s << 1;
-        QTest::newRow("two lines") << u"Several words here"_s << 2;
-        QTest::newRow("more than fit") << u"many "_s.repeated(5000) << 2;
-        QTest::newRow("one long word") << QString(500, u'w') << 2;
-        QTest::newRow("line break") << u"a\nb"_s << 1;
-        QTest::newRow("right to left") << u"שלום שלום שלום שלום"_s << 2;
-    }
-
     void textBlocksWrapAndEnd()
     {
-        QFETCH(QString, text);
-        QFETCH(int, lines);
         const QFont font = systemFont(13);
         const QFontMetrics metrics(font);
         const int width = metrics.horizontalAdvance(u"Several words"_s) + 2;
-        const int height = textBlockHeight(text, font, width, 2);
-        QCOMPARE(height, metrics.height() + (lines - 1) * metrics.lineSpacing());
-
-        const QRectF box(20, 20, width, height);
-        const QImage image = painted(200, 1, [&](QPainter &painter) {
-            paintTextBlock(painter, box, text, font, Qt::black, 2, Qt::AlignLeft | Qt::AlignTop);
-        });
-        QCOMPARE(isBlank(image.copy(box.toRect())), text.isEmpty());
-        QVERIFY(isBlank(image.copy(0, 0, 16, 200)));
-        QVERIFY(isBlank(image.copy(24 + width, 0, 176 - width, 200)));
-        QVERIFY(isBlank(image.copy(0, 24 + height, 200, 176 - height)));
-    }
-
-    void iconsAreFittedOrMissing_data()
-    {
-        QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<QSize>("size"); // of an icon of 36 at a ratio of 1.5
-        const auto svg = [](const char *size) {
-            return QByteArray("<svg xmlns='http://www.w3.org/2000/svg' ") + size
-                + "><rect width='9' height='9'/></svg>";
+        const std::pair<QString, int> rows[] = {
+            {{}, 1},
+            {u"Several words here"_s, 2},
+            {u"many "_s.repeated(5000), 2},
+            {QString(500, u'w'), 2},
+            {u"a\nb"_s, 1},
+            {u"שלום שלום שלום שלום"_s, 2},
         };
-        QTest::newRow("drawing") << svg("width='10' height='10'") << QSize(54, 54);
-        QTest::newRow("wide drawing") << svg("width='20' height='10'") << QSize(54, 27);
-        QTest::newRow("huge drawing") << svg("width='90000' height='90000'") << QSize();
-        QTest::newRow("picture") << QByteArray("P1 4 2 1 1 1 1 1 1 1 1") << QSize(54, 27);
-        QTest::newRow("huge picture") << QByteArray("P1 100000 100000 1 1") << QSize();
-        QTest::newRow("damaged") << QByteArray("\x89PNG\r\n\x1a\n and no more") << QSize();
-        QTest::newRow("too much") << QByteArray(9 << 20, ' ') << QSize();
-        QTest::newRow("empty") << QByteArray() << QSize();
+        for (const auto &[text, lines] : rows) {
+            const int height = textBlockHeight(text, font, width, 2);
+            QCOMPARE(height, metrics.height() + (lines - 1) * metrics.lineSpacing());
+            const QRectF box(20, 20, width, height);
+            QImage image = painted(200, 1, [&](QPainter &painter) {
+                paintTextBlock(painter, box, text, font, Qt::black, 2,
+                               Qt::AlignLeft | Qt::AlignTop);
+            });
+            QCOMPARE(isBlank(image.copy(box.toRect())), text.isEmpty());
+            QPainter eraser(&image);
+            eraser.setCompositionMode(QPainter::CompositionMode_Clear);
+            eraser.fillRect(box.adjusted(-4, -4, 4, 4), Qt::black);
+            QVERIFY(isBlank(image));
+        }
     }
 
     void iconsAreFittedOrMissing()
     {
-        QFETCH(QByteArray, content);
-        QFETCH(QSize, size);
-        QTemporaryDir folder;
-        const QString path = folder.filePath(u"icon"_s);
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(content);
-        file.close();
-
-        for (const QString &source : {path, path + u"-missing"_s, folder.path()}) {
-            const bool here = source == path;
+        const auto svg = [](const char *size) {
+            return QByteArray("<svg xmlns='http://www.w3.org/2000/svg' ") + size
+                + "><rect width='9' height='9'/></svg>";
+        };
+        const std::pair<QByteArray, QSize> rows[] = {
+            {svg("width='20' height='10'"), QSize(54, 27)},
+            {svg("width='90000' height='90000'"), QSize()},
+            {"P1 4 2 1 1 1 1 1 1 1 1", QSize(54, 27)},
+            {"P1 100000 100000 1 1", QSize()},
+            {"\x89PNG\r\n\x1a\n and no more", QSize()},
+            {QByteArray(9 << 20, ' '), QSize()},
+        };
+        const QTemporaryDir folder;
+        const auto size = [](const QString &source) {
+            if (isBlank(painted(36, 1.5, [&](QPainter &painter) {
+                    paintAppIcon(painter, NSImage{source}, QRectF(0, 0, 36, 36), {});
+                })))
+                qFatal("nothing stands in for %s", qPrintable(source));
             const QPixmap pixmap = appIconPixmap(NSImage{source}, 36, 1.5);
-            QCOMPARE(pixmap.isNull(), !here || size.isEmpty());
-            if (!pixmap.isNull())
-                QCOMPARE(pixmap.size(), size);
-            QVERIFY(!isBlank(painted(36, 1.5, [&](QPainter &painter) {
-                paintAppIcon(painter, NSImage{source}, QRectF(0, 0, 36, 36), {});
-            })));
+            return pixmap.isNull() ? QSize() : pixmap.size();
+        };
+        for (const auto &[content, fitted] : rows) {
+            QFile file(folder.filePath(QString::number(content.size())));
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            file.write(content);
+            file.close();
+            QCOMPARE(size(file.fileName()), fitted);
         }
+        for (const QString &missing :
+             {folder.filePath(u"none"_s), folder.path(), u"no-such-icon.png"_s})
+            QCOMPARE(size(missing), QSize());
         QVERIFY(appIconPixmap(std::nullopt, 36, 1).isNull());
-        QVERIFY(appIconPixmap(NSImage{u"no-such-icon.png"_s}, 36, 1).isNull());
     }
 
 private:

@@ -64,6 +64,17 @@ private Q_SLOTS:
                 != image(TovelIconStyle::dark)->constBits());
     }
 
+    void asManyPixelsAsAreAskedForAreMadeOfTheFilesPictures()
+    {
+        QList<int> sides;
+        for (const QImage &picture : windowImages(TovelIconStyle::light))
+            sides.append(picture.width());
+        QCOMPARE(sides, QList<int>({16, 32, 64, 128}));
+        QCOMPARE(image(TovelIconStyle::light, 64), windowImages(TovelIconStyle::light)[2]);
+        for (const int side : {10, 23, 700})
+            QCOMPARE(image(TovelIconStyle::light, side)->size(), QSize(side, side));
+    }
+
     void aFileThatIsNoIconGivesNone_data()
     {
         QTest::addColumn<QByteArray>("file");
@@ -98,6 +109,7 @@ private Q_SLOTS:
         const auto found = image(TovelIconStyle::light, bundle);
         QCOMPARE(found ? found->width() : 0, side);
         QCOMPARE(menuImage(TovelIconStyle::light, 1, bundle).has_value(), side > 0);
+        QCOMPARE(windowImages(TovelIconStyle::light, bundle).isEmpty(), side == 0);
         QVERIFY(!image(TovelIconStyle::dark, bundle));
     }
 };

@@ -59,7 +59,7 @@ TovelWindow::TovelWindow(QWidget *parent)
                    | Qt::WindowCloseButtonHint);
     setWindowTitle(u"Tovel"_s);
     setMinimumSize(ContentMinSize + QSize(0, ToolbarRow::Height));
-    resize(InitialSize);
+    resize(InitialSize + QSize(0, ToolbarRow::Height));
     auto *rows = new QVBoxLayout(this);
     // The content's own wishes do not make the window larger.
     rows->setSizeConstraint(QLayout::SetNoConstraint);
@@ -67,6 +67,10 @@ TovelWindow::TovelWindow(QWidget *parent)
     rows->setSpacing(0);
     rows->addWidget(m_toolbar);
     rows->addStretch();
+    connect(qApp, &QCoreApplication::aboutToQuit, this, [this] {
+        if (isVisible())
+            saveWindowFrame();
+    });
 }
 
 TovelWindow::~TovelWindow() = default;

@@ -25,7 +25,7 @@ class TovelWindow final : public QWidget
     Q_OBJECT
 
 public:
-    static constexpr QSize InitialSize{940, 720}; // of the content with the toolbar row
+    static constexpr QSize InitialSize{940, 720}; // below the toolbar row
     static constexpr QSize ContentMinSize{900, 440}; // below the toolbar row
 
     explicit TovelWindow(QWidget *parent = nullptr);

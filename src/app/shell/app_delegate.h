@@ -1,17 +1,26 @@
 #pragma once
 
+#include "app/shell/global_shortcut.h"
+#include "model/tovel_model.h"
 #include "platform/updater.h"
+#include "settings/icon_style.h"
 #include "settings/shortcut_preferences.h"
 #include "settings/updates.h"
 
 #include <QObject>
 
+#include <QCoroTask>
+
+#include <cstdint>
 #include <memory>
+#include <optional>
+
+class QMenu;
 
 namespace tovel {
 
 class Platform;
-class TovelModel;
+class StatusItem;
 class TovelWindow;
 
 // The interactive program: owns what lives as long as it does, wires the model's callbacks to the
@@ -34,22 +43,38 @@ public:
     // Shows the panel unless it has the keyboard; then hides it.
     void toggle();
 
+    // Records a new shortcut; returns when the editor has closed. Nothing while it is open.
+    void editShortcut();
+
     bool isPanelVisible() const;
     TovelModel &model() { return *m_model; }
-    TovelWindow &panel() { return *m_panel; }
+    TovelWindow &panel() const { return *m_panel; }
 
 private:
     void makePanel();
     void applyAppIcon();
-    void activate();
+    // Brings what is shown to the front, dialogs above the panel. Shows nothing that is hidden.
+    void activateIgnoringOtherApps();
     void rememberAccess();
+    void tellUnstored(TovelModel::Property property);
     void requestAccessOnce();
+    void installHotKey();
+    void makeStatusItem();
+    void showShortcut();
+    void endUnreachable();
+    std::unique_ptr<QMenu> makeMenu();
+    void moveFromMenu(std::uint64_t desktop);
+    QCoro::Task<> moveAndReport(Desktop desktop);
 
     Platform &m_platform;
     ShortcutPreferences m_shortcuts;
     TovelUpdates m_updates;
     std::unique_ptr<TovelModel> m_model;
+    std::optional<TovelIconStyle> m_shownIcon; // that the windows have
     std::unique_ptr<TovelWindow> m_panel; // its views borrow all of the above
+    std::unique_ptr<StatusItem> m_status;
+    GlobalShortcut m_hotKey;
+    bool m_editing = false;
 };
 
 } // namespace tovel

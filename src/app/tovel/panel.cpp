@@ -1,7 +1,9 @@
 #include "app/tovel/panel.h"
 
 #include "app/console.h"
+#include "app/interrupt.h"
 #include "app/panel/appearance_follower.h"
+#include "app/panel/tovel_window.h"
 #include "app/platform_choice.h"
 #include "app/shell/app_delegate.h"
 #include "app/updates/update_dialogs.h"
@@ -54,14 +56,20 @@ int runPanel(int &argc, char **argv, QTextStream &err)
         err << "tovel: " << printable(choice->missingSession()) << Qt::endl;
     Platform &platform = choice->platform();
     const PlatformInstallation installation(platform);
+    QApplication::setQuitOnLastWindowClosed(false);
     const AppearanceFollower appearance;
-    UpdateDialogs updateDialogs;
+    const AppDelegate *shown = nullptr;
+    UpdateDialogs updateDialogs(&QDesktopServices::openUrl, [&shown] {
+        return shown && shown->isPanelVisible() ? shown->panel().windowHandle() : nullptr;
+    });
     AppDelegate delegate(platform,
                          appcastUpdaterFactory(updaterConfiguration(mainBundle()), platform.clock(),
                                                platform.userDefaults().standardUserDefaults(),
                                                updateDialogs));
+    shown = &delegate;
     choice->setVisibleWindowTest([&delegate] { return delegate.isPanelVisible(); });
     delegate.applicationDidFinishLaunching();
+    const Interrupt interrupt([](int) { QCoreApplication::quit(); });
     return QApplication::exec();
 }
 

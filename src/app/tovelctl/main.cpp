@@ -1,9 +1,9 @@
 #include "app/choices_lock.h"
 #include "app/console.h"
+#include "app/interrupt.h"
 #include "app/platform_choice.h"
 #include "app/tovelctl/arguments.h"
 #include "app/tovelctl/commands.h"
-#include "app/tovelctl/interrupt.h"
 #include "platform/user_defaults.h"
 
 #include <QCoreApplication>

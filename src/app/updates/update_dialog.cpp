@@ -1,6 +1,7 @@
 #include "app/updates/update_dialog.h"
 
 #include "views/text_style.h"
+#include "views/tint.h"
 
 #include <QLabel>
 #include <QPlainTextEdit>
@@ -45,6 +46,7 @@ UpdateDialog::UpdateDialog(const QString &heading, const QString &text)
     layout->addWidget(m_buttons);
     setText(text);
     connect(m_buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    applyTint(*this);
 }
 
 void UpdateDialog::setText(const QString &text)

@@ -5,6 +5,7 @@
 
 #include <QLocale>
 #include <QPushButton>
+#include <QWindow>
 
 #include <utility>
 
@@ -35,8 +36,9 @@ QString releaseText(const ProgramVersion &current, const SUAppcastItem &item)
 
 } // namespace
 
-UpdateDialogs::UpdateDialogs(PageOpener openPage)
+UpdateDialogs::UpdateDialogs(PageOpener openPage, Owner owner)
     : m_openPage(std::move(openPage))
+    , m_owner(std::move(owner))
 { }
 
 UpdateDialogs::~UpdateDialogs() = default;
@@ -98,6 +100,10 @@ void UpdateDialogs::show(std::unique_ptr<UpdateDialog> dialog, std::function<voi
         m_dialog.release()->deleteLater();
         closed();
     });
+    if (QWindow *owner = m_owner ? m_owner() : nullptr) {
+        m_dialog->winId(); // makes the window that the next line speaks of
+        m_dialog->windowHandle()->setTransientParent(owner);
+    }
     m_dialog->show();
     m_dialog->raise();
     m_dialog->activateWindow();

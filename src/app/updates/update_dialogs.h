@@ -9,6 +9,8 @@
 #include <functional>
 #include <memory>
 
+class QWindow;
+
 namespace tovel {
 
 class UpdateDialog;
@@ -20,7 +22,10 @@ public:
     // Shows a page to the user; false when it cannot.
     using PageOpener = std::function<bool(const QUrl &page)>;
 
-    explicit UpdateDialogs(PageOpener openPage = &QDesktopServices::openUrl);
+    // The window that the dialogs are to stay above; null when there is none.
+    using Owner = std::function<QWindow *()>;
+
+    explicit UpdateDialogs(PageOpener openPage = &QDesktopServices::openUrl, Owner owner = {});
     ~UpdateDialogs() override;
 
     void showChecking(std::function<void()> cancel) override;
@@ -38,6 +43,7 @@ private:
     void openPage(UpdateDialog &dialog, const QUrl &page);
 
     PageOpener m_openPage;
+    Owner m_owner;
     std::unique_ptr<UpdateDialog> m_dialog;
 };
 

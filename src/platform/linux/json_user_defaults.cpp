@@ -28,7 +28,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr auto lockWait = 2s;
+constexpr auto lockWait = 200ms; // the caller may be a user interface
 constexpr auto lockRetry = 4ms; // QLockFile's own waits grow so long that a busy writer starves us
 // A writer that was killed may leave a lock file without its name in it, which only age tells from
 // a lock. The lock of a living process is safe from this: QLockFile holds the file natively as

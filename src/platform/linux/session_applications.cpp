@@ -89,10 +89,7 @@ const QList<SessionApplicationRef> &SessionApplications::running()
 SessionApplicationRef SessionApplications::withProcess(std::int32_t platformProcess)
 {
     update();
-    const auto found = std::find_if(m_running.cbegin(), m_running.cend(), [&](const auto &it) {
-        return it->processIdentifier() == platformProcess;
-    });
-    return found == m_running.cend() ? nullptr : *found;
+    return m_byProcess.value(platformProcess);
 }
 
 SessionApplicationRef SessionApplications::ownerOf(std::uint32_t window)
@@ -162,6 +159,7 @@ void SessionApplications::update()
     }
 
     m_running.clear();
+    m_byProcess.clear();
     for (const Entry &entry : m_applications) {
         SessionApplication &application = *entry.application;
         const bool isRegular
@@ -170,6 +168,7 @@ void SessionApplications::update()
         application.m_policy = isRegular ? NSApplicationActivationPolicy::Regular
                                          : NSApplicationActivationPolicy::Accessory;
         m_running.append(entry.application);
+        m_byProcess.insert(application.processIdentifier(), entry.application);
     }
 }
 

@@ -120,6 +120,7 @@ private:
     QList<std::uint32_t> m_order;
     std::vector<Entry> m_applications;
     QList<SessionApplicationRef> m_running;
+    QHash<std::int32_t, SessionApplicationRef> m_byProcess; // the same
     QHash<std::uint32_t, SessionApplicationRef> m_byWindow;
     std::int32_t m_nextInventedProcess;
 };

@@ -1,6 +1,7 @@
 #include "views/components/accessible_surface.h"
 
 #include "views/components/painted_button.h"
+#include "views/components/popover.h"
 
 #include <QAccessibleWidget>
 
@@ -59,8 +60,51 @@ public:
             m_button->animateClick();
     }
 
+    // A popover is a window of its own, which the toolkit lists nowhere.
+    int childCount() const override
+    {
+        return QAccessibleWidget::childCount() + static_cast<int>(popovers().size());
+    }
+
+    QAccessibleInterface *child(int index) const override
+    {
+        const int inside = QAccessibleWidget::childCount();
+        if (index < inside)
+            return QAccessibleWidget::child(index);
+        return QAccessible::queryAccessibleInterface(popovers().value(index - inside));
+    }
+
+    int indexOfChild(const QAccessibleInterface *child) const override
+    {
+        const auto at = child ? popovers().indexOf(qobject_cast<Popover *>(child->object())) : -1;
+        return at < 0 ? QAccessibleWidget::indexOfChild(child)
+                      : QAccessibleWidget::childCount() + static_cast<int>(at);
+    }
+
 private:
+    QList<Popover *> popovers() const
+    {
+        QList<Popover *> open
+            = m_button->findChildren<Popover *>(QString(), Qt::FindDirectChildrenOnly);
+        open.removeIf([](const Popover *popover) { return !popover->isOpen(); });
+        return open;
+    }
+
     PaintedButton *m_button;
+};
+
+// Belongs to its anchor rather than to the application.
+class AccessiblePopover final : public QAccessibleWidget
+{
+public:
+    explicit AccessiblePopover(QWidget *popover)
+        : QAccessibleWidget(popover, QAccessible::Dialog)
+    { }
+
+    QAccessibleInterface *parent() const override
+    {
+        return QAccessible::queryAccessibleInterface(widget()->parentWidget());
+    }
 };
 
 // Stays in the tree, as every widget does, but is not shown there.
@@ -86,6 +130,8 @@ QAccessibleInterface *makeInterface(const QString &key, QObject *object)
     auto *widget = static_cast<QWidget *>(object);
     if (key == "tovel::PaintedButton"_L1)
         return new AccessibleSurface(static_cast<PaintedButton *>(widget));
+    if (key == "tovel::Popover"_L1)
+        return new AccessiblePopover(widget);
     if (key == "tovel::AppIcon"_L1)
         return new AccessibleOrnament(widget);
     const QVariant role = widget->property(roleProperty);

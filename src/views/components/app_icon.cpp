@@ -7,10 +7,12 @@
 #include "views/theme.h"
 
 #include <QCache>
+#include <QFile>
 #include <QFileInfo>
 #include <QIcon>
 #include <QImageReader>
 #include <QPainter>
+#include <QRegularExpression>
 
 #include <algorithm>
 
@@ -21,6 +23,7 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qint64 largestFile = 8 * 1024 * 1024;
+constexpr qint64 largestDrawing = 512 * 1024;
 constexpr int largestSide = 4096;
 constexpr int cacheKibibytes = 8 * 1024;
 
@@ -55,6 +58,23 @@ QImage fitted(const QImage &image, int pixels)
     return image.scaled(pixels, pixels, Qt::KeepAspectRatio, Qt::SmoothTransformation);
 }
 
+bool isVector(const QImageReader &reader)
+{
+    return reader.format() == "svg" || reader.format() == "svgz";
+}
+
+// Whether a drawing shows a picture from elsewhere, which may be anything, such as a pipe that
+// never ends. Pictures within the drawing are in order.
+bool refersToOthers(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return true;
+    static const QRegularExpression reference(
+        QStringLiteral("<image[^>]*href\\s*=\\s*[\"'](?!\\s*data:)"));
+    return QString::fromUtf8(file.readAll()).contains(reference);
+}
+
 QImage fromFile(const QString &path, int pixels)
 {
     const QFileInfo file(path);
@@ -62,10 +82,12 @@ QImage fromFile(const QString &path, int pixels)
         return {};
     QImageReader reader(path);
     reader.setDecideFormatFromContent(true);
+    if (isVector(reader) && (file.size() > largestDrawing || refersToOthers(path)))
+        return {};
     const QSize size = reader.size();
     if (!size.isValid() || size.width() > largestSide || size.height() > largestSide)
         return {};
-    if (reader.format() == "svg" || reader.format() == "svgz")
+    if (isVector(reader))
         reader.setScaledSize(size.scaled(pixels, pixels, Qt::KeepAspectRatio));
     return fitted(reader.read(), pixels);
 }

@@ -8,6 +8,7 @@
 #include "views/components/text_block.h"
 #include "views/text_style.h"
 #include "views/theme.h"
+#include "views/tint.h"
 
 #include <QApplication>
 #include <QContextMenuEvent>
@@ -69,6 +70,7 @@ ChosenAppCard::ChosenAppCard(const RunningApp &app, QWidget *parent)
 
     m_removeButton->setSymbol(u"xmark"_s, xmarkSize);
     m_removeButton->setFixedSize(removeSize, removeSize);
+    m_removeButton->setFocusPolicy(Qt::TabFocus);
     m_removeButton->setColor([this](const QPalette &palette) {
         const bool shown = m_hovered || m_removeButton->hasFocus();
         return shown ? secondary(palette) : QColor(Qt::transparent);
@@ -127,7 +129,8 @@ void ChosenAppCard::showApp()
 
 void ChosenAppCard::remove()
 {
-    // Removed by the keyboard, the card leaves the focus to what comes after it.
+    // Removed by the keyboard, the card leaves the focus to what comes after it. The mouse gives
+    // it none.
     for (int stops = 2; stops > 0 && isAncestorOf(QApplication::focusWidget()); --stops)
         focusNextChild();
     // A copy, as the card may go.
@@ -155,6 +158,7 @@ void ChosenAppCard::setOpening(bool opening)
 void ChosenAppCard::contextMenuEvent(QContextMenuEvent *event)
 {
     auto *menu = new QMenu(this);
+    applyTint(*menu);
     menu->setAttribute(Qt::WA_DeleteOnClose);
     QAction *action = menu->addAction(menuText(*this));
     // Later, when the menu that the card owns is no longer at work.

@@ -2,6 +2,8 @@
 
 #include "views/components/device_pixels.h"
 
+#include <QCache>
+#include <QImage>
 #include <QPainter>
 #include <QTransform>
 
@@ -72,6 +74,45 @@ void addCorner(QPainterPath &path, const Corner &corner, const QTransform &place
         path.cubicTo(place.map(points[i]), place.map(points[i + 1]), place.map(points[i + 2]));
 }
 
+// Curves are costly, and a panel paints few kinds of boxes many times.
+constexpr int cacheKibibytes = 2048;
+
+struct Box // in pixels
+{
+    QSize size;
+    double radius = 0;
+    QRgb fill = 0;
+    QRgb border = 0;
+    double borderWidth = 0;
+
+    bool operator==(const Box &) const = default;
+};
+
+size_t qHash(const Box &box, size_t seed = 0)
+{
+    return qHashMulti(seed, box.size.width(), box.size.height(), box.radius, box.fill, box.border,
+                      box.borderWidth);
+}
+
+QImage render(const Box &box)
+{
+    QImage image(box.size, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QRectF outer = image.rect();
+    if (qAlpha(box.fill) > 0)
+        painter.fillPath(continuousRoundedRect(outer, box.radius), QColor::fromRgba(box.fill));
+    if (qAlpha(box.border) > 0) {
+        const double inset = box.borderWidth / 2;
+        painter.setPen(QPen(QColor::fromRgba(box.border), box.borderWidth));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawPath(continuousRoundedRect(outer.adjusted(inset, inset, -inset, -inset),
+                                               std::max(0.0, box.radius - inset)));
+    }
+    return image;
+}
+
 } // namespace
 
 QPainterPath continuousRoundedRect(const QRectF &rect, double radius)
@@ -103,20 +144,24 @@ QPainterPath capsule(const QRectF &rect)
 void paintContinuousRoundedRect(QPainter &painter, const QRectF &rect, double radius,
                                 const QColor &fill, const QColor &border, double borderWidth)
 {
-    const QRectF outer = insideDevicePixels(painter, rect);
-    painter.save();
-    painter.setRenderHint(QPainter::Antialiasing);
-    if (fill.isValid() && fill.alpha() > 0)
-        painter.fillPath(continuousRoundedRect(outer, radius), fill);
-    if (border.isValid() && border.alpha() > 0) {
-        const double width = deviceLineWidth(painter, borderWidth);
-        const double inset = width / 2;
-        painter.setPen(QPen(border, width));
-        painter.setBrush(Qt::NoBrush);
-        painter.drawPath(continuousRoundedRect(outer.adjusted(inset, inset, -inset, -inset),
-                                               std::max(0.0, radius - inset)));
+    static QCache<Box, QImage> cache(cacheKibibytes);
+    const QTransform toDevice = painter.deviceTransform();
+    const QRect pixels = toDevice.mapRect(insideDevicePixels(painter, rect)).toRect();
+    if (pixels.isEmpty())
+        return;
+    const double scale = std::abs(toDevice.m11());
+    const Box box{.size = pixels.size(),
+                  .radius = radius * scale,
+                  .fill = fill.isValid() ? fill.rgba() : 0,
+                  .border = border.isValid() ? border.rgba() : 0,
+                  .borderWidth = deviceLineWidth(painter, borderWidth) * scale};
+    if (const QImage *cached = cache.object(box)) {
+        paintDeviceImage(painter, pixels.topLeft(), *cached);
+        return;
     }
-    painter.restore();
+    const QImage image = render(box);
+    cache.insert(box, new QImage(image), 1 + image.sizeInBytes() / 1024);
+    paintDeviceImage(painter, pixels.topLeft(), image);
 }
 
 } // namespace tovel

@@ -20,7 +20,6 @@ namespace {
 
 constexpr double cornerRadius = 6;
 constexpr int symbolSpacing = 4;
-constexpr int textMargin = 4; // keeps the ring of the focus off the content
 
 } // namespace
 

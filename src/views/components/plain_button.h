@@ -14,6 +14,9 @@ class PlainButton : public PaintedButton
     Q_OBJECT
 
 public:
+    // At both ends of a text, so that the mark of the focus keeps off it.
+    static constexpr int textMargin = 4;
+
     explicit PlainButton(QWidget *parent = nullptr);
 
     // In device-independent pixels. An empty name is no symbol.

@@ -87,7 +87,7 @@ Popover::Popover(QWidget *anchor)
     : QWidget(anchor, Qt::Popup | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint)
     , m_anchor(anchor)
 {
-    setAccessibleRole(*this, QAccessible::Dialog);
+    installAccessibleSurfaces();
     setAttribute(Qt::WA_WindowPropagation);
     anchor->installEventFilter(this);
 }
@@ -116,7 +116,6 @@ void Popover::open()
     place();
     show();
     focusContent();
-    Q_EMIT opened();
 }
 
 void Popover::hideEvent(QHideEvent *event)

@@ -32,7 +32,6 @@ public:
     bool isOpen() const { return isVisible(); }
 
 Q_SIGNALS:
-    void opened();
     void closed();
 
 protected:

@@ -18,7 +18,6 @@ public:
 
     // Filled and bordered in the accent colour; otherwise in the quiet colours of a control.
     void setHighlighted(bool highlighted);
-    bool isHighlighted() const { return m_highlighted; }
 
     // Whether the content of a disabled surface is dimmed; it is unless told otherwise.
     void setDimsWhenDisabled(bool dims);

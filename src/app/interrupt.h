@@ -7,9 +7,9 @@ class QSocketNotifier;
 
 namespace tovel {
 
-// Brings SIGINT and SIGTERM into the event loop. One that comes half a second after the first, or
-// later, ends the program at once, whatever it is doing; sooner ones are taken for echoes of the
-// first. One object at a time.
+// Brings SIGINT, SIGTERM and SIGHUP into the event loop. One that comes half a second after the
+// first, or later, ends the program at once, whatever it is doing; sooner ones are taken for echoes
+// of the first. One object at a time.
 class Interrupt final
 {
 public:

@@ -1,4 +1,4 @@
-#include "app/tovelctl/interrupt.h"
+#include "app/interrupt.h"
 
 #include <QSocketNotifier>
 
@@ -69,12 +69,14 @@ Interrupt::Interrupt(std::function<void(int)> handler)
                      [this] { arrived(); });
     install(SIGINT);
     install(SIGTERM);
+    install(SIGHUP);
 }
 
 Interrupt::~Interrupt()
 {
     std::signal(SIGINT, SIG_DFL);
     std::signal(SIGTERM, SIG_DFL);
+    std::signal(SIGHUP, SIG_DFL);
     m_notifier.reset();
     for (const int end : m_pipe) {
         if (end >= 0)

@@ -1,0 +1,41 @@
+#include "app/shell/shortcut_record_button.h"
+
+namespace tovel {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr QSize frame(300, 36);
+
+// Buttons take an ampersand for the mark of a key.
+QString buttonText(QString text) { return text.replace(u'&', u"&&"_s); }
+
+} // namespace
+
+ShortcutRecordButton::ShortcutRecordButton(QWidget *parent)
+    : QPushButton(parent)
+{
+    setFixedSize(frame);
+    setAutoDefault(false);
+    setAccessibleName(u"Record keyboard shortcut"_s);
+    connect(this, &QPushButton::clicked, this, &ShortcutRecordButton::startRecording);
+}
+
+void ShortcutRecordButton::startRecording()
+{
+    m_recording = true;
+    setText(u"Press shortcut…"_s);
+    setAccessibleDescription(text());
+    if (m_onStart)
+        m_onStart();
+}
+
+void ShortcutRecordButton::stopRecording(const QString &label)
+{
+    m_recording = false;
+    setText(buttonText(label));
+    setAccessibleDescription(label);
+}
+
+} // namespace tovel
