@@ -95,7 +95,6 @@ private Q_SLOTS:
         row("_AXUIElementGetWindow", move + QStringList{u"elements"_s});
         row("no displays", displays, "SLSCopyManagedDisplaySpaces");
         row("no spaces", {u"spaces"_s}, "SLSCopySpacesForWindows");
-        row("no windows", inventory, "SLSCopyWindowsWithOptionsAndTags 7");
         row("no information", inventory, "CGWindowListCopyWindowInfo");
     }
 

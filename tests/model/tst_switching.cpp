@@ -55,8 +55,6 @@ private Q_SLOTS:
             w.desktop.dockDefaults().setObject(u"workspaces-auto-swoosh"_s, false);
         });
         jump("inventory only", u"activate 500"_s, 0.1 + 0.35, nothing, false);
-        jump(
-            "inventory only, gone", u"R"_s, keys, [](auto &w) { w.desktop.quit(notesPid); }, false);
 
         // Without one.
         const auto steps

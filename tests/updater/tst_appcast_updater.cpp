@@ -155,8 +155,6 @@ private Q_SLOTS:
                                        << u"failed: *cannot be understood*"_s;
         QTest::newRow("closed within the body")
             << ScriptedAnswer{good.chopped(9)} << u"failed: *cannot be read*"_s;
-        QTest::newRow("no HTTP") << ScriptedAnswer{"SSH-2.0-x\r\n"}
-                                 << u"failed: *cannot be read*"_s;
         QTest::newRow("moved on this machine") << movedTo("/moved") << u"found 12 after 10"_s;
         QTest::newRow("moved in a circle") << movedTo("/feed") << u"failed: *too often*"_s;
         QTest::newRow("moved to another host")
