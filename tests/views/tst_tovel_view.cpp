@@ -3,6 +3,7 @@
 #include "views/components/chosen_app_card.h"
 #include "views/components/popover.h"
 #include "views/desktop_tile.h"
+#include "views/display_button.h"
 #include "views/model_watch.h"
 #include "views/theme.h"
 #include "views/tovel_status_view.h"
@@ -125,6 +126,42 @@ private Q_SLOTS:
         model.setMessage(u"two"_s);
         Panel::settle();
         QCOMPARE(redraws, 1);
+    }
+
+    void laysOutTheSections()
+    {
+        ModelWorld world;
+        for (std::uint64_t id = 30; id < 33; ++id) // six on the first display
+            world.spacesOfA().append(SimSpace{.id = id});
+        const Panel panel(world);
+        QCOMPARE(panel.view.minimumSize(), QSize(900, 440));
+        const auto add = panel.place(panel.named(u"Add app"_s));
+        QCOMPARE(add.size(), QSize(28, 28));
+        QCOMPARE(add.right() + 1, size.width() - 24);
+
+        const auto cards = panel.visible<ChosenAppCard>();
+        const int cardWidth = (size.width() - 2 * 26 - 3 * 12) / 4;
+        QCOMPARE(panel.place(cards[0]).left(), 26);
+        QCOMPARE(panel.place(cards[1]).left(), 26 + cardWidth + 12);
+        QCOMPARE(cards[1]->width(), cardWidth);
+        QVERIFY(cards[1]->height() >= 96 + 2 * 12);
+
+        const auto displays = panel.visible<DisplayButton>();
+        QCOMPARE(panel.place(displays[0]).left(), 24);
+        QCOMPARE(displays[0]->width(), 144);
+        QVERIFY(displays[0]->height() >= 36);
+        QCOMPARE(panel.place(displays[1]).top() - panel.place(displays[0]).bottom() - 1, 12);
+
+        const auto tiles = panel.visible<DesktopTile>();
+        QCOMPARE(tiles.size(), 6);
+        const QRect first = panel.place(tiles[0]);
+        QCOMPARE(first.left(), 24 + 144 + 20 + 1 + 20);
+        QCOMPARE(panel.place(tiles[1]).left(), first.right() + 1 + 10);
+        QCOMPARE(panel.place(tiles[5]).topLeft(), QPoint(first.left(), first.bottom() + 1 + 10));
+        QVERIFY(first.width() >= 100 && panel.place(tiles[4]).right() < size.width() - 24);
+
+        const auto *strip = panel.view.findChild<TovelStatusView *>();
+        QCOMPARE(panel.place(strip), QRect(0, size.height() - 42, size.width(), 42));
     }
 
     void paintsInTheColorsOfTheAppearance_data()

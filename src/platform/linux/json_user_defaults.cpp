@@ -33,7 +33,7 @@ constexpr auto lockRetry = 4ms; // QLockFile's own waits grow so long that a bus
 // A writer that was killed may leave a lock file without its name in it, which only age tells from
 // a lock. The lock of a living process is safe from this: QLockFile holds the file natively as
 // well.
-constexpr auto staleLockAge = 1s;
+constexpr auto staleLockAge = 100ms;
 constexpr qint64 settleTime = 50'000'000; // nanoseconds; above the tick of a file system's clock
 
 qint64 nanoseconds(const timespec &time) { return time.tv_sec * 1'000'000'000 + time.tv_nsec; }

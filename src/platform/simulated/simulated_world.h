@@ -11,8 +11,8 @@
 #include <QUrl>
 
 #include <cstdint>
-#include <list>
 #include <functional>
+#include <list>
 #include <optional>
 
 namespace tovel {
