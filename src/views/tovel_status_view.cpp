@@ -88,6 +88,9 @@ TovelStatusView::TovelStatusView(TovelModel &model, QWidget *parent)
     redraw();
 }
 
+// An open popover closes when it goes, which is after everything here has gone.
+TovelStatusView::~TovelStatusView() { m_popover->disconnect(this); }
+
 void TovelStatusView::redraw()
 {
     const std::optional<QString> warning = statusWarning(m_model);

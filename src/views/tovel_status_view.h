@@ -26,6 +26,7 @@ class TovelStatusView final : public QWidget
 public:
     // Borrows the model.
     explicit TovelStatusView(TovelModel &model, QWidget *parent = nullptr);
+    ~TovelStatusView() override;
 
 protected:
     void paintEvent(QPaintEvent *event) override;

@@ -107,6 +107,9 @@ TovelView::TovelView(TovelModel &model, QWidget *parent)
     redraw();
 }
 
+// An open popover closes when it goes, which is after everything here has gone.
+TovelView::~TovelView() { m_addPopover->disconnect(this); }
+
 void TovelView::changeEvent(QEvent *event)
 {
     if (event->type() == QEvent::PaletteChange)

@@ -25,6 +25,7 @@ class TovelView final : public QWidget
 public:
     // Borrows the model.
     explicit TovelView(TovelModel &model, QWidget *parent = nullptr);
+    ~TovelView() override;
 
     const PanelState &state() const { return m_state; }
 
