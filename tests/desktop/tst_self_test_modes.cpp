@@ -69,11 +69,13 @@ private Q_SLOTS:
         QCOMPARE(blind.out.contains(u"missing"), mode == u"--diagnose");
     }
 
-    void withoutAModeItSaysSo()
+    void thePanelNeedsADisplay()
     {
-        const Outcome outcome = m_session->run(QStringLiteral(TOVEL), {});
-        QCOMPARE(outcome.status, 2);
-        QVERIFY(outcome.err.contains(u"panel"));
+        QProcessEnvironment nowhere;
+        nowhere.insert(u"DISPLAY"_s, QString());
+        const Outcome outcome = m_session->run(QStringLiteral(TOVEL), {}, nowhere);
+        QCOMPARE(outcome.status, 3);
+        QCOMPARE(outcome.err, u"tovel: there is no display to show the panel on\n"_s);
     }
 };
 
