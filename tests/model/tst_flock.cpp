@@ -23,6 +23,27 @@ class TestFlock : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void keepsWhatOtherProgramsStored()
+    {
+        ModelWorld world;
+        TovelModel &model = world.start();
+        world.defaults().setObject(u"selected"_s,
+                                   QStringList{u"org.mail"_s, u"org.notes"_s, u"org.other"_s});
+        world.defaults().setObject(u"aliases"_s, QVariantMap{{u"A/ten"_s, u"Work"_s}});
+        for (const RunningApp &app : QList<RunningApp>(model.apps())) {
+            if (app.id == u"org.mail"_s)
+                model.select(app, false);
+        }
+        model.rename(world.target(11), u"Home"_s);
+        QCOMPARE(world.defaults().texts(u"selected"_s),
+                 (QStringList{u"org.notes"_s, u"org.other"_s}));
+        QCOMPARE(world.defaults().textDictionary(u"aliases"_s),
+                 (QMap<QString, QString>{{u"A/ten"_s, u"Work"_s}, {u"A/eleven"_s, u"Home"_s}}));
+        world.defaults().setObject(u"selected"_s, QStringList());
+        model.refresh();
+        QVERIFY(model.selected().isEmpty());
+    }
+
     void selects()
     {
         ModelWorld world;
