@@ -28,7 +28,6 @@ private Q_SLOTS:
             int columns;
             QList<int> heights; // of the items; 0 for a hidden one
             int widest = QWIDGETSIZE_MAX;
-            bool stretches = false;
             bool rightToLeft = false;
         };
         // Of the shown ones, in 320 by 200.
@@ -40,7 +39,6 @@ private Q_SLOTS:
             layout->setColumns(given.columns);
             layout->setSpacings(10, 5);
             layout->setColumnWidths(50, given.widest);
-            layout->setStretchesRows(given.stretches);
             QList<QWidget *> shown;
             for (const int height : given.heights) {
                 auto *item = new QWidget;
@@ -66,9 +64,7 @@ private Q_SLOTS:
         QCOMPARE(cells({3, {20}}), (Cells{{0, 0, 100, 20}}));
         QCOMPARE(cells({2, {20, 40, 10}}),
                  (Cells{{0, 10, 155, 20}, {165, 0, 155, 40}, {0, 45, 155, 10}}));
-        QCOMPARE(cells({.columns = 2, .heights = {20, 40}, .stretches = true}),
-                 (Cells{{0, 0, 155, 40}, {165, 0, 155, 40}}));
-        QCOMPARE(cells({2, {20, 20, 20}, 100, false, true}),
+        QCOMPARE(cells({2, {20, 20, 20}, 100, true}),
                  (Cells{{220, 0, 100, 20}, {110, 0, 100, 20}, {220, 25, 100, 20}}));
         QCOMPARE(cells({2, {20, 0, 20}, 100}), (Cells{{0, 0, 100, 20}, {110, 0, 100, 20}}));
         QCOMPARE(cells({7, {20, 20}}), (Cells{{0, 0, 50, 20}, {60, 0, 50, 20}}));

@@ -3,6 +3,7 @@
 #include "views/components/accessible_surface.h"
 #include "views/components/app_icon.h"
 #include "views/components/continuous_corners.h"
+#include "views/components/menu_text.h"
 #include "views/components/plain_button.h"
 #include "views/components/reopen_button.h"
 #include "views/components/text_block.h"
@@ -33,14 +34,6 @@ constexpr int mostNameLines = 2;
 constexpr int removeSize = 28;
 constexpr int removePadding = 5;
 constexpr int xmarkSize = 11;
-constexpr int widestMenuText = 320;
-
-QString menuText(const ChosenAppCard &card)
-{
-    QString text = card.fontMetrics().elidedText(u"Remove "_s + card.app().name, Qt::ElideMiddle,
-                                                 widestMenuText);
-    return text.replace(u'&', "&&"_L1);
-}
 
 QCoro::Task<> runReopen(std::function<QCoro::Task<>()> reopen, std::function<void()> ended)
 {
@@ -160,7 +153,7 @@ void ChosenAppCard::contextMenuEvent(QContextMenuEvent *event)
     auto *menu = new QMenu(this);
     applyTint(*menu);
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    QAction *action = menu->addAction(menuText(*this));
+    QAction *action = menu->addAction(menuText(u"Remove "_s + m_app.name));
     // Later, when the menu that the card owns is no longer at work.
     connect(action, &QAction::triggered, this, &ChosenAppCard::remove, Qt::QueuedConnection);
     if (event->reason() == QContextMenuEvent::Keyboard) {

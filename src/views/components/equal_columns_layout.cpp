@@ -43,12 +43,6 @@ void EqualColumnsLayout::setColumnWidths(int min, int max)
     invalidate();
 }
 
-void EqualColumnsLayout::setStretchesRows(bool stretches)
-{
-    m_stretchesRows = stretches;
-    invalidate();
-}
-
 void EqualColumnsLayout::addItem(QLayoutItem *item)
 {
     m_items.append(item);
@@ -139,8 +133,6 @@ const EqualColumnsLayout::Cells &EqualColumnsLayout::cells(int width) const
             height = std::max(height, result.rects[i].height());
         for (const qsizetype i : row) {
             QRect &cell = result.rects[i];
-            if (m_stretchesRows)
-                cell.setHeight(height);
             cell.moveTop(top + (height - cell.height()) / 2);
         }
         result.height = top + height;

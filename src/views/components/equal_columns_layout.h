@@ -7,8 +7,8 @@
 namespace tovel {
 
 // A grid of so many columns, all of one width, filled row by row from the leading side. Each row is
-// as high as its tallest item needs at that width. Hidden items take no cell. Lengths in
-// device-independent pixels.
+// as high as its tallest item needs at that width; lower ones stand in its middle. Hidden items
+// take no cell. Lengths in device-independent pixels.
 class EqualColumnsLayout final : public QLayout
 {
     Q_OBJECT
@@ -20,10 +20,6 @@ public:
     void setColumns(int columns); // at least 1
     void setSpacings(int column, int row);
     void setColumnWidths(int min, int max);
-
-    // Whether items become as high as their row; otherwise, as by default, they keep their own
-    // height and stand in its middle.
-    void setStretchesRows(bool stretches);
 
     void addItem(QLayoutItem *item) override;
     int count() const override { return static_cast<int>(m_items.size()); }
@@ -56,7 +52,6 @@ private:
     int m_rowSpacing = 0;
     int m_minColumn = 0;
     int m_maxColumn = QWIDGETSIZE_MAX;
-    bool m_stretchesRows = false;
     mutable Cells m_cells;
     mutable int m_widestHint = -1;
 };
