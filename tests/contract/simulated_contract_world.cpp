@@ -31,7 +31,7 @@ public:
     std::uint32_t open(const ContractWindow &window) override
     {
         SimWindow facts{.number = ++m_lastNumber,
-                        .pid = processOf(window.application),
+                        .pid = processOf(window),
                         .title = window.title,
                         .spaces = {FirstSpace + std::uint64_t(window.desktop)},
                         .frame = QRectF(QPointF(40, 60), QSizeF(window.size))};
@@ -96,14 +96,18 @@ public:
     void pass(double seconds) override { m_desktop.clock().advance(seconds); }
 
 private:
-    std::int32_t processOf(const QString &application)
+    std::int32_t processOf(const ContractWindow &window)
     {
+        using enum NSApplicationActivationPolicy;
         for (const auto &running : platform().workspace().runningApplications()) {
-            if (running->bundleIdentifier() == application)
+            if (running->bundleIdentifier() == window.application)
                 return running->processIdentifier();
         }
         m_desktop.addApplication(
-            {.pid = ++m_lastProcess, .bundleIdentifier = application, .name = application});
+            {.pid = ++m_lastProcess,
+             .bundleIdentifier = window.application,
+             .name = window.application,
+             .policy = window.kind == ContractWindowKind::Dock ? Accessory : Regular});
         return m_lastProcess;
     }
 

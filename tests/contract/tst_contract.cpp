@@ -149,35 +149,35 @@ private Q_SLOTS:
         }
     }
 
-    void elementsTellKindAndTitle_data()
-    {
-        using Kind = ContractWindowKind;
-        QTest::addColumn<Kind>("kind");
-        QTest::addColumn<QVariant>("title");
-        QTest::addColumn<QString>("subrole");
-        QTest::newRow("standard") << Kind::Standard << QVariant(u"Tïtle ✓"_s)
-                                  << u"AXStandardWindow"_s;
-        QTest::newRow("dialog") << Kind::Dialog << QVariant(u"Question"_s) << u"AXDialog"_s;
-        QTest::newRow("dock") << Kind::Dock << QVariant(u"Bar"_s) << u"AXUnknown"_s;
-        QTest::newRow("no title") << Kind::Standard << QVariant() << u"AXStandardWindow"_s;
-    }
-
     void elementsTellKindAndTitle()
     {
-        QFETCH(const ContractWindowKind, kind);
-        QFETCH(const QVariant, title);
-        QFETCH(const QString, subrole);
-        const std::uint32_t window
-            = m_world->open({.application = u"alpha"_s, .title = text(title), .kind = kind});
-        m_open.append(window);
-        QVERIFY(m_world->eventually([&] { return element(window) != nullptr; }));
-        QCOMPARE(attribute(window, u"AXSubrole"_s), QVariant(subrole));
-        QCOMPARE(attribute(window, u"AXTitle"_s), title);
-        QCOMPARE(attribute(window, u"AXMinimized"_s), QVariant(false));
-        QCOMPARE(attribute(window, u"AXFullScreen"_s), QVariant(false));
-        QCOMPARE(attribute(window, u"AXNoSuchAttribute"_s), QVariant());
-        const auto layer = signedNumber(information(window)[QString::fromUtf16(kCGWindowLayer)]);
-        QCOMPARE(layer == 0, kind != ContractWindowKind::Dock);
+        struct Row
+        {
+            ContractWindowKind kind;
+            std::optional<QString> title;
+            QString subrole;
+        };
+        using enum ContractWindowKind;
+        const Row rows[] = {{Standard, u"Tïtle ✓"_s, u"AXStandardWindow"_s},
+                            {Standard, std::nullopt, u"AXStandardWindow"_s},
+                            {Dialog, u"Question"_s, u"AXDialog"_s},
+                            {Dock, u"Bar"_s, u"AXUnknown"_s}};
+        for (const auto &[kind, title, subrole] : rows) {
+            const std::uint32_t window
+                = m_world->open({.application = subrole, .title = title, .kind = kind});
+            m_open.append(window);
+            QVERIFY(m_world->eventually([&] { return element(window) != nullptr; }));
+            QCOMPARE(attribute(window, u"AXSubrole"_s), QVariant(subrole));
+            QCOMPARE(text(attribute(window, u"AXTitle"_s)), title);
+            QCOMPARE(attribute(window, u"AXMinimized"_s), QVariant(false));
+            QCOMPARE(attribute(window, u"AXFullScreen"_s), QVariant(false));
+            QCOMPARE(attribute(window, u"AXNoSuchAttribute"_s), QVariant());
+            const auto layer = information(window)[QString::fromUtf16(kCGWindowLayer)];
+            QCOMPARE(signedNumber(layer) == 0, kind != Dock);
+            // Only what a task bar would show makes an application a regular one.
+            QCOMPARE(owner(window)->activationPolicy() == NSApplicationActivationPolicy::Regular,
+                     kind != Dock);
+        }
     }
 
     void elementsTellStates()
@@ -380,22 +380,20 @@ private Q_SLOTS:
     void userDefaultsKeepKinds()
     {
         UserDefaults &defaults = m_platform->userDefaults().standardUserDefaults();
-        const QVariantMap kinds{{u"boolean"_s, true},
-                                {u"text"_s, u"1"_s},
-                                {u"bytes"_s, QByteArray("\0\xff", 2)},
-                                {u"texts"_s, QStringList{u"1"_s, u"true"_s}},
-                                {u"dictionary"_s, QVariantMap{{u"on"_s, true}}}};
-        for (const auto &[key, value] : kinds.asKeyValueRange()) {
+        const std::pair<QString, QVariant> rows[] = {
+            {u"number"_s, 42},
+            {u"boolean"_s, true},
+            {u"text"_s, u"1"_s},
+            {u"bytes"_s, QByteArray("\0\xff", 2)},
+            {u"texts"_s, QVariantList{u"1"_s, u"true"_s}},
+            {u"dictionary"_s, QVariantMap{{u"on"_s, true}}},
+        };
+        for (const auto &[key, value] : rows) {
             QVERIFY(defaults.setObject(key, value));
-            const QVariant read = defaults.object(key).value();
-            QCOMPARE(texts(read), texts(value));
-            QCOMPARE(read.typeId() == QMetaType::Bool, value.typeId() == QMetaType::Bool);
-            QCOMPARE(read.toByteArray(), value.toByteArray());
-            QCOMPARE(dictionary(read), dictionary(value));
+            QCOMPARE(defaults.object(key), value);
+            QCOMPARE(defaults.boolean(key).has_value(), key == u"boolean"_s);
+            QCOMPARE(defaults.text(key).has_value(), key == u"text"_s);
         }
-        QVERIFY(defaults.setObject(u"number"_s, 42));
-        QCOMPARE(signedNumber(defaults.object(u"number"_s).value()), 42);
-        QVERIFY(!defaults.boolean(u"number"_s) && !defaults.text(u"number"_s));
         QVERIFY(!defaults.setObject(u"text"_s, QPointF(1, 2)));
         QCOMPARE(defaults.text(u"text"_s), u"1"_s);
         QVERIFY(defaults.removeObject(u"text"_s));
@@ -413,8 +411,12 @@ private Q_SLOTS:
         const auto late = start(0.08, u"late"_s);
         const auto soon = start(0.02, u"soon"_s);
         const auto now = start(0, u"now"_s);
-        const auto then = start(0, u"then"_s);
-        start(0.01, u"dropped"_s).reset();
+        std::unique_ptr<Timer> dropped;
+        const auto then = m_platform->clock().startTimer(0, false, [&] {
+            fired.append(u"then"_s);
+            dropped.reset(); // while it is due
+        });
+        dropped = start(0, u"dropped"_s);
         std::unique_ptr<Timer> repeating;
         repeating = m_platform->clock().startTimer(0.1, true, [&] {
             fired.append(u"beat"_s);

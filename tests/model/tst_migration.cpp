@@ -26,8 +26,6 @@ private Q_SLOTS:
 
         const QString moved2 = u"2 moved · 0 already there"_s;
         const QString lost = u"1 moved · 0 already there · 1 failed"_s;
-        row("one there", u"1 moved · 1 already there"_s, {},
-            [](auto &w) { w.window(101).spaces = {12}; });
         row("one skipped", u"1 moved · 0 already there · 1 skipped"_s, {},
             [](auto &w) { w.window(102).fullScreen = true; });
         row("barely in time", moved2, {}, [](auto &w) { w.window(101).moveDelay = 0.71; });
@@ -58,8 +56,6 @@ private Q_SLOTS:
         meanwhile("on two desktops", lost, changed, [](auto &w) {
             w.window(102).spaces = {11, 12};
         });
-        meanwhile("other number", lost, replaced,
-                  [](auto &w) { w.window(102).elementNumber = 103; });
         meanwhile(
             "inventory only, replaced", lost, replaced,
             [](auto &w) { w.window(102).pid = notesPid; }, false);
@@ -92,57 +88,31 @@ private Q_SLOTS:
         QCOMPARE(world.desktop.takeJournal().isEmpty(), !begins);
     }
 
-    void reportsProgress()
+    void followsToWhatMovedWithoutChangingTheChoice()
     {
-        ModelWorld world;
-        TovelModel &model = world.start();
-        QStringList messages;
-        connect(&model, &TovelModel::didChange, this, [&](TovelModel::Property property) {
-            if (property == TovelModel::Property::message)
-                messages.append(model.message());
-        });
-        QVERIFY(world.finish(model.migrate(world.target(12), false)));
-        QCOMPARE(messages.join(u'|'), u"Moving 1 of 2…|Moving 2 of 2…|2 moved · 0 already there"_s);
-        QCOMPARE(world.takeChanges().join(u' '), u"busy message message message busy windows"_s);
-        QVERIFY(model.flockDesktopID() == 12U);
-        QCOMPARE(world.elapsed(), 0.12);
-    }
-
-    void follows()
-    {
-        using ThisRun = std::optional<bool>;
-        const auto outcome = [](bool chosen, ThisRun thisRun, const Change &change = nothing) {
+        const auto outcome = [](bool chosen, std::optional<bool> thisRun, SimMove move) {
             ModelWorld world;
-            change(world);
+            world.window(101).move = world.window(102).move = move;
             TovelModel &model = world.start();
             model.setFollow(chosen);
             if (!world.finish(model.migrate(world.target(12), thisRun)) || model.follow() != chosen)
                 return u"?"_s;
-            const QString complaint
-                = u"Apps moved. Could not switch desktops; check Mission Control shortcuts."_s;
             // The last window that is on the target is the one brought forward.
             const bool raised = world.desktop.takeJournal().contains(u"AXRaise 102"_s);
-            return QString::number(world.shownOnA()) + (raised ? u" raised"_s : u""_s)
-                + (model.issues().contains(complaint) ? u" failed"_s : u""_s);
+            return QString::number(world.shownOnA()) + (raised ? u" raised"_s : u""_s);
         };
-        QCOMPARE(outcome(true, {}), u"12 raised"_s);
-        QCOMPARE(outcome(false, {}), u"10"_s);
-        QCOMPARE(outcome(false, true), u"12 raised"_s);
-        QCOMPARE(outcome(true, false), u"10"_s);
-        const Change refuse = [](auto &w) {
-            w.facts().stepsEnabled = false;
-            w.app(mailPid).activation = SimActivation::Refused;
-        };
-        QCOMPARE(outcome(true, {}, refuse), u"10 raised failed"_s);
-        const Change stay
-            = [](auto &w) { w.window(101).move = w.window(102).move = SimMove::Never; };
-        QCOMPARE(outcome(true, {}, stay), u"10"_s);
+        QCOMPARE(outcome(true, {}, SimMove::Arrives), u"12 raised"_s);
+        QCOMPARE(outcome(false, true, SimMove::Arrives), u"12 raised"_s);
+        QCOMPARE(outcome(true, false, SimMove::Arrives), u"10"_s);
+        QCOMPARE(outcome(true, {}, SimMove::Never), u"10"_s);
     }
 
-    void stopsAfterTheWindowItIsOn()
+    void stopsAfterWhatItIsOn()
     {
         ModelWorld world;
         world.desktop.addWindow({.number = 103, .pid = mailPid, .spaces = {20}});
+        world.app(notesPid).activation = SimActivation::Refused;
+        world.app(mailPid).activation = SimActivation::Refused;
         TovelModel &model = world.start();
         int finished = 0;
         model.onMigrationFinished([&] { ++finished; });
@@ -157,27 +127,38 @@ private Q_SLOTS:
         QCOMPARE(finished, 1);
         QCOMPARE(world.desktop.takeJournal(), QStringList{u"submit 101 12"_s});
 
-        QVERIFY(world.finish(model.migrate(world.target(12))));
-        QCOMPARE(model.message(), u"2 moved · 1 already there"_s);
-        QCOMPARE(model.untriedWindows(), 0);
-        QCOMPARE(world.shownOnA(), 12U);
-    }
-
-    void stopsAfterTheStepItIsOn()
-    {
-        ModelWorld world;
-        world.app(notesPid).activation = SimActivation::Refused;
-        world.app(mailPid).activation = SimActivation::Refused;
-        TovelModel &model = world.start();
-        const auto task = model.migrate(world.target(12));
+        // The wish to stop is spent; the next one comes on the way to the desktop.
+        const auto again = model.migrate(world.target(12));
         QVERIFY(world.desktop.clock().runUntil([&] { return world.shownOnA() == 11; }, 600));
         model.stopMigration();
-        QVERIFY(world.finish(task));
+        QVERIFY(world.finish(again));
         QCOMPARE(world.shownOnA(), 11U);
-        QCOMPARE(model.message(), u"2 moved · 0 already there"_s);
+        QCOMPARE(model.message(), u"2 moved · 1 already there"_s);
+        QCOMPARE(model.untriedWindows(), 0);
         QCOMPARE(model.issues(), QStringList());
-        // The wish to stop is spent.
-        QCOMPARE(world.finish(model.switchDesktop(world.target(12), std::nullopt)), true);
+    }
+
+    void reopenWaitsForItsEndAndEndsWithTheModel()
+    {
+        const RunningApp agenda{.id = u"org.agenda"_s, .name = u"Agenda"_s};
+        ModelWorld world;
+        world.facts().installed.append({.bundleIdentifier = agenda.id,
+                                        .location = QUrl(u"file:///apps/agenda"_s),
+                                        .launchDelay = 1});
+        TovelModel &model = world.start();
+        const auto migration = model.migrate(world.target(12), false);
+        model.setIssues({u"kept"_s});
+        world.takeChanges();
+        QVERIFY(model.reopen(agenda).isReady());
+        QCOMPARE(world.takeChanges(), QStringList());
+        QVERIFY(world.finish(migration));
+        const QString opens = u"open file:///apps/agenda"_s;
+        QVERIFY(!world.desktop.takeJournal().contains(opens));
+
+        const auto task = model.reopen(agenda);
+        QVERIFY(world.desktop.takeJournal().contains(opens));
+        world.model.reset();
+        QVERIFY(world.finish(task));
     }
 
     void endsWithTheModel()

@@ -29,9 +29,7 @@ private Q_SLOTS:
             ModelWorld world;
             world.defaults().setObject(u"selected"_s, QStringList());
             world.defaults().setObject(key, value);
-            world.defaults().takeWrites();
-            const QString loaded = describe(TovelModel(world.desktop.platform()));
-            return loaded + world.defaults().takeWrites().join(u',');
+            return describe(TovelModel(world.desktop.platform()));
         };
         const QString usual = u"follows loose dark [] []"_s;
         const QVariantMap names{{u"A/ten"_s, u"Work"_s}};
@@ -104,6 +102,60 @@ private Q_SLOTS:
         world.model.reset();
         QCOMPARE(world.desktop.clock().timerCount(), 0);
         world.desktop.showSpace(11); // nobody is left to be told
+    }
+
+    void keepsWhatOtherProgramsStored()
+    {
+        ModelWorld world;
+        TovelModel &model = world.start();
+        world.defaults().setObject(u"selected"_s,
+                                   QStringList{u"org.mail"_s, u"org.notes"_s, u"org.other"_s});
+        world.defaults().setObject(u"aliases"_s, QVariantMap{{u"A/ten"_s, u"Work"_s}});
+        for (const RunningApp &app : QList<RunningApp>(model.apps())) {
+            if (app.id == u"org.mail"_s)
+                model.select(app, false);
+        }
+        model.rename(world.target(11), u"Home"_s);
+        QCOMPARE(world.defaults().texts(u"selected"_s),
+                 (QStringList{u"org.notes"_s, u"org.other"_s}));
+        QCOMPARE(world.defaults().textDictionary(u"aliases"_s),
+                 (QMap<QString, QString>{{u"A/ten"_s, u"Work"_s}, {u"A/eleven"_s, u"Home"_s}}));
+        world.defaults().setObject(u"selected"_s, QStringList());
+        model.refresh();
+        QVERIFY(model.selected().isEmpty());
+    }
+
+    void selects()
+    {
+        ModelWorld world;
+        TovelModel &model = world.start();
+        const auto select = [&](const QString &name, bool on) {
+            model.setIssues({u"old"_s});
+            model.setMessage(u"old"_s);
+            world.takeChanges();
+            model.select({.id = u"org.agenda"_s, .name = name}, on);
+            const QStringList names = world.defaults().textDictionary(u"appNames"_s)->values();
+            return world.defaults().texts(u"selected"_s)->join(u',') + u' ' + names.join(u',')
+                + u' ' + world.takeChanges().join(u',');
+        };
+        const QString with = u"org.agenda,org.mail,org.notes "_s;
+        const QString without = u"org.mail,org.notes "_s;
+        QCOMPARE(select(u"Agenda"_s, true), with + u"Agenda issues,message,selected,apps"_s);
+        QCOMPARE(select(u"Later"_s, true), with + u"Later issues,message,apps"_s);
+        QCOMPARE(select(u"Later"_s, false), without + u"Later issues,message,selected,apps"_s);
+        QCOMPARE(select(u"Later"_s, false), without + u"Later issues,message"_s);
+    }
+
+    void requestsAccess()
+    {
+        ModelWorld world;
+        TovelModel &model = world.start();
+        model.requestAccess();
+        QCOMPARE(world.desktop.takeJournal(), QStringList{u"settings"_s});
+        world.facts().trusted = false;
+        model.requestAccess();
+        QCOMPARE(world.desktop.takeJournal(), (QStringList{u"prompt"_s, u"settings"_s}));
+        QCOMPARE(world.takeChanges(), QStringList());
     }
 };
 

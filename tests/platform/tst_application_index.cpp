@@ -1,3 +1,4 @@
+#include "platform/linux/application_launcher.h"
 #include "platform/linux/installed_applications.h"
 
 #include <QDir>
@@ -6,6 +7,7 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace tovel;
 using namespace Qt::StringLiterals;
@@ -54,7 +56,6 @@ private Q_SLOTS:
             QTest::newRow(name) << clues << identifier;
         };
 
-        row("class as StartupWMClass", windowClass(u"x"_s, u"Navigator"_s), u"browser"_s);
         row("exact case before another", windowClass({}, u"navigator"_s), u"small"_s);
         row("web application of a browser",
             windowClass(u"crx_mail"_s, u"Navigator"_s, u"browser-bin"_s), u"web-mail"_s);
@@ -74,8 +75,6 @@ private Q_SLOTS:
         row("launched entry before program", clues, u"small"_s);
         clues.kdeDesktopFile = u"/home/me/.local/share/applications/web/mail.desktop"_s;
         row("KDE path before launched entry", clues, u"web-mail"_s);
-        clues.kdeDesktopFile = u"editor.desktop"_s;
-        row("KDE file name", clues, u"editor"_s);
         clues.gtkApplicationId = u"org.example.Notes"_s;
         row("GTK before KDE", clues, u"org.example.Notes"_s);
         clues.process.sandboxId = u"player"_s;
@@ -167,6 +166,42 @@ private Q_SLOTS:
                  u"/a b.desktop"_s);
         QCOMPARE(launchedDesktopFileFromEnvironment(launched, 421), QString()); // its child
         QCOMPARE(launchedDesktopFileFromEnvironment(file, 42), QString());
+    }
+
+    void locatesAndStartsWhatIsInstalled()
+    {
+        const QTemporaryDir folder;
+        qputenv("XDG_DATA_HOME", QFile::encodeName(folder.path()));
+        const auto path = [&](const QString &name) {
+            return folder.filePath(u"applications/%1.desktop"_s.arg(name));
+        };
+        const QString marker = folder.filePath(u"marker"_s);
+        writeEntry(path(u"kde/my-viewer"_s),
+                   "Name=A\nExec=sh -c \"exec cut -d' ' -f6 /proc/self/stat >"
+                       + QFile::encodeName(marker) + "\"\n");
+        writeEntry(path(u"my-app"_s), "Name=A\nExec=no-such-program\n");
+        writeEntry(path(u"hidden"_s), "Name=A\nExec=true\nHidden=true\n");
+        auto launcher = std::make_unique<ApplicationLauncher>();
+        QCOMPARE(launcher->locate(u"my-app"_s), QUrl::fromLocalFile(path(u"my-app"_s)));
+        for (const QString &absent : {u"hidden"_s, u"kde/my-viewer"_s, u"kde-..-my-app"_s, u"kde"_s,
+                                      u"my-app.desktop"_s, QString()})
+            QCOMPARE(launcher->locate(absent), QUrl());
+
+        QList<std::optional<QString>> outcomes;
+        const QUrl viewer = launcher->locate(u"kde-my-viewer"_s);
+        launcher->launch(viewer, [&](const auto &reason) { outcomes << reason; });
+        QTRY_COMPARE(outcomes, QList<std::optional<QString>>{std::nullopt});
+        QFile file(marker);
+        QTRY_VERIFY(file.size() > 0);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QVERIFY(file.readAll().trimmed() != QByteArray::number(::getsid(0))); // outlives this one
+
+        // It may go at any time, also within a handler; nobody is told after that.
+        launcher->launch(viewer, [&](const auto &reason) { outcomes << reason; });
+        launcher = std::make_unique<ApplicationLauncher>();
+        launcher->launch(viewer, [&](const auto &) { launcher.reset(); });
+        QTRY_VERIFY(!launcher);
+        QCOMPARE(outcomes.size(), 1);
     }
 };
 

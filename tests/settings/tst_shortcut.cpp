@@ -45,6 +45,10 @@ private Q_SLOTS:
     {
         QVERIFY(decodeShortcut(R"({"key":"T","x":[],"modifiers":6400,"keyCode":17})")
                 == TovelShortcut::standard());
+        QCOMPARE(encodeShortcut(TovelShortcut::standard()),
+                 QByteArray(R"({"keyCode":17,"modifiers":6400,"key":"T"})"));
+        const TovelShortcut odd{0xFFFFFFFF, 0, u"\"]ü⌦"_s};
+        QVERIFY(decodeShortcut(encodeShortcut(odd)) == odd);
         const QByteArray refused[] = {
             R"({"keyCode":17,"modifiers":6400})",
             R"({"keyCode":"17","modifiers":6400,"key":"Y"})",
@@ -52,24 +56,9 @@ private Q_SLOTS:
             R"({"keyCode":17.5,"modifiers":6400,"key":"Y"})",
             R"({"keyCode":17,"modifiers":4294967296,"key":"Y"})",
             R"({"keyCode":17,"modifiers":6400,"key":"Y")",
-            {},
         };
-        for (const QByteArray &json : refused) {
+        for (const QByteArray &json : refused)
             QVERIFY2(!decodeShortcut(json), json);
-            MemoryUserDefaults defaults;
-            defaults.setObject(u"globalShortcut"_s, json);
-            defaults.takeWrites();
-            QVERIFY(ShortcutPreferences(defaults).shortcut() == TovelShortcut::standard());
-            QCOMPARE(defaults.takeWrites(), QStringList());
-        }
-    }
-
-    void theWrittenFormComesBack()
-    {
-        QCOMPARE(encodeShortcut(TovelShortcut::standard()),
-                 QByteArray(R"({"keyCode":17,"modifiers":6400,"key":"T"})"));
-        const TovelShortcut odd{0xFFFFFFFF, 0, u"\"]ü⌦"_s};
-        QVERIFY(decodeShortcut(encodeShortcut(odd)) == odd);
     }
 
     void preferencesTellChanges()
@@ -77,7 +66,9 @@ private Q_SLOTS:
         MemoryUserDefaults defaults;
         ShortcutPreferences preferences(defaults);
         QCOMPARE(preferences.shortcut().label(), u"⌃⌥⌘T"_s);
-        QCOMPARE(defaults.takeWrites(), QStringList());
+        defaults.setObject(u"globalShortcut"_s, QByteArray("{"));
+        QVERIFY(ShortcutPreferences(defaults).shortcut() == TovelShortcut::standard());
+        defaults.takeWrites();
         QSignalSpy changes(&preferences, &ShortcutPreferences::shortcutChanged);
 
         QVERIFY(preferences.save(TovelShortcut::standard()));
