@@ -94,11 +94,11 @@ std::unique_ptr<PlatformChoice> x11Choice(bool needsManager)
 
 } // namespace
 
-std::unique_ptr<PlatformChoice> choosePlatform()
+std::unique_ptr<PlatformChoice> choosePlatform(Stay stay)
 {
     const QByteArray wanted = qgetenv(Variable);
     if (wanted.isEmpty())
-        return x11Choice(true);
+        return x11Choice(stay == Stay::OneRun);
     if (wanted == "x11")
         return x11Choice(false);
     if (wanted == "simulated")
@@ -106,6 +106,12 @@ std::unique_ptr<PlatformChoice> choosePlatform()
     if (wanted == "none")
         return std::make_unique<LinuxChoice>(nullptr, u"TOVEL_DESKTOP asks for none"_s);
     return nullptr;
+}
+
+bool isUsersSession()
+{
+    const QByteArray wanted = qgetenv(Variable);
+    return wanted.isEmpty() || wanted == "x11";
 }
 
 QString unknownPlatformText()

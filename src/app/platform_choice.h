@@ -28,11 +28,18 @@ public:
     virtual void setVisibleWindowTest(std::function<bool()> test) = 0;
 };
 
+// For how long a platform is picked: a program that stays may be there before the window manager.
+enum class Stay { OneRun, Session };
+
 // Picks by the environment variable TOVEL_DESKTOP: "x11", "simulated" (a desktop in memory, with
-// user defaults of its own) or "none". Without it, X11 where the display answers and a window
-// manager runs, otherwise none. Null for any other value. To be called after the QCoreApplication
-// was made.
-std::unique_ptr<PlatformChoice> choosePlatform();
+// user defaults of its own) or "none". Without it, X11 where the display answers and, for one run,
+// a window manager runs; otherwise none. Null for any other value. To be called after the
+// QCoreApplication was made.
+std::unique_ptr<PlatformChoice> choosePlatform(Stay stay = Stay::OneRun);
+
+// Whether choosePlatform() picks, or finds none, in the user's own session: the environment asks
+// for nothing else. Only then does it make sense to be, or to ask, the one Tovel of that session.
+bool isUsersSession();
 
 // What to say when choosePlatform() gave null.
 QString unknownPlatformText();

@@ -13,7 +13,6 @@
 
 #include <QCoreApplication>
 #include <QHBoxLayout>
-#include <QKeyEvent>
 #include <QMenu>
 #include <QWidgetAction>
 
@@ -70,7 +69,6 @@ TovelSettingsView::TovelSettingsView(TovelModel &model, TovelUpdates &updates,
     connect(&updates, &TovelUpdates::canCheckChanged, m_watch, &ModelWatch::schedule);
     connect(&shortcuts, &ShortcutPreferences::shortcutChanged, m_watch, &ModelWatch::schedule);
     m_menu->setObjectName(u"settings"_s);
-    m_menu->installEventFilter(this);
     fillMenu();
     redraw();
 }
@@ -91,7 +89,6 @@ void TovelSettingsView::fillMenu()
             [this] { m_model.requestAccess(); });
     m_styles
         = addIconChoice(*m_menu, [this](TovelIconStyle style) { m_model.setIconStyle(style); });
-    m_styles->installEventFilter(this);
     m_checkForUpdates = m_menu->addAction(u"Check for Updates…"_s);
     connect(m_checkForUpdates, &QAction::triggered, this, [this] { m_updates.check(); });
     m_menu->addSeparator();
@@ -100,10 +97,8 @@ void TovelSettingsView::fillMenu()
     m_shortcut->setEnabled(static_cast<bool>(m_changeShortcut));
     connect(m_shortcut, &QAction::triggered, this, [this] { m_changeShortcut(); });
     QAction *quit = m_menu->addAction(u"Quit Tovel"_s);
-    quit->setShortcut(Qt::CTRL | Qt::Key_Q);
-    quit->setShortcutContext(Qt::ApplicationShortcut); // also while a popover has the keys
+    quit->setShortcut(Qt::CTRL | Qt::Key_Q); // shown; the application menu's acts
     connect(quit, &QAction::triggered, this, [] { QCoreApplication::quit(); });
-    addAction(quit); // so that the keys work while the menu is closed, too
 }
 
 void TovelSettingsView::redraw()
@@ -127,20 +122,6 @@ void TovelSettingsView::showMenu()
     m_menu->popup(toTheRight ? below : below + QPoint(m_button->width() - size.width(), 0));
     if (!m_button->underMouse()) // opened by key
         m_menu->setActiveAction(m_pin);
-}
-
-bool TovelSettingsView::eventFilter(QObject *watched, QEvent *event)
-{
-    // An open menu keeps the keys from all shortcuts.
-    if (qobject_cast<QMenu *>(watched) && event->type() == QEvent::KeyPress) {
-        const auto *key = static_cast<QKeyEvent *>(event);
-        if (key->key() == Qt::Key_Q && key->modifiers() == Qt::ControlModifier) {
-            m_menu->close();
-            QCoreApplication::quit();
-            return true;
-        }
-    }
-    return QWidget::eventFilter(watched, event);
 }
 
 } // namespace tovel

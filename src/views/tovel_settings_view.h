@@ -30,8 +30,6 @@ public:
 
     QMenu &menu() { return *m_menu; }
 
-    bool eventFilter(QObject *watched, QEvent *event) override;
-
 private:
     void fillMenu();
     void redraw();

@@ -1,8 +1,11 @@
 #include "app/panel/tovel_window.h"
+#include "app/shell/about_panel.h"
 #include "app/shell/app_delegate.h"
+#include "app/shell/hidden_panel_note.h"
 #include "app/shell/shortcut_editor.h"
 #include "app/shell/shortcut_record_button.h"
 #include "app/shell/status_menu.h"
+#include "app/tovel/command_line.h"
 #include "model/model_world.h"
 #include "settings/fake_updater.h"
 
@@ -16,6 +19,8 @@
 using namespace tovel;
 
 namespace {
+
+const QString accessRequested = QStringLiteral("requestedPersistentSigningAccess");
 
 const TovelShortcut shiftSpace{
     .keyCode = 49, .modifiers = controlKey | shiftKey, .key = u"Space"_s};
@@ -51,6 +56,45 @@ QStringList lines(const QMenu &menu)
     return result;
 }
 
+template <typename Dialog>
+QList<Dialog *> visible()
+{
+    QList<Dialog *> found;
+    for (QWidget *window : QApplication::topLevelWidgets()) {
+        auto *dialog = qobject_cast<Dialog *>(window);
+        if (dialog && dialog->isVisible())
+            found.append(dialog);
+    }
+    return found;
+}
+
+// A program can quit in its event loop alone.
+class QuitWatch final : public QObject
+{
+public:
+    // Whether the action ends the program.
+    bool quits(const std::function<void()> &action)
+    {
+        m_quit = false;
+        QTimer::singleShot(0, this, [&action] {
+            action();
+            QCoreApplication::exit();
+        });
+        qApp->installEventFilter(this);
+        QCoreApplication::exec();
+        return m_quit;
+    }
+
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        m_quit = m_quit || (watched == qApp && event->type() == QEvent::Quit);
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    bool m_quit = false;
+};
+
 // The running program, without an updater and a tray.
 class Program
 {
@@ -65,6 +109,14 @@ public:
     ModelWorld world;
     FakeUpdaterState updater;
     AppDelegate delegate;
+
+    QMenu *openMenu()
+    {
+        QTest::keyClick(&delegate.panel(), Qt::Key_F10);
+        return qobject_cast<QMenu *>(QApplication::activePopupWidget());
+    }
+    // As it was kept, by this program or one before it.
+    bool told() { return world.defaults().boolean(u"toldWhereThePanelWent"_s).value_or(false); }
 };
 
 } // namespace
@@ -101,6 +153,155 @@ private Q_SLOTS:
         QCOMPARE(
             lines(*makeStatusMenu(model, updates, shortcuts, {})).mid(0, 3),
             (QStringList{u"Fly to this pond disabled"_s, u"No desktops found disabled"_s, u"-"_s}));
+    }
+
+    void theProgramHasAMenuOfItsOwn()
+    {
+        Program program;
+        AppDelegate &delegate = program.delegate;
+        delegate.applicationDidFinishLaunching();
+        QVERIFY(QTest::qWaitForWindowActive(&delegate.panel()));
+        QMenu *menu = program.openMenu();
+        QVERIFY(menu);
+        QCOMPARE(lines(*menu),
+                 (QStringList{u"About Tovel"_s, u"Check for Updates… disabled"_s, u"-"_s,
+                              u"Hide Tovel"_s, u"Quit Tovel"_s}));
+        program.updater.setCanCheck(true);
+        QTRY_VERIFY(menu->actions().at(1)->isEnabled());
+        menu->actions().at(1)->trigger();
+        QCOMPARE(program.updater.checks, 1);
+
+        menu->actions().at(0)->trigger();
+        menu->actions().at(0)->trigger();
+        QCOMPARE(visible<AboutPanel>().size(), 1);
+        AboutPanel &about = *visible<AboutPanel>().first();
+        QStringList texts;
+        for (const QLabel *label : about.findChildren<QLabel *>())
+            texts.append(label->text());
+        QCOMPARE(texts.mid(1, 2), (QStringList{u"Tovel"_s, TovelUpdates::versionDescription()}));
+        QVERIFY(texts.value(3).startsWith(u"Copyright"_s));
+        const auto icon = [&] { return about.findChild<QLabel *>()->pixmap().toImage(); };
+        const QImage dark = icon();
+        QVERIFY(!dark.isNull());
+        delegate.model().setIconStyle(TovelIconStyle::light);
+        QVERIFY(!icon().isNull() && icon() != dark);
+
+        // What has to be answered first cannot be hidden; all else goes and comes together.
+        QDialog question(&delegate.panel());
+        question.open();
+        delegate.hide();
+        QVERIFY(delegate.isPanelVisible() && about.isVisible() && question.isVisible());
+        question.reject();
+        QTest::keyClick(program.openMenu(), Qt::Key_H, Qt::ControlModifier);
+        QVERIFY(!delegate.isPanelVisible() && !about.isVisible() && !menu->isVisible());
+        program.world.desktop.clock().advance(1);
+        delegate.show();
+        QVERIFY(delegate.isPanelVisible() && about.isVisible());
+        QTest::keyClick(&about, Qt::Key_Escape);
+        QVERIFY(!about.isVisible());
+        delegate.hide();
+        program.world.desktop.clock().advance(1);
+        delegate.show();
+        QVERIFY(visible<AboutPanel>().isEmpty());
+    }
+
+    void tellsOnceHowAHiddenPanelComesBack_data()
+    {
+        QTest::addColumn<bool>("hasKey");
+        QTest::addColumn<bool>("reachableByStarting");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("key") << true << false << u"Press ⌃⌥⌘T to show the panel."_s;
+        QTest::newRow("starting") << false << true << u"Start Tovel again to show the panel."_s;
+        QTest::newRow("both") << true << true
+                              << u"Press ⌃⌥⌘T or start Tovel again to show the panel."_s;
+        QTest::newRow("none") << false << false << QString();
+    }
+
+    void tellsOnceHowAHiddenPanelComesBack()
+    {
+        QFETCH(bool, hasKey);
+        QFETCH(bool, reachableByStarting);
+        QFETCH(QString, text);
+        Program program;
+        AppDelegate &delegate = program.delegate;
+        if (!hasKey)
+            program.world.desktop.takeHotKey(17, 6400);
+        delegate.setReachableByStarting(reachableByStarting);
+        delegate.applicationDidFinishLaunching();
+        QVERIFY(QTest::qWaitForWindowActive(&delegate.panel()));
+        QuitWatch watch;
+        const auto close = [&] { delegate.panel().close(); };
+        QCOMPARE(watch.quits(close), text.isEmpty());
+        QCOMPARE(program.told(), !text.isEmpty());
+        QCOMPARE(visible<HiddenPanelNote>().size(), text.isEmpty() ? 0 : 1);
+        if (text.isEmpty())
+            return;
+        HiddenPanelNote &note = *visible<HiddenPanelNote>().first();
+        QCOMPARE(informativeText(note), text);
+        QVERIFY(watch.quits([&] { button(note, u"Quit Tovel"_s)->click(); }));
+
+        program.world.desktop.clock().advance(1);
+        delegate.show();
+        QVERIFY(visible<HiddenPanelNote>().isEmpty() && delegate.isPanelVisible());
+    }
+
+    void tellsNothingAgainNorOnTheWayOut()
+    {
+        Program program;
+        program.delegate.applicationDidFinishLaunching();
+        QVERIFY(QTest::qWaitForWindowActive(&program.delegate.panel()));
+        QuitWatch watch;
+        QVERIFY(watch.quits(
+            [&] { QTest::keyClick(program.openMenu(), Qt::Key_Q, Qt::ControlModifier); }));
+        QVERIFY(!program.told() && visible<HiddenPanelNote>().isEmpty());
+
+        Program second;
+        second.world.defaults().setObject(u"toldWhereThePanelWent"_s, true);
+        second.delegate.applicationDidFinishLaunching();
+        QVERIFY(!watch.quits([&] { second.delegate.panel().close(); }));
+        QVERIFY(!second.delegate.isPanelVisible() && visible<HiddenPanelNote>().isEmpty());
+    }
+
+    void startsHiddenWhereThePanelCanBeReached()
+    {
+        Program hidden;
+        hidden.delegate.applicationDidFinishLaunching(AppDelegate::Launch::Hidden);
+        QVERIFY(!hidden.delegate.isPanelVisible() && !hidden.told());
+        hidden.delegate.toggle();
+        QVERIFY(hidden.delegate.isPanelVisible());
+
+        Program unreachable;
+        unreachable.world.desktop.takeHotKey(17, 6400);
+        unreachable.delegate.applicationDidFinishLaunching(AppDelegate::Launch::Hidden);
+        QVERIFY(unreachable.delegate.isPanelVisible());
+    }
+
+    void asksForAccessOnceForAll()
+    {
+        const auto prompts = [](bool trusted, bool askedBefore) {
+            Program program;
+            program.world.facts().trusted = trusted;
+            if (askedBefore)
+                program.world.defaults().setObject(accessRequested, true);
+            program.delegate.applicationDidFinishLaunching();
+            const bool asked = program.world.defaults().boolean(accessRequested).value_or(false);
+            return std::pair(program.world.desktop.takeJournal().count(u"prompt"_s), asked);
+        };
+        QCOMPARE(prompts(false, false), std::pair(qsizetype(1), true));
+        QCOMPARE(prompts(false, true), std::pair(qsizetype(0), true));
+        QCOMPARE(prompts(true, false), std::pair(qsizetype(0), false));
+    }
+
+    void commandLines()
+    {
+        const auto asked
+            = [](const QStringList &options) { return task(QStringList{u"tovel"_s} + options); };
+        QVERIFY(asked({}) == Task::ShowPanel);
+        QVERIFY(asked({u"--unknown"_s, u"file"_s, u"--Hidden"_s}) == Task::ShowPanel);
+        QVERIFY(asked({u"--unknown"_s, u"--hidden"_s}) == Task::StartHidden);
+        QVERIFY(asked({u"--hidden"_s, u"--version"_s}) == Task::PrintVersion);
+        QVERIFY(asked({u"--version"_s, u"-h"_s}) == Task::PrintHelp);
+        QVERIFY(asked({u"--help"_s}) == Task::PrintHelp);
     }
 
     void theKeyTogglesThePanel()

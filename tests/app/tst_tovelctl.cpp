@@ -1,5 +1,6 @@
+#include "app/commands/carry_out.h"
 #include "app/tovelctl/arguments.h"
-#include "app/tovelctl/commands.h"
+#include "app/tovelctl/text.h"
 #include "model/model_world.h"
 #include "model/texts.h"
 
@@ -22,25 +23,27 @@ struct Outcome
     QJsonObject json() const { return QJsonDocument::fromJson(output.toUtf8()).object(); }
 };
 
-QCoro::Task<> store(QCoro::Task<int> task, int *status)
-{
-    const int result = co_await task;
-    *status = result;
-}
-
 QStringList words(const QString &line) { return line.isEmpty() ? QStringList() : line.split(u' '); }
 
 Outcome run(ModelWorld &world, const QString &line)
 {
+    const Arguments arguments = parseArguments(words(line)).arguments;
     Outcome outcome;
-    CommandContext context;
-    context.print = [&](const QString &text) { outcome.output += text; };
-    context.complain = [&](const QString &text) { outcome.complaints.append(text); };
-    context.progress = [&](const QString &text) { outcome.progress.append(text); };
-    const ParsedArguments parsed = parseArguments(words(line));
-    const auto waiting
-        = store(runCommand(*world.model, parsed.arguments, context), &outcome.status);
-    world.desktop.clock().runUntil([&] { return outcome.status >= 0; }, 600);
+    const QObject scope;
+    QObject::connect(world.model.get(), &TovelModel::didChange, &scope, [&](auto property) {
+        if (property == TovelModel::Property::message && world.model->busy())
+            outcome.progress.append(world.model->message());
+    });
+    std::optional<QJsonObject> answer;
+    carryOut(*world.model, arguments.request, {}).then([&](const QJsonObject &it) { answer = it; });
+    world.desktop.clock().runUntil([&] { return answer.has_value(); }, 600);
+    if (!answer)
+        return outcome;
+    outcome.status = (*answer)[u"status"_s].toInt(-1);
+    outcome.output
+        = arguments.json ? answerJson(*answer) : answerText(arguments.request.command, *answer);
+    for (const QJsonValue problem : (*answer)[u"problems"_s].toArray())
+        outcome.complaints.append(problem.toString());
     return outcome;
 }
 
@@ -53,19 +56,21 @@ class TestTovelctl : public QObject
 private Q_SLOTS:
     void lineIsUnderstoodOrRefused()
     {
-        using enum Arguments::Command;
+        using enum Request::Command;
         const auto understood = [](const QString &line, const Arguments &expected) {
             const ParsedArguments parsed = parseArguments(words(line));
             return parsed.error.isEmpty() && parsed.arguments == expected;
         };
-        QVERIFY(understood(u"move --help"_s, {.command = Help}));
+        QVERIFY(understood(u"move --help"_s, {.purpose = Arguments::Purpose::Help}));
         QVERIFY(understood(u"flock add a b"_s,
-                           {.command = FlockAdd, .applications = {u"a"_s, u"b"_s}}));
-        QVERIFY(understood(u"rename 2 "_s, {.command = Rename, .desktop = u"2"_s, .name = u""_s}));
-        QVERIFY(understood(u"rename 2 -- --help"_s,
-                           {.command = Rename, .desktop = u"2"_s, .name = u"--help"_s}));
+                           {.request = {.command = FlockAdd, .applications = {u"a"_s, u"b"_s}}}));
+        QVERIFY(understood(u"rename 2 "_s,
+                           {.request = {.command = Rename, .desktop = u"2"_s, .name = u""_s}}));
+        QVERIFY(
+            understood(u"rename 2 -- --help"_s,
+                       {.request = {.command = Rename, .desktop = u"2"_s, .name = u"--help"_s}}));
         QVERIFY(understood(u"move --no-follow 3"_s,
-                           {.command = Move, .desktop = u"3"_s, .follow = false}));
+                           {.request = {.command = Move, .desktop = u"3"_s, .follow = false}}));
 
         const auto error = [](const QString &line) { return parseArguments(words(line)).error; };
         QCOMPARE(error({}), u"a command is missing"_s);

@@ -1,3 +1,4 @@
+#include "support/desktop_reading.h"
 #include "support/private_session.h"
 
 #include <QTest>
@@ -17,10 +18,14 @@ private:
 private Q_SLOTS:
     void initTestCase()
     {
-        m_session = std::make_unique<PrivateSession>(managerFromEnvironment());
+        m_session = std::make_unique<PrivateSession>(managerFromEnvironment(),
+                                                     SessionOptions{.bus = true});
         m_narrow = std::make_unique<PrivateSession>(managerFromEnvironment(),
                                                     SessionOptions{.desktops = 1});
         QVERIFY(m_session->isReady());
+        // Each mode is a run of its own, whether or not the program runs beside it.
+        m_session->start(QStringLiteral(TOVEL), {});
+        QVERIFY(windowTitled(*m_session, u"Tovel"_s) != 0);
         QVERIFY(m_narrow->isReady());
     }
 

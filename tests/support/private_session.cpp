@@ -84,7 +84,7 @@ PrivateSession::PrivateSession(Manager manager, const SessionOptions &options)
         return;
     m_display = ':' + number;
     m_environment.insert(u"DISPLAY"_s, QString::fromLatin1(m_display));
-    if (manager == Manager::Xfwm4 || options.assistive)
+    if (manager == Manager::Xfwm4 || options.bus || options.assistive)
         startBus();
     if (options.assistive) {
         m_environment.insert(u"QT_LINUX_ACCESSIBILITY_ALWAYS_ON"_s, u"1"_s);
@@ -129,7 +129,8 @@ void PrivateSession::writeConfiguration(const SessionOptions &options) const
     QStringList names;
     for (int i = 1; i <= options.desktops; ++i)
         names.append(u"\"%1\""_s.arg(i));
-    write(u"home/.icewm/preferences"_s, u"WorkspaceNames=%1\n"_s.arg(names.join(u',')));
+    write(u"home/.icewm/preferences"_s,
+          u"WorkspaceNames=%1\nTaskBarEnableSystemTray=0\n"_s.arg(names.join(u',')));
     const QString action = options.activateAction.isEmpty()
         ? QString()
         : u"<property name=\"activate_action\" type=\"string\" value=\"%1\"/>"_s.arg(

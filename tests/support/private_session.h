@@ -22,7 +22,8 @@ struct SessionOptions
 {
     int desktops = 4;
     QString activateAction{}; // xfwm4's choice of that name; empty leaves it at its default
-    bool assistive = false; // with the bus on which assistive programs read others
+    bool bus = false; // with a session bus
+    bool assistive = false; // with that and the bus on which assistive programs read others
 };
 
 // Whether the test writes to a program.

@@ -7,11 +7,14 @@
 #include "platform/user_defaults.h"
 #include "views/components/accessible_surface.h"
 #include "views/theme.h"
+#include "views/tint.h"
 
 #include <QApplication>
 #include <QKeyEvent>
+#include <QMenu>
 #include <QPainter>
 #include <QScreen>
+#include <QStyle>
 #include <QVBoxLayout>
 #include <QWindow>
 
@@ -29,6 +32,8 @@ constexpr double HidingTime = 0.15;
 
 // Seconds after which a window is there that is never exposed, since others cover it.
 constexpr double ArrivalTime = 0.5;
+
+constexpr int MenuMargin = 8; // from the leading edge to a menu that was opened by key
 
 // What a manager's frame may add to the content, allowed for while it is not known.
 constexpr QSize FrameAllowance(4, 32);
@@ -218,10 +223,15 @@ void TovelWindow::resizeEvent(QResizeEvent *event)
 
 void TovelWindow::keyPressEvent(QKeyEvent *event)
 {
-    if (event->matches(QKeySequence::Cancel))
+    if (event->matches(QKeySequence::Cancel)) {
         cancelOperation();
-    else
+    } else if (event->key() == Qt::Key_F10 && event->modifiers() == Qt::NoModifier && m_menu) {
+        const QRect place(QPoint(MenuMargin, ToolbarRow::Height), m_menu->sizeHint());
+        openMenu(QStyle::visualRect(layoutDirection(), rect(), place).topLeft());
+        m_menu->setActiveAction(m_menu->actions().value(0));
+    } else {
         QWidget::keyPressEvent(event);
+    }
 }
 
 void TovelWindow::mousePressEvent(QMouseEvent *event)
@@ -252,6 +262,14 @@ void TovelWindow::mouseReleaseEvent(QMouseEvent *event)
         m_drag.reset();
 }
 
+void TovelWindow::contextMenuEvent(QContextMenuEvent *event)
+{
+    if (m_menu && m_toolbar->geometry().contains(event->pos()))
+        openMenu(event->pos());
+    else
+        QWidget::contextMenuEvent(event);
+}
+
 void TovelWindow::paintEvent(QPaintEvent *event)
 {
     QPainter(this).fillRect(event->rect(), TovelTheme::chromeColor(palette()));
@@ -260,6 +278,12 @@ void TovelWindow::paintEvent(QPaintEvent *event)
 std::uint32_t TovelWindow::windowNumber() const
 {
     return static_cast<std::uint32_t>(windowHandle()->winId());
+}
+
+void TovelWindow::openMenu(QPoint position)
+{
+    applyTint(*m_menu);
+    m_menu->popup(mapToGlobal(position));
 }
 
 void TovelWindow::arrive()

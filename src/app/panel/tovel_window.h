@@ -11,6 +11,8 @@
 #include <memory>
 #include <optional>
 
+class QMenu;
+
 namespace tovel {
 
 class Timer;
@@ -35,6 +37,9 @@ public:
     void setTitleWidget(QWidget *title); // 132 × 32, in the middle of the toolbar row
     void setSettingsWidget(QWidget *settings); // 36 × 32, at its trailing edge
     void setContentWidget(QWidget *content); // all below it
+
+    // What F10 and a right click on the toolbar row open. Borrowed.
+    void setMenu(QMenu *menu) { m_menu = menu; }
 
     // Called each time the window has been ordered out or closed and is no longer visible.
     void setHiddenHandler(std::function<void()> handler) { m_hiddenHandler = std::move(handler); }
@@ -74,6 +79,7 @@ protected:
     void mousePressEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
+    void contextMenuEvent(QContextMenuEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
 
 private:
@@ -85,6 +91,7 @@ private:
     };
 
     std::uint32_t windowNumber() const;
+    void openMenu(QPoint position);
     void arrive();
     void joinAllSpaces();
     void applyLevel();
@@ -97,6 +104,7 @@ private:
 
     ToolbarRow *m_toolbar;
     QWidget *m_content = nullptr;
+    QMenu *m_menu = nullptr;
     std::function<void()> m_hiddenHandler;
     NSWindowLevel m_level = NSNormalWindowLevel;
     QString m_frameAutosaveName;

@@ -1,9 +1,13 @@
 #include "app/shell/app_delegate.h"
 
 #include "app/panel/tovel_window.h"
+#include "app/session_bus.h"
+#include "app/shell/about_panel.h"
+#include "app/shell/application_menu.h"
+#include "app/shell/hidden_panel_note.h"
 #include "app/shell/shortcut_editor.h"
-#include "app/shell/status_item.h"
 #include "app/shell/status_menu.h"
+#include "app/tray/status_item.h"
 #include "model/tovel_model.h"
 #include "platform/own_windows.h"
 #include "platform/platform.h"
@@ -18,7 +22,6 @@
 #include <QIcon>
 #include <QMenu>
 #include <QPointer>
-#include <QSystemTrayIcon>
 
 #include <utility>
 
@@ -31,6 +34,7 @@ namespace {
 const QString accessGrantedKey = QStringLiteral("lastAppAccessibilityGranted");
 const QString frameName = QStringLiteral("TovelMainWindow");
 const QString accessRequestedKey = QStringLiteral("requestedPersistentSigningAccess");
+const QString toldWaysBackKey = QStringLiteral("toldWhereThePanelWent");
 
 NSWindowLevel levelFor(bool pinned) { return pinned ? NSFloatingWindowLevel : NSNormalWindowLevel; }
 
@@ -45,8 +49,14 @@ AppDelegate::AppDelegate(Platform &platform, SPUStandardUpdaterControllerFactory
 
 AppDelegate::~AppDelegate() = default;
 
-void AppDelegate::applicationDidFinishLaunching()
+void AppDelegate::applicationDidFinishLaunching(Launch launch)
 {
+    qApp->installEventFilter(this);
+    connect(qApp, &QGuiApplication::applicationStateChanged, this,
+            [this](Qt::ApplicationState state) {
+                if (state == Qt::ApplicationActive)
+                    applyAppIcon();
+            });
     m_model = std::make_unique<TovelModel>(m_platform);
     m_model->onIconChanged([this](TovelIconStyle) { applyAppIcon(); });
     applyAppIcon();
@@ -59,10 +69,12 @@ void AppDelegate::applicationDidFinishLaunching()
     connect(m_model.get(), &TovelModel::didChange, this, &AppDelegate::tellUnstored,
             Qt::QueuedConnection);
     makePanel();
+    makeApplicationMenu();
     makeStatusItem();
     installHotKey();
     m_updates.start();
-    show();
+    if (launch == Launch::Shown || !isReachable())
+        show();
     requestAccessOnce();
 }
 
@@ -72,7 +84,7 @@ void AppDelegate::makePanel()
     m_panel->setLevel(levelFor(m_model->pinned()));
     m_model->onPinChanged([this](bool pinned) { m_panel->setLevel(levelFor(pinned)); });
     m_model->onMigrationFinished([this] { m_panel->bringToFrontAfterMigration(); });
-    m_panel->setHiddenHandler([this] { endUnreachable(); });
+    m_panel->setHiddenHandler([this] { panelWasHidden(); });
     m_panel->setContentWidget(new TovelView(*m_model));
     m_panel->setTitleWidget(new TovelTitleView(*m_model));
     m_panel->setSettingsWidget(
@@ -86,7 +98,27 @@ void AppDelegate::show()
 {
     m_model->refresh();
     applyAppIcon();
+    m_note.reset();
     m_panel->makeKeyAndOrderFront();
+    for (const QPointer<QDialog> &dialog : std::exchange(m_hiddenDialogs, {})) {
+        if (dialog)
+            dialog->show();
+    }
+}
+
+void AppDelegate::hide()
+{
+    // A dialog that is waited for would take being hidden for an answer.
+    if (QApplication::activeModalWidget())
+        return;
+    for (QWidget *window : QApplication::topLevelWidgets()) {
+        auto *dialog = qobject_cast<QDialog *>(window);
+        if (dialog && dialog->isVisible()) {
+            dialog->hide();
+            m_hiddenDialogs.append(dialog);
+        }
+    }
+    m_panel->orderOut();
 }
 
 void AppDelegate::toggle()
@@ -185,16 +217,77 @@ void AppDelegate::editShortcut()
 
 void AppDelegate::makeStatusItem()
 {
-    m_status = std::make_unique<StatusItem>(StatusItem::Actions{
-        .toggle = [this] { toggle(); }, .makeMenu = [this] { return makeMenu(); }});
+    m_status = std::make_unique<StatusItem>(
+        StatusItem::Actions{.toggle = [this] { toggle(); },
+                            .makeMenu = [this] { return makeMenu(); }},
+        sessionBus());
+    StatusItem *status = m_status.get();
+    connect(m_model.get(), &TovelModel::didChange, status, &StatusItem::noteMenuChange);
+    connect(&m_updates, &TovelUpdates::canCheckChanged, status, &StatusItem::noteMenuChange);
+    connect(&m_shortcuts, &ShortcutPreferences::shortcutChanged, status,
+            &StatusItem::noteMenuChange);
     showShortcut();
 }
 
-void AppDelegate::endUnreachable()
+void AppDelegate::makeApplicationMenu()
 {
-    // Hidden without a key or an icon that brings it back, the program would run on unseen.
-    if (!m_hotKey.isRegistered() && !m_editing && !QSystemTrayIcon::isSystemTrayAvailable())
+    m_applicationMenu = std::make_unique<ApplicationMenu>(
+        m_updates,
+        ApplicationMenuActions{.showAbout = [this] { showAbout(); },
+                               .checkForUpdates = [this] { m_updates.check(); },
+                               .hide = [this] { hide(); },
+                               .quit = [] { QCoreApplication::quit(); }});
+    m_applicationMenu->install(*m_panel);
+    m_panel->setMenu(&m_applicationMenu->menu());
+}
+
+void AppDelegate::showAbout()
+{
+    if (!m_about) {
+        m_about = new AboutPanel(m_panel.get());
+        m_about->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    m_about->show();
+    m_about->raise();
+    m_about->activateWindow();
+}
+
+bool AppDelegate::eventFilter(QObject *watched, QEvent *event)
+{
+    // Quitting closes the windows before it ends anything.
+    if (watched == qApp && event->type() == QEvent::Quit)
+        m_quitting = true;
+    return QObject::eventFilter(watched, event);
+}
+
+bool AppDelegate::isReachable() const
+{
+    return m_hotKey.isRegistered() || m_reachableByStarting || m_status->isShown();
+}
+
+void AppDelegate::panelWasHidden()
+{
+    if (m_quitting || m_editing)
+        return;
+    // The program would run on unseen.
+    if (!isReachable())
         QCoreApplication::quit();
+    else if (!m_status->isShown())
+        tellWaysBack();
+}
+
+void AppDelegate::tellWaysBack()
+{
+    UserDefaults &defaults = m_platform.userDefaults().standardUserDefaults();
+    if (defaults.boolean(toldWaysBackKey).value_or(false))
+        return;
+    defaults.setObject(toldWaysBackKey, true);
+    const QString key = m_hotKey.isRegistered() ? m_shortcuts.shortcut().label() : QString();
+    m_note = std::make_unique<HiddenPanelNote>(waysBackText(key, m_reachableByStarting),
+                                               [] { QCoreApplication::quit(); });
+    m_note->show();
+    m_note->raise();
+    m_note->activateWindow();
 }
 
 void AppDelegate::showShortcut()

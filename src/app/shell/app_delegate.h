@@ -7,7 +7,9 @@
 #include "settings/shortcut_preferences.h"
 #include "settings/updates.h"
 
+#include <QList>
 #include <QObject>
+#include <QPointer>
 
 #include <QCoroTask>
 
@@ -15,10 +17,13 @@
 #include <memory>
 #include <optional>
 
+class QDialog;
 class QMenu;
 
 namespace tovel {
 
+class ApplicationMenu;
+class HiddenPanelNote;
 class Platform;
 class StatusItem;
 class TovelWindow;
@@ -34,11 +39,24 @@ public:
     AppDelegate(Platform &platform, SPUStandardUpdaterControllerFactory makeUpdater);
     ~AppDelegate() override;
 
-    // Makes everything, in order, and shows the panel. To be called once; what follows assumes it.
-    void applicationDidFinishLaunching();
+    enum class Launch {
+        Shown,
+        Hidden // unless nothing would bring the panel up
+    };
 
-    // Looks at everything afresh and brings the panel to the front.
+    // Makes everything, in order, and shows the panel. To be called once; what follows assumes it.
+    void applicationDidFinishLaunching(Launch launch = Launch::Shown);
+
+    // Whether starting the program once more reaches this process; false to begin with. A hidden
+    // panel that nothing brings back, this, a key or an icon in a tray, ends the program.
+    void setReachableByStarting(bool reachable) { m_reachableByStarting = reachable; }
+
+    // Looks at everything afresh and brings the panel to the front, and the dialogs that were
+    // hidden with it.
     void show();
+
+    // Hides the panel and all dialogs. Nothing while one of them has to be answered first.
+    void hide();
 
     // Shows the panel unless it has the keyboard; then hides it.
     void toggle();
@@ -49,6 +67,8 @@ public:
     bool isPanelVisible() const;
     TovelModel &model() { return *m_model; }
     TovelWindow &panel() const { return *m_panel; }
+
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void makePanel();
@@ -61,7 +81,11 @@ private:
     void installHotKey();
     void makeStatusItem();
     void showShortcut();
-    void endUnreachable();
+    void makeApplicationMenu();
+    void showAbout();
+    bool isReachable() const;
+    void panelWasHidden();
+    void tellWaysBack();
     std::unique_ptr<QMenu> makeMenu();
     void moveFromMenu(std::uint64_t desktop);
     QCoro::Task<> moveAndReport(Desktop desktop);
@@ -74,7 +98,13 @@ private:
     std::unique_ptr<TovelWindow> m_panel; // its views borrow all of the above
     std::unique_ptr<StatusItem> m_status;
     GlobalShortcut m_hotKey;
+    std::unique_ptr<ApplicationMenu> m_applicationMenu;
+    QPointer<QDialog> m_about; // the panel's
+    std::unique_ptr<HiddenPanelNote> m_note;
+    QList<QPointer<QDialog>> m_hiddenDialogs;
     bool m_editing = false;
+    bool m_reachableByStarting = false;
+    bool m_quitting = false;
 };
 
 } // namespace tovel

@@ -3,18 +3,21 @@
 #include "app/self_test/rule_checks.h"
 #include "app/self_test/self_test.h"
 #include "app/tovel/child_process.h"
+#include "app/tovel/command_line.h"
 #include "app/tovel/panel.h"
 #include "app/tovel/window_set.h"
 
 #include <QGuiApplication>
 
 #include <cstdio>
+#include <cstdlib>
 
 using namespace tovel;
 using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr int UnwrittenOutput = 1;
 constexpr int UsageError = 2;
 
 bool opensWindows(SelfTestMode mode)
@@ -67,6 +70,29 @@ int runMode(SelfTestMode mode, const QStringList &arguments, const SelfTestSetti
     Q_UNREACHABLE();
 }
 
+int print(const QString &text, QTextStream &err)
+{
+    if (writeText(stdout, text))
+        return EXIT_SUCCESS;
+    err << "tovel: the output could not be written" << Qt::endl;
+    return UnwrittenOutput;
+}
+
+int runTask(Task task, int &argc, char **argv, QTextStream &err)
+{
+    switch (task) {
+    case Task::PrintHelp:
+        return print(usageText(), err);
+    case Task::PrintVersion:
+        return print(u"tovel %1\n"_s.arg(QCoreApplication::applicationVersion()), err);
+    case Task::ShowPanel:
+        return runPanel(argc, argv, AppDelegate::Launch::Shown, err);
+    case Task::StartHidden:
+        return runPanel(argc, argv, AppDelegate::Launch::Hidden, err);
+    }
+    Q_UNREACHABLE();
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -82,7 +108,7 @@ int main(int argc, char *argv[])
     QCoreApplication::setApplicationVersion(QStringLiteral(TOVEL_VERSION));
     const std::optional<SelfTestMode> mode = selfTestMode(arguments);
     if (!mode)
-        return runPanel(argc, argv, err);
+        return runTask(task(arguments), argc, argv, err);
 
     const std::unique_ptr<QCoreApplication> application = makeApplication(*mode, argc, argv);
     const std::unique_ptr<PlatformChoice> choice = choosePlatform();

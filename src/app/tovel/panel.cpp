@@ -5,7 +5,10 @@
 #include "app/panel/appearance_follower.h"
 #include "app/panel/tovel_window.h"
 #include "app/platform_choice.h"
-#include "app/shell/app_delegate.h"
+#include "app/service/application_adaptor.h"
+#include "app/service/bus_presence.h"
+#include "app/service/command_adaptor.h"
+#include "app/session_bus.h"
 #include "app/updates/update_dialogs.h"
 #include "platform/user_defaults.h"
 #include "settings/bundle.h"
@@ -21,9 +24,20 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr int Failed = 1;
 constexpr int UsageError = 2;
 constexpr int NoDisplay = 3;
 constexpr char pluginVariable[] = "QT_QPA_PLATFORM";
+
+// What is left to do where a Tovel runs already.
+int joinOther(BusPresence &presence, Claim claim, AppDelegate::Launch launch, QTextStream &err)
+{
+    if (claim == Claim::Taken
+        && (launch == AppDelegate::Launch::Hidden || presence.activateOther()))
+        return 0;
+    err << "tovel: Tovel runs already, but does not answer" << Qt::endl;
+    return Failed;
+}
 
 } // namespace
 
@@ -35,19 +49,27 @@ void prepareDisplay(const char *plugins)
     QGuiApplication::setDesktopFileName(u"org.tovel.Tovel"_s);
 }
 
-int runPanel(int &argc, char **argv, QTextStream &err)
+int runPanel(int &argc, char **argv, AppDelegate::Launch launch, QTextStream &err)
 {
     const bool userChose = !qEnvironmentVariableIsEmpty(pluginVariable);
     if (!userChose)
         prepareDisplay("xcb;wayland");
     QApplication::setStyle(u"fusion"_s);
+    auto noBusStart = std::make_unique<NoBusStart>();
     const QApplication application(argc, argv);
+    noBusStart.reset();
     if (!userChose && QGuiApplication::platformName() == "offscreen"_L1) {
         err << "tovel: there is no display to show the panel on" << Qt::endl;
         return NoDisplay;
     }
 
-    const std::unique_ptr<PlatformChoice> choice = choosePlatform();
+    const Interrupt interrupt([](int) { QCoreApplication::quit(); });
+    BusPresence presence(isUsersSession() ? sessionBus() : QDBusConnection(QString()));
+    const Claim claim = presence.claim();
+    if (claim == Claim::Taken || claim == Claim::Unanswered)
+        return joinOther(presence, claim, launch, err);
+
+    const std::unique_ptr<PlatformChoice> choice = choosePlatform(Stay::Session);
     if (!choice) {
         err << "tovel: " << printable(unknownPlatformText()) << Qt::endl;
         return UsageError;
@@ -68,8 +90,13 @@ int runPanel(int &argc, char **argv, QTextStream &err)
                                                updateDialogs));
     shown = &delegate;
     choice->setVisibleWindowTest([&delegate] { return delegate.isPanelVisible(); });
-    delegate.applicationDidFinishLaunching();
-    const Interrupt interrupt([](int) { QCoreApplication::quit(); });
+    delegate.setReachableByStarting(claim == Claim::Ours);
+    delegate.applicationDidFinishLaunching(launch);
+    presence.application().serve(
+        {.show = [&delegate] { delegate.show(); }, .toggle = [&delegate] { delegate.toggle(); }});
+    presence.commands().serve(delegate.model(), [&choice] {
+        return Surroundings{choice->missingSession(), choice->limits()};
+    });
     return QApplication::exec();
 }
 

@@ -32,12 +32,12 @@ Words splitOptions(const QStringList &line)
             result.options.json = true;
         } else if (word == "--follow"_L1 || word == "--no-follow"_L1) {
             const bool follow = word == "--follow"_L1;
-            if (result.hasFollow && result.options.follow != follow) {
+            if (result.hasFollow && result.options.request.follow != follow) {
                 result.error = u"--follow and --no-follow exclude each other"_s;
                 return result;
             }
             result.hasFollow = true;
-            result.options.follow = follow;
+            result.options.request.follow = follow;
         } else {
             result.error = u"there is no option %1"_s.arg(word);
             return result;
@@ -50,50 +50,51 @@ Words splitOptions(const QStringList &line)
 
 ParsedArguments parseArguments(const QStringList &line)
 {
-    using enum Arguments::Command;
+    using enum Request::Command;
     const qsizetype optionsEnd = line.indexOf(u"--"_s);
     const QStringList options = optionsEnd < 0 ? line : line.first(optionsEnd);
     if (options.contains(u"--help"_s) || options.contains(u"-h"_s))
-        return {{.command = Help}, {}};
+        return {{.purpose = Arguments::Purpose::Help}, {}};
     if (options.contains(u"--version"_s))
-        return {{.command = Version}, {}};
+        return {{.purpose = Arguments::Purpose::Version}, {}};
 
     Words split = splitOptions(line);
     if (!split.error.isEmpty())
         return failure(split.error);
     Arguments arguments = split.options;
+    Request &request = arguments.request;
     QStringList words = split.words;
     if (words.isEmpty())
         return failure(u"a command is missing"_s);
     const QString command = words.takeFirst();
 
     if (command == "status"_L1 || command == "apps"_L1) {
-        arguments.command = command == "status"_L1 ? Status : Apps;
+        request.command = command == "status"_L1 ? Status : Apps;
     } else if (command == "flock"_L1) {
         const QString action = words.isEmpty() ? QString() : words.takeFirst();
         if (action != "add"_L1 && action != "remove"_L1)
             return failure(u"flock wants add or remove"_s);
-        arguments.command = action == "add"_L1 ? FlockAdd : FlockRemove;
+        request.command = action == "add"_L1 ? FlockAdd : FlockRemove;
         if (words.isEmpty())
             return failure(u"flock %1 wants at least one application"_s.arg(action));
-        arguments.applications = std::exchange(words, {});
+        request.applications = std::exchange(words, {});
     } else if (command == "rename"_L1) {
-        arguments.command = Rename;
+        request.command = Rename;
         if (words.size() < 2)
             return failure(u"rename wants a desktop and a name"_s);
-        arguments.desktop = words.takeFirst();
-        arguments.name = words.takeFirst();
+        request.desktop = words.takeFirst();
+        request.name = words.takeFirst();
     } else if (command == "move"_L1) {
-        arguments.command = Move;
+        request.command = Move;
         if (words.isEmpty())
             return failure(u"move wants a desktop"_s);
-        arguments.desktop = words.takeFirst();
+        request.desktop = words.takeFirst();
     } else {
         return failure(u"there is no command %1"_s.arg(command));
     }
     if (!words.isEmpty())
         return failure(u"%1 is one word too many"_s.arg(words.first()));
-    if (split.hasFollow && arguments.command != Move)
+    if (split.hasFollow && request.command != Move)
         return failure(u"--follow and --no-follow belong to move"_s);
     return {arguments, {}};
 }

@@ -1,23 +1,20 @@
 #pragma once
 
+#include "app/commands/request.h"
+
 #include <QString>
 #include <QStringList>
-
-#include <optional>
 
 namespace tovel {
 
 // What a command line asks for.
 struct Arguments
 {
-    enum class Command { Help, Version, Status, Apps, FlockAdd, FlockRemove, Rename, Move };
+    enum class Purpose { Help, Version, Request };
 
-    Command command = Command::Help;
+    Purpose purpose = Purpose::Request;
+    Request request{}; // when that is the purpose
     bool json = false;
-    QStringList applications; // FlockAdd and FlockRemove: at least one
-    QString desktop; // Rename and Move
-    QString name; // Rename
-    std::optional<bool> follow; // Move: for this run alone
 
     bool operator==(const Arguments &) const = default;
 };

@@ -1,12 +1,20 @@
 #include "app/choices_lock.h"
+#include "app/commands/answers.h"
+#include "app/commands/carry_out.h"
 #include "app/console.h"
 #include "app/interrupt.h"
 #include "app/platform_choice.h"
+#include "app/service/running_tovel.h"
+#include "app/session_bus.h"
 #include "app/tovelctl/arguments.h"
-#include "app/tovelctl/commands.h"
+#include "app/tovelctl/running_application.h"
+#include "app/tovelctl/text.h"
 #include "platform/user_defaults.h"
 
 #include <QCoreApplication>
+#include <QJsonArray>
+
+#include <QCoroTask>
 
 #include <clocale>
 #include <cstdio>
@@ -23,19 +31,43 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr int UsageError = 2;
+constexpr int Signalled = 128; // plus the signal's number
+
 void complain(const QString &line) { writeText(stderr, u"tovelctl: "_s + printable(line) + u'\n'); }
 
 // Prints what was asked for; a script must not take nothing for an answer.
 int print(const QString &text)
 {
     if (writeText(stdout, text))
-        return ExitStatus::Done;
+        return AnswerStatus::Done;
     complain(u"the output could not be written"_s);
-    return ExitStatus::Incomplete;
+    return AnswerStatus::Incomplete;
 }
 
-// A line that is written over by the next; a blank one removes it.
-void showProgress(const QString &text) { writeText(stderr, u"\r\x1b[K"_s + text); }
+// A line on a terminal that is written over by the next, and removed at the end.
+class ProgressLine
+{
+public:
+    ~ProgressLine()
+    {
+        if (m_isThere)
+            write({});
+    }
+
+    void show(const QString &text)
+    {
+        if (!isatty(STDERR_FILENO))
+            return;
+        m_isThere = true;
+        write(printable(text));
+    }
+
+private:
+    static void write(const QString &text) { writeText(stderr, u"\r\x1b[K"_s + text); }
+
+    bool m_isThere = false;
+};
 
 // Qt warns of any other encoding on standard error, where it would be taken for an issue.
 void useUtf8()
@@ -47,74 +79,84 @@ void useUtf8()
     setenv("LC_CTYPE", "C.UTF-8", 1);
 }
 
-bool changesChoices(const Arguments &arguments)
+bool changesChoices(const Request &request)
 {
-    using enum Arguments::Command;
-    return arguments.command == FlockAdd || arguments.command == FlockRemove
-        || arguments.command == Rename;
+    using enum Request::Command;
+    return request.command == FlockAdd || request.command == FlockRemove
+        || request.command == Rename;
 }
 
-int run(const Arguments &arguments)
+// The answer of the Tovel that runs; nothing where none does.
+std::optional<QJsonObject> askRunning(const Request &request, int &interrupted)
 {
-    const auto choice = choosePlatform();
-    if (!choice) {
-        complain(unknownPlatformText());
-        return ExitStatus::Usage;
-    }
-    const PlatformInstallation installation(choice->platform());
+    const QDBusConnection bus = sessionBus();
+    const RunningTovel running = findRunningTovel(bus);
+    if (running == RunningTovel::Silent)
+        complain(u"the running Tovel does not answer; going on without it"_s);
+    if (running != RunningTovel::Answers)
+        return std::nullopt;
+    ProgressLine line;
+    RunningApplication application(bus, [&line](const QString &text) { line.show(text); });
+    const Interrupt interrupt([&](int number) {
+        interrupted = number;
+        application.stopMove();
+    });
+    return QCoro::waitFor(application.carryOut(request));
+}
 
-    int interrupted = 0;
-    bool showsProgress = false;
-    const auto clearProgress = [&showsProgress] {
-        if (std::exchange(showsProgress, false))
-            showProgress({});
-    };
-    CommandContext context;
-    context.missingSession = choice->missingSession();
-    context.limits = choice->limits();
-    context.interrupted = &interrupted;
-    int outputStatus = ExitStatus::Done;
-    context.print = [clearProgress, &outputStatus](const QString &text) {
-        clearProgress();
-        outputStatus = print(text);
-    };
-    context.complain = [clearProgress](const QString &line) {
-        clearProgress();
-        complain(line);
-    };
-    if (isatty(STDERR_FILENO)) {
-        context.progress = [&showsProgress](const QString &text) {
-            showsProgress = true;
-            showProgress(text);
-        };
-    }
-    if (!context.missingSession.isEmpty() && !worksWithoutSession(arguments))
-        return refuseWithoutSession(arguments, context);
-
+QJsonObject workAlone(PlatformChoice &choice, const Request &request, int &interrupted)
+{
+    const PlatformInstallation installation(choice.platform());
+    const Surroundings surroundings{choice.missingSession(), choice.limits()};
     std::optional<ChoicesLock> lock(std::in_place);
-    const UserDefaults &choices = choice->platform().userDefaults().standardUserDefaults();
+    const UserDefaults &choices = choice.platform().userDefaults().standardUserDefaults();
     // Reading tells whether the stored choices can be read; the model would start afresh in
     // silence.
     choices.object(u"selected"_s);
     if (!choices.errorString().isEmpty())
         complain(u"the stored choices cannot be used: "_s + choices.errorString());
     TovelModel model;
-    if (!changesChoices(arguments))
+    if (!changesChoices(request))
         lock.reset();
+    ProgressLine line;
+    QObject::connect(&model, &TovelModel::didChange, &model, [&](TovelModel::Property property) {
+        if (property == TovelModel::Property::message && model.busy())
+            line.show(model.message());
+    });
     const Interrupt interrupt([&](int number) {
         interrupted = number;
         model.stopMigration();
     });
-    int status = ExitStatus::Done;
-    bool ended = false;
-    auto task = runCommand(model, arguments, context).then([&](int result) {
-        status = result;
-        ended = true;
-        QCoreApplication::quit();
-    });
-    if (!ended)
-        QCoreApplication::exec();
-    return status == ExitStatus::Done ? outputStatus : status;
+    return QCoro::waitFor(carryOut(model, request, surroundings));
+}
+
+int tell(const Arguments &arguments, const QJsonObject &answer, int interrupted)
+{
+    const QString text
+        = arguments.json ? answerJson(answer) : answerText(arguments.request.command, answer);
+    const int outputStatus = text.isEmpty() ? AnswerStatus::Done : print(text);
+    for (const QJsonValue problem : answer[u"problems"_s].toArray())
+        complain(problem.toString());
+    const int status = answer[u"status"_s].toInt(AnswerStatus::Incomplete);
+    if (interrupted != 0 && status != AnswerStatus::NothingTried)
+        return Signalled + interrupted;
+    return status == AnswerStatus::Done ? outputStatus : status;
+}
+
+int run(const Arguments &arguments)
+{
+    int interrupted = 0;
+    if (isUsersSession()) {
+        if (const auto answer = askRunning(arguments.request, interrupted))
+            return tell(arguments, *answer, interrupted);
+    }
+    const auto choice = choosePlatform();
+    if (!choice) {
+        complain(unknownPlatformText());
+        return UsageError;
+    }
+    const QJsonObject answer = workAlone(*choice, arguments.request, interrupted);
+    return tell(arguments, answer, interrupted);
 }
 
 } // namespace
@@ -130,11 +172,15 @@ int main(int argc, char *argv[])
     const ParsedArguments parsed = parseArguments(QCoreApplication::arguments().sliced(1));
     if (!parsed.error.isEmpty()) {
         complain(parsed.error + u"; see tovelctl --help"_s);
-        return ExitStatus::Usage;
+        return UsageError;
     }
-    if (parsed.arguments.command == Arguments::Command::Help)
+    switch (parsed.arguments.purpose) {
+    case Arguments::Purpose::Help:
         return print(helpText());
-    if (parsed.arguments.command == Arguments::Command::Version)
+    case Arguments::Purpose::Version:
         return print(u"tovelctl %1\n"_s.arg(QCoreApplication::applicationVersion()));
+    case Arguments::Purpose::Request:
+        break;
+    }
     return run(parsed.arguments);
 }

@@ -8,7 +8,7 @@
 
 namespace tovel {
 
-// What a word on the command line stands for, or why it stands for nothing.
+// What a word of a request stands for, or why it stands for nothing.
 template <typename Record>
 struct Found
 {

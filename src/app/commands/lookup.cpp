@@ -1,4 +1,4 @@
-#include "app/tovelctl/lookup.h"
+#include "app/commands/lookup.h"
 
 #include "platform/workspace.h"
 

@@ -1,0 +1,62 @@
+#include "app/service/bus_presence.h"
+
+#include "app/service/application_adaptor.h"
+#include "app/service/bus_names.h"
+#include "app/service/command_adaptor.h"
+#include "app/service/running_tovel.h"
+
+#include <QDBusMessage>
+
+namespace tovel {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int patience = 5000; // milliseconds
+
+} // namespace
+
+BusPresence::BusPresence(const QDBusConnection &bus)
+    : m_bus(bus)
+    , m_application(new ApplicationAdaptor(this, bus))
+    , m_commands(new CommandAdaptor(this, bus))
+{ }
+
+BusPresence::~BusPresence()
+{
+    if (!m_bus.isConnected())
+        return;
+    m_bus.unregisterService(BusNames::Service);
+    m_bus.unregisterObject(BusNames::Path);
+}
+
+Claim BusPresence::claim()
+{
+    if (!m_bus.isConnected())
+        return Claim::Unowned;
+    m_bus.registerObject(BusNames::Path, this, QDBusConnection::ExportAdaptors);
+    if (m_bus.registerService(BusNames::Service))
+        return Claim::Ours;
+    m_bus.unregisterObject(BusNames::Path);
+
+    switch (findRunningTovel(m_bus)) {
+    case RunningTovel::Answers:
+        return Claim::Taken;
+    case RunningTovel::Silent:
+        return Claim::Unanswered;
+    case RunningTovel::None:
+        break;
+    }
+    return Claim::Unowned;
+}
+
+bool BusPresence::activateOther()
+{
+    const QDBusMessage reply = m_bus.call(
+        callOfRunningTovel(u"org.freedesktop.Application"_s, u"Activate"_s, {QVariantMap()}),
+        QDBus::Block, patience);
+    return reply.type() == QDBusMessage::ReplyMessage;
+}
+
+} // namespace tovel

@@ -1,0 +1,119 @@
+#include "app/service/command_adaptor.h"
+
+#include "app/commands/answers.h"
+#include "app/service/bus_names.h"
+
+#include <QDBusError>
+#include <QJsonDocument>
+
+#include <utility>
+
+namespace tovel {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QString compact(const QJsonObject &answer)
+{
+    return QString::fromUtf8(QJsonDocument(answer).toJson(QJsonDocument::Compact));
+}
+
+bool isKnown(const QVariantMap &options)
+{
+    for (auto option = options.cbegin(); option != options.cend(); ++option) {
+        if (option.key() != "follow"_L1 || option->typeId() != QMetaType::Bool)
+            return false;
+    }
+    return true;
+}
+
+} // namespace
+
+CommandAdaptor::CommandAdaptor(QObject *parent, const QDBusConnection &bus)
+    : QDBusAbstractAdaptor(parent)
+    , m_bus(bus)
+{ }
+
+void CommandAdaptor::serve(TovelModel &model, std::function<Surroundings()> surroundings)
+{
+    m_model = &model;
+    m_surroundings = std::move(surroundings);
+    connect(&model, &TovelModel::didChange, this, [this](TovelModel::Property property) {
+        if (property == TovelModel::Property::message && isBusy())
+            Q_EMIT Progress(m_model->message());
+    });
+}
+
+QString CommandAdaptor::display() const { return ownDisplay(); }
+
+QString CommandAdaptor::Status() { return answer({.command = Request::Command::Status}); }
+
+QString CommandAdaptor::Apps() { return answer({.command = Request::Command::Apps}); }
+
+QString CommandAdaptor::AddToFlock(const QStringList &applications)
+{
+    return answer({.command = Request::Command::FlockAdd, .applications = applications});
+}
+
+QString CommandAdaptor::RemoveFromFlock(const QStringList &applications)
+{
+    return answer({.command = Request::Command::FlockRemove, .applications = applications});
+}
+
+QString CommandAdaptor::Rename(const QString &desktop, const QString &name)
+{
+    return answer({.command = Request::Command::Rename, .desktop = desktop, .name = name});
+}
+
+QString CommandAdaptor::Move(const QString &desktop, const QVariantMap &options,
+                             const QDBusMessage &message)
+{
+    message.setDelayedReply(true);
+    if (isBusy()) {
+        m_bus.send(message.createErrorReply(BusNames::BusyError, u"another move is running"_s));
+    } else if (!isKnown(options)) {
+        m_bus.send(message.createErrorReply(QDBusError::InvalidArgs,
+                                            u"the one option of Move is follow, a boolean"_s));
+    } else {
+        Request request;
+        request.command = Request::Command::Move;
+        request.desktop = desktop;
+        if (options.contains(u"follow"_s))
+            request.follow = options[u"follow"_s].toBool();
+        answerLater(request, message);
+    }
+    return {};
+}
+
+void CommandAdaptor::StopMove()
+{
+    if (m_model)
+        m_model->stopMigration();
+}
+
+// For requests that are carried out without waiting for anything.
+QString CommandAdaptor::answer(const Request &request)
+{
+    QString text;
+    carry(request).then([&text](const QJsonObject &result) { text = compact(result); });
+    return text;
+}
+
+QCoro::Task<> CommandAdaptor::answerLater(Request request, QDBusMessage message)
+{
+    const QPointer<CommandAdaptor> self(this);
+    const QJsonObject result = co_await carry(request);
+    if (self)
+        m_bus.send(message.createReply(compact(result)));
+}
+
+QCoro::Task<QJsonObject> CommandAdaptor::carry(Request request)
+{
+    if (!m_model)
+        co_return refusal(u"Tovel is not ready"_s);
+    m_model->refresh();
+    co_return co_await carryOut(*m_model, request, m_surroundings());
+}
+
+} // namespace tovel

@@ -1,0 +1,16 @@
+#include "app/shell/wrapped_text.h"
+
+#include <QLabel>
+
+namespace tovel {
+
+QLabel *makeWrappedText(const QString &text, TextStyle style)
+{
+    auto *label = new QLabel(text);
+    label->setTextFormat(Qt::PlainText);
+    label->setFont(textFont(style));
+    label->setWordWrap(true);
+    return label;
+}
+
+} // namespace tovel

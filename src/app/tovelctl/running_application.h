@@ -1,0 +1,37 @@
+#pragma once
+
+#include "app/commands/request.h"
+
+#include <QCoroTask>
+#include <QDBusConnection>
+#include <QJsonObject>
+#include <QObject>
+
+#include <functional>
+
+namespace tovel {
+
+// The running Tovel, asked over the session bus. Must outlive its tasks.
+class RunningApplication final : public QObject
+{
+    Q_OBJECT
+
+public:
+    // Progress of moves goes to the function.
+    RunningApplication(const QDBusConnection &bus, std::function<void(QString)> progress);
+
+    // The answer to the request; a refusal when the program cannot carry it out, and one of status
+    // Incomplete when it ends meanwhile.
+    QCoro::Task<QJsonObject> carryOut(Request request);
+
+    void stopMove();
+
+private Q_SLOTS:
+    void tell(const QString &message) { m_progress(message); }
+
+private:
+    QDBusConnection m_bus;
+    std::function<void(QString)> m_progress;
+};
+
+} // namespace tovel

@@ -1,0 +1,42 @@
+#include "app/tray/status_image.h"
+
+#include "settings/bundle.h"
+#include "views/components/symbol.h"
+
+#include <QGuiApplication>
+#include <QPainter>
+#include <QPalette>
+
+namespace tovel {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr QSizeF imageSize(21.93415061295972, 18);
+constexpr qreal slotSize = 22; // of the tray, in which the image has that size
+
+} // namespace
+
+QList<QImage> statusImages()
+{
+    QList<QImage> images;
+    const auto path = mainBundle().pathForResource(u"TovelMenuAlt"_s, u"svg"_s);
+    if (!path)
+        return images;
+    const QColor color = QGuiApplication::palette().color(QPalette::WindowText);
+    for (const int size : {16, 22, 24, 32, 44, 48, 64}) {
+        QImage image(size, size, QImage::Format_ARGB32_Premultiplied);
+        image.fill(Qt::transparent);
+        QPainter painter(&image);
+        painter.scale(size / slotSize, size / slotSize);
+        QRectF box(QPointF(), imageSize);
+        box.moveCenter(QPointF(slotSize, slotSize) / 2);
+        paintTemplateImage(painter, *path, box, color);
+        painter.end();
+        images.append(image);
+    }
+    return images;
+}
+
+} // namespace tovel

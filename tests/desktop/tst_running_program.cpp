@@ -1,0 +1,217 @@
+#include "support/desktop_reading.h"
+#include "support/private_session.h"
+#include "support/test_client.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCall>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTest>
+
+#include <csignal>
+
+using namespace tovel;
+using namespace Qt::StringLiterals;
+
+// The program as the one of its session: what a second start, tovelctl and other programs on the
+// bus make of it, and how it ends.
+class TestRunningProgram : public QObject
+{
+    Q_OBJECT
+
+private:
+    std::unique_ptr<PrivateSession> m_session;
+    std::unique_ptr<TestClient> m_client;
+    std::unique_ptr<QProcess> m_program;
+    std::unique_ptr<QDBusConnection> m_bus;
+
+    bool startProgram(const QStringList &arguments = {})
+    {
+        m_program = m_session->launch(QStringLiteral(TOVEL), arguments, m_session->environment());
+        return eventually([this] {
+            return call(u"org.freedesktop.DBus.Peer"_s, u"Ping"_s).errorName().isEmpty();
+        });
+    }
+
+    bool isShown() const
+    {
+        for (const ListedWindow &window : listedWindows(*m_session)) {
+            if (window.title == u"Tovel")
+                return true;
+        }
+        return false;
+    }
+
+    QDBusMessage message(const QString &interface, const QString &method,
+                         const QVariantList &arguments = {}) const
+    {
+        QDBusMessage call = QDBusMessage::createMethodCall(
+            u"org.tovel.Tovel"_s, u"/org/tovel/Tovel"_s, interface, method);
+        call.setArguments(arguments);
+        return call;
+    }
+
+    QDBusMessage call(const QString &interface, const QString &method,
+                      const QVariantList &arguments = {}) const
+    {
+        return m_bus->call(message(interface, method, arguments));
+    }
+
+    QDBusMessage act(const QString &action) const
+    {
+        return call(u"org.freedesktop.Application"_s, u"ActivateAction"_s,
+                    {action, QVariantList(), QVariantMap()});
+    }
+
+    Outcome ctl(const QString &line) const
+    {
+        return m_session->run(QStringLiteral(TOVELCTL), line.split(u' '));
+    }
+
+    QJsonObject stored() const
+    {
+        QFile file(m_session->environment().value(u"XDG_CONFIG_HOME"_s)
+                   + u"/org.tovel.Tovel/defaults.json"_s);
+        return file.open(QIODevice::ReadOnly) ? QJsonDocument::fromJson(file.readAll()).object()
+                                              : QJsonObject();
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_session = std::make_unique<PrivateSession>(managerFromEnvironment(),
+                                                     SessionOptions{.bus = true});
+        QVERIFY(m_session->isReady());
+        m_session->install(u"org.example.Boats"_s, u"Boats"_s, u"boats"_s);
+        m_client = std::make_unique<TestClient>(m_session->display());
+        for (const QString &title : {u"Sloop"_s, u"Ketch"_s, u"Yawl"_s}) {
+            m_client->open({.application = u"boats"_s, .title = title});
+            QVERIFY(windowTitled(*m_session, title) != 0);
+        }
+        QCOMPARE(ctl(u"flock add Boats"_s).status, 0);
+        m_bus = std::make_unique<QDBusConnection>(QDBusConnection::connectToBus(
+            m_session->environment().value(u"DBUS_SESSION_BUS_ADDRESS"_s), u"others"_s));
+    }
+
+    void init() { QVERIFY(startProgram()); }
+
+    void cleanup()
+    {
+        m_program->terminate();
+        const Outcome outcome = outcomeOf(*m_program);
+        QVERIFY2(outcome.status == 0, qPrintable(outcome.err));
+        QCOMPARE(outcome.err, QString());
+    }
+
+    void cleanupTestCase()
+    {
+        m_bus.reset();
+        QDBusConnection::disconnectFromBus(u"others"_s);
+        m_program.reset();
+        m_client.reset();
+        m_session.reset();
+    }
+
+    void aSecondStartShowsTheFirst()
+    {
+        QVERIFY(eventually([this] { return isShown(); }));
+        QVERIFY(
+            eventually([this] { return act(u"toggle"_s).errorName().isEmpty() && !isShown(); }));
+        const QString tovel = QStringLiteral(TOVEL);
+        QCOMPARE(m_session->run(tovel, {u"--hidden"_s}).status, 0);
+        QVERIFY(!isShown());
+        const Outcome second = m_session->run(tovel, {});
+        QCOMPARE(second.status, 0);
+        QCOMPARE(second.err, QString());
+        QVERIFY(eventually([this] { return isShown(); }));
+        QCOMPARE(act(u"sink"_s).errorName(), u"org.freedesktop.DBus.Error.InvalidArgs"_s);
+
+        // The demonstration is nobody's second start.
+        QProcessEnvironment simulated = m_session->environment();
+        simulated.insert(u"TOVEL_DESKTOP"_s, u"simulated"_s);
+        const auto demonstration = m_session->launch(tovel, {}, simulated);
+        QVERIFY(eventually([this] { return listedWindows(*m_session).size() == 5; }));
+        QCOMPARE(demonstration->state(), QProcess::Running);
+        demonstration->terminate();
+        QCOMPARE(outcomeOf(*demonstration).status, 0);
+    }
+
+    void commandsAreCarriedOutByTheRunningProgram()
+    {
+        QVERIFY(ctl(u"rename 2 Harbour"_s).out.contains(u"Harbour"));
+        const QString interface = u"org.tovel.Tovel1"_s;
+        const auto status = [&] {
+            const QString text = call(interface, u"Status"_s).arguments().value(0).toString();
+            return QJsonDocument::fromJson(text.toUtf8()).object();
+        };
+        QCOMPARE(status()[u"desktops"_s][1][u"name"_s], u"Harbour"_s);
+        const QJsonObject before = stored();
+        QCOMPARE(ctl(u"flock add Sharks"_s).status, 3);
+        QCOMPARE(stored(), before);
+
+        const Outcome moved = ctl(u"move Harbour --no-follow"_s);
+        QCOMPARE(moved.out, u"3 moved · 0 already there\n"_s);
+        for (const QString &title : {u"Sloop"_s, u"Ketch"_s, u"Yawl"_s})
+            QCOMPARE(desktopOf(*m_session, windowTitled(*m_session, title)), 1U);
+
+        const QDBusPendingCall first
+            = m_bus->asyncCall(message(interface, u"Move"_s, {u"3"_s, QVariantMap()}));
+        const QDBusMessage second = call(interface, u"Move"_s, {u"1"_s, QVariantMap()});
+        QCOMPARE(second.errorName(), u"org.tovel.Tovel1.Error.Busy"_s);
+        QVERIFY(eventually([&] { return first.isFinished(); }));
+        QVERIFY(first.reply().arguments().value(0).toString().contains(u"\"status\":0"));
+        const QVariantMap unknown{{u"fast"_s, true}};
+        QCOMPARE(call(interface, u"Move"_s, {u"1"_s, unknown}).errorName(),
+                 u"org.freedesktop.DBus.Error.InvalidArgs"_s);
+        QCOMPARE(status()[u"flockDesktop"_s], 3);
+    }
+
+    void commandsWorkBesideAProgramThatHangs()
+    {
+        kill(static_cast<pid_t>(m_program->processId()), SIGSTOP);
+        const Outcome moved = ctl(u"move 1 --no-follow"_s);
+        const Outcome second = m_session->run(QStringLiteral(TOVEL), {});
+        kill(static_cast<pid_t>(m_program->processId()), SIGCONT);
+        QCOMPARE(moved.status, 0);
+        QVERIFY(moved.err.contains(u"does not answer; going on without it"));
+        QCOMPARE(second.status, 1);
+        QCOMPARE(second.err, u"tovel: Tovel runs already, but does not answer\n"_s);
+    }
+
+    void anySignalEndsItInMidMove_data()
+    {
+        QTest::addColumn<int>("number");
+        QTest::newRow("log-out") << SIGHUP;
+        QTest::newRow("interrupt") << SIGINT;
+        QTest::newRow("termination") << SIGTERM;
+    }
+
+    void anySignalEndsItInMidMove()
+    {
+        QFETCH(const int, number);
+        call(u"org.tovel.Tovel1"_s, u"RemoveFromFlock"_s, {QStringList{u"Boats"_s}});
+        call(u"org.tovel.Tovel1"_s, u"AddToFlock"_s, {QStringList{u"Boats"_s}});
+        const auto asker = m_session->launch(QStringLiteral(TOVELCTL), {u"move"_s, u"4"_s},
+                                             m_session->environment());
+        QVERIFY(eventually([this] {
+            for (const ListedWindow &window : listedWindows(*m_session)) {
+                if (window.desktop == 3)
+                    return true;
+            }
+            return false;
+        }));
+        kill(static_cast<pid_t>(m_program->processId()), number);
+        QCOMPARE(outcomeOf(*m_program).status, 0);
+        const Outcome asked = outcomeOf(*asker);
+        QVERIFY(asked.status == 0 || asked.err.contains(u"gave no answer"));
+        QVERIFY(stored()[u"selected"_s].toArray().contains(u"org.example.Boats"_s));
+        QCOMPARE(ctl(u"move 1"_s).status, 0); // alone
+        QVERIFY(startProgram());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestRunningProgram)
+#include "tst_running_program.moc"

@@ -1,0 +1,170 @@
+#include "support/desktop_reading.h"
+#include "support/panel_user.h"
+#include "support/test_client.h"
+
+#include <QJsonDocument>
+#include <QTest>
+
+using namespace tovel;
+using namespace Qt::StringLiterals;
+
+// The global shortcut, pressed while another program has the keyboard, and its editor.
+class TestShortcut : public QObject
+{
+    Q_OBJECT
+
+private:
+    static constexpr std::uint8_t keyF6 = 72; // keycodes of the server
+    static constexpr std::uint8_t thirteenthOfUpperRow = 28; // T on the usual layout
+    static constexpr std::uint16_t shift = 1, control = 4; // modifiers
+
+    // Gives the keyboard to another program and presses there.
+    bool pressElsewhere(const QString &key)
+    {
+        m_session.run(u"xdotool"_s, {u"windowactivate"_s, u"--sync"_s, QString::number(m_other)});
+        const bool isAway = eventually([this] { return !isActive(); });
+        m_user.press({key});
+        return isAway;
+    }
+
+    bool isActive()
+    {
+        const QList<SeenObject> seen = m_user.look();
+        return std::any_of(seen.cbegin(), seen.cend(), [](const SeenObject &it) {
+            return it.role == u"frame"_s && it.is("active"_L1);
+        });
+    }
+
+    bool becomesActive()
+    {
+        return eventually([this] { return isActive(); });
+    }
+
+    // Its field has the keyboard. By keys, as icewm tells a new dialog late where it stands.
+    bool openEditor()
+    {
+        return m_user.click(u"Tovel settings"_s) && m_user.click(u"Keyboard Shortcut… (⌃⌥⌘T)"_s)
+            && m_user.find(u"Keyboard Shortcut"_s, u"dialog"_s);
+    }
+
+    bool recordingShows(const QString &informativeText)
+    {
+        return m_user.find(informativeText, u"label"_s).has_value();
+    }
+
+    QJsonObject storedShortcut() const
+    {
+        const QString text = QString::fromUtf8(QByteArray::fromBase64(
+            m_user.stored()[u"globalShortcut"_s][u"$data"_s].toString().toLatin1()));
+        return QJsonDocument::fromJson(text.toUtf8()).object();
+    }
+
+    PrivateSession m_session{managerFromEnvironment(), {.assistive = true}};
+    PanelUser m_user{m_session};
+    std::unique_ptr<TestClient> m_client;
+    std::uint32_t m_other = 0;
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY(m_session.isReady());
+        m_client = std::make_unique<TestClient>(m_session.display());
+        m_session.start(u"xterm"_s, {u"-T"_s, u"other"_s, u"-e"_s, u"cat"_s});
+        m_other = windowTitled(m_session, u"other"_s);
+        QVERIFY(m_other);
+        QVERIFY(m_user.start());
+    }
+
+    void cleanupTestCase()
+    {
+        m_user.stop();
+        m_client.reset();
+    }
+
+    void theKeyTogglesThePanelFromAnyWindow()
+    {
+        // In this order: icewm takes the keyboard for itself when Super comes later.
+        const QString key = u"super+ctrl+alt+t"_s;
+        QVERIFY(pressElsewhere(key));
+        QVERIFY(becomesActive()); // it was behind
+        m_user.press({key});
+        QVERIFY(eventually([this] { return !isActive(); }));
+        QVERIFY(pressElsewhere(u"super+ctrl+alt+y"_s)); // another key
+        QVERIFY(!isActive());
+        m_user.press({u"Num_Lock"_s});
+        QVERIFY(pressElsewhere(key));
+        QVERIFY(becomesActive());
+        m_user.press({u"Num_Lock"_s});
+
+        // The key is a place on the keyboard, whatever letter stands there.
+        QCOMPARE(m_session.run(u"setxkbmap"_s, {u"dvorak"_s}).status, 0);
+        QVERIFY(pressElsewhere(u"super+ctrl+alt+%1"_s.arg(thirteenthOfUpperRow)));
+        QVERIFY(becomesActive());
+        QCOMPARE(m_session.run(u"setxkbmap"_s, {u"us"_s}).status, 0);
+    }
+
+    void theEditorRecordsAnother()
+    {
+        const QString field = u"Record keyboard shortcut"_s;
+        QVERIFY(openEditor());
+        m_user.press({u"space"_s});
+        QVERIFY(eventually([&] { return !m_user.find(u"Save"_s)->is("enabled"_L1); }));
+        m_user.press({u"shift+a"_s});
+        QVERIFY(recordingShows(u"Include Command, Control, or Option in your shortcut."_s));
+        QVERIFY(!m_user.find(u"Save"_s)->is("enabled"_L1));
+        m_user.press({u"Escape"_s});
+        QVERIFY(eventually([&] { return m_user.find(u"Save"_s)->is("enabled"_L1); }));
+
+        m_user.press({u"space"_s});
+        m_user.press({u"ctrl+shift+F6"_s});
+        QVERIFY(recordingShows(u"Click Save to use this shortcut."_s));
+        QVERIFY(m_client->grabKey(keyF6, control | shift)); // another program is faster
+        m_user.press({u"Return"_s});
+        QVERIFY(recordingShows(
+            u"That shortcut is unavailable. Click the field and try another combination."_s));
+        m_user.press({u"Escape"_s});
+        QVERIFY(m_user.isGone(field));
+        QVERIFY(storedShortcut().isEmpty());
+        QVERIFY(pressElsewhere(u"super+ctrl+alt+t"_s));
+        QVERIFY(becomesActive());
+
+        QVERIFY(openEditor());
+        m_user.press({u"space"_s});
+        m_user.press({u"ctrl+shift+F5"_s});
+        QVERIFY(recordingShows(u"Click Save to use this shortcut."_s));
+        m_user.press({u"Return"_s});
+        QVERIFY(eventually([&] { return storedShortcut()[u"key"_s] == u"F5"_s; }));
+        QVERIFY(pressElsewhere(u"super+ctrl+alt+t"_s));
+        QVERIFY(pressElsewhere(u"ctrl+shift+F5"_s));
+        QVERIFY(becomesActive());
+
+        QVERIFY(m_user.click(u"Tovel settings"_s));
+        QVERIFY(m_user.click(u"Keyboard Shortcut… (⌃⇧F5)"_s));
+        QVERIFY(m_user.find(u"Keyboard Shortcut"_s, u"dialog"_s));
+        m_user.press({u"Tab"_s, u"space"_s});
+        QVERIFY(eventually([&] { return storedShortcut()[u"key"_s] == u"T"_s; }));
+        QVERIFY(m_user.isGone(field));
+        QVERIFY(pressElsewhere(u"super+ctrl+alt+t"_s));
+        QVERIFY(becomesActive());
+    }
+
+    void theIconFollowsItsStyle()
+    {
+        const auto icon = [this] {
+            const QString panel = QString::number(windowTitled(m_session, u"Tovel"_s));
+            return m_session
+                .run(u"xprop"_s,
+                     {u"-id"_s, panel, u"-len"_s, u"4096"_s, u"32c"_s, u"_NET_WM_ICON"_s})
+                .out;
+        };
+        const QString dark = icon();
+        QVERIFY(m_user.click(u"Tovel settings"_s));
+        QVERIFY(m_user.click(u"App icon"_s));
+        QVERIFY(m_user.click(u"Light"_s));
+        QVERIFY(eventually([&] { return icon() != dark; }));
+        QCOMPARE(m_user.stored()[u"iconStyle"_s], u"light"_s);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestShortcut)
+#include "tst_shortcut.moc"

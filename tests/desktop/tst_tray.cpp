@@ -1,0 +1,230 @@
+#include "support/bus_tray.h"
+#include "support/desktop_reading.h"
+#include "support/panel_user.h"
+
+#include <QDBusArgument>
+#include <QRegularExpression>
+#include <QTest>
+
+#include <optional>
+
+using namespace tovel;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+const QString move = QStringLiteral("Move apps to ");
+
+} // namespace
+
+// The icon in trays of both kinds, clicked as their user does.
+class TestTray : public QObject
+{
+    Q_OBJECT
+
+private:
+    // Where the X session's tray has the icon, if it has.
+    std::optional<QPoint> iconPlace() const
+    {
+        static const QRegularExpression icon(
+            u"\\(\"tovel\".*\\) +\\d+x\\d+\\+0\\+0 +\\+(\\d+)\\+(\\d+)"_s);
+        const QString windows
+            = m_session.run(u"xwininfo"_s, {u"-name"_s, u"panel"_s, u"-tree"_s}).out;
+        const QRegularExpressionMatch match = icon.match(windows);
+        return match.hasMatch()
+            ? std::optional(QPoint(match.captured(1).toInt() + 4, match.captured(2).toInt() + 4))
+            : std::nullopt;
+    }
+
+    QString bus() const { return m_session.environment().value(u"DBUS_SESSION_BUS_ADDRESS"_s); }
+
+    void come(bool onBus)
+    {
+        if (onBus)
+            m_busTray.emplace(bus());
+        else
+            m_trayer = m_session.launch(u"trayer"_s, {}, m_session.environment());
+    }
+
+    void leave()
+    {
+        m_busTray.reset();
+        if (m_trayer) {
+            m_trayer->kill();
+            m_trayer->waitForFinished();
+            m_trayer.reset();
+        }
+    }
+
+    bool hasIcon()
+    {
+        return eventually([this] { return m_busTray ? m_busTray->hasItem() : !!iconPlace(); });
+    }
+
+    void clickAt(const QPoint &place, int button)
+    {
+        m_session.run(u"xdotool"_s,
+                      {u"mousemove"_s, QString::number(place.x()), QString::number(place.y()),
+                       u"click"_s, QString::number(button)});
+    }
+
+    void click(int button)
+    {
+        if (m_busTray)
+            m_busTray->activateItem();
+        else
+            clickAt(iconPlace().value_or(QPoint()), button);
+    }
+
+    // In the menu of a right click.
+    bool choose(const QString &desktop)
+    {
+        if (m_busTray)
+            return m_busTray->menu().contains(desktop) && m_busTray->choose(desktop);
+        click(3);
+        const std::optional<SeenObject> item = m_user.find(desktop, u"menu item"_s);
+        if (item)
+            clickAt(item->place.center(), 1);
+        return item.has_value();
+    }
+
+    bool panelIs(bool shown)
+    {
+        return eventually([&] {
+            const QList<SeenObject> seen = m_user.look();
+            const auto panel = std::find_if(seen.cbegin(), seen.cend(), [](const SeenObject &it) {
+                return it.name == u"Tovel"_s && it.role == u"frame"_s;
+            });
+            return panel == seen.cend() ? !shown : shown && panel->is("active"_L1);
+        });
+    }
+
+    bool isHerdOn(std::uint32_t desktop)
+    {
+        return eventually([&] { return desktopOf(m_session, m_herd) == desktop; });
+    }
+
+    PrivateSession m_session{managerFromEnvironment(), {.assistive = true}};
+    PanelUser m_user{m_session};
+    std::optional<BusTray> m_busTray;
+    std::unique_ptr<QProcess> m_trayer;
+    std::uint32_t m_herd = 0;
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY(m_session.isReady());
+        m_session.install(u"org.example.herd"_s, u"Herd"_s, u"Herd"_s);
+        m_session.start(
+            u"xterm"_s,
+            {u"-class"_s, u"Herd"_s, u"-name"_s, u"Herd"_s, u"-T"_s, u"herd"_s, u"-e"_s, u"cat"_s});
+        m_herd = windowTitled(m_session, u"herd"_s);
+        QVERIFY(m_herd);
+        QVERIFY(m_user.start());
+        QVERIFY(m_user.click(u"Add app"_s) && m_user.click(u"Add Herd"_s));
+        QVERIFY(m_user.find(u"Herd"_s, u"panel"_s));
+    }
+
+    void init() { QVERIFY(m_user.start()); }
+
+    void cleanup()
+    {
+        m_user.stop();
+        leave();
+    }
+
+    void theIconWorks_data()
+    {
+        QTest::addColumn<bool>("onBus");
+        QTest::newRow("X session") << false;
+        QTest::newRow("bus") << true;
+    }
+
+    void theIconWorks()
+    {
+        QFETCH(bool, onBus);
+        const QStringList desktops = m_user.buttons(move);
+        come(onBus); // later than the program
+        QVERIFY(hasIcon());
+        click(1);
+        QVERIFY(panelIs(false));
+        QVERIFY(choose(desktops.value(2)));
+        QVERIFY(isHerdOn(2));
+        QVERIFY(panelIs(false));
+        click(1);
+        QVERIFY(panelIs(true));
+        QVERIFY(m_user.find(u"Your flock is on "_s + desktops.value(2) + u'.')); // nothing runs
+
+        m_session.run(u"xdotool"_s, {u"keydown"_s, u"ctrl"_s});
+        click(1);
+        const bool isOpen = m_user.find(u"Fly to this pond"_s).has_value();
+        m_session.run(u"xdotool"_s, {u"keyup"_s, u"ctrl"_s});
+        QVERIFY(isOpen);
+        m_user.press({u"Escape"_s});
+        QVERIFY(m_user.isGone(u"Fly to this pond"_s));
+        QVERIFY(choose(desktops.value(0)));
+        QVERIFY(isHerdOn(0));
+        QVERIFY(m_user.find(u"Your flock is on "_s + desktops.value(0) + u'.'));
+        QVERIFY(panelIs(true)); // above what came
+
+        leave();
+        come(onBus);
+        QVERIFY(hasIcon());
+        click(1);
+        QVERIFY(panelIs(false));
+        QVERIFY(m_user.isRunning());
+    }
+
+    void thereIsOneIcon()
+    {
+        come(false);
+        QVERIFY(hasIcon());
+        come(true);
+        QVERIFY(hasIcon());
+        QVERIFY(eventually([this] { return !iconPlace(); }));
+        const QVariantMap item = m_busTray->itemProperties();
+        QCOMPARE(item[u"Status"_s], u"Active"_s);
+        QCOMPARE(item[u"ItemIsMenu"_s], false);
+        const auto images = item[u"IconPixmap"_s].value<QDBusArgument>();
+        QCOMPARE(images.currentSignature(), u"a(iiay)"_s);
+        QVERIFY(!images.atEnd());
+        QCOMPARE(item[u"ToolTip"_s].value<QDBusArgument>().currentSignature(), u"(sa(iiay)ss)"_s);
+        m_busTray.reset();
+        QVERIFY(hasIcon());
+    }
+
+    void troubleOnTheBusIsOvercome_data()
+    {
+        QTest::addColumn<BusTray::Manner>("manner");
+        QTest::addColumn<bool>("early"); // before the program
+        QTest::newRow("silent") << BusTray::Manner::Silent << true;
+        QTest::newRow("refusing") << BusTray::Manner::Refusing << true;
+        QTest::newRow("silent later") << BusTray::Manner::Silent << false;
+        QTest::newRow("mistyped later") << BusTray::Manner::Mistyped << false;
+    }
+
+    void troubleOnTheBusIsOvercome()
+    {
+        QFETCH(BusTray::Manner, manner);
+        QFETCH(bool, early);
+        come(false);
+        if (early)
+            m_user.stop();
+        else
+            QVERIFY(hasIcon());
+        m_busTray.emplace(bus(), manner);
+        if (early)
+            QVERIFY(m_user.start());
+        QVERIFY(eventually([this] { return m_busTray->questions() > 0; }));
+        QCOMPARE(iconPlace().has_value(), !early);
+        QVERIFY(panelIs(true));
+        QVERIFY(!m_busTray->hasItem());
+        m_busTray.reset();
+        QVERIFY(hasIcon());
+        click(1);
+        QVERIFY(panelIs(false));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestTray)
+#include "tst_tray.moc"
