@@ -1,7 +1,9 @@
+#include "support/bus_tray.h"
 #include "support/desktop_reading.h"
 #include "support/panel_user.h"
 #include "support/test_client.h"
 
+#include <QDBusArgument>
 #include <QJsonDocument>
 #include <QTest>
 
@@ -59,9 +61,23 @@ private:
         return QJsonDocument::fromJson(text.toUtf8()).object();
     }
 
+    // What the tray says under the pointer.
+    QString toolTip() const
+    {
+        const auto value = m_tray->itemProperties()[u"ToolTip"_s].value<QDBusArgument>();
+        QString icon, title;
+        value.beginStructure();
+        value >> icon;
+        value.beginArray();
+        value.endArray();
+        value >> title;
+        return title;
+    }
+
     PrivateSession m_session{managerFromEnvironment(), {.assistive = true}};
     PanelUser m_user{m_session};
     std::unique_ptr<TestClient> m_client;
+    std::unique_ptr<BusTray> m_tray;
     std::uint32_t m_other = 0;
 
 private Q_SLOTS:
@@ -72,12 +88,17 @@ private Q_SLOTS:
         m_session.start(u"xterm"_s, {u"-T"_s, u"other"_s, u"-e"_s, u"cat"_s});
         m_other = windowTitled(m_session, u"other"_s);
         QVERIFY(m_other);
+        m_tray = std::make_unique<BusTray>(
+            m_session.environment().value(u"DBUS_SESSION_BUS_ADDRESS"_s));
         QVERIFY(m_user.start());
+        QVERIFY(eventually([this] { return m_tray->hasItem(); }));
+        QCOMPARE(toolTip(), u"Tovel · ⌃⌥⌘T"_s);
     }
 
     void cleanupTestCase()
     {
         m_user.stop();
+        m_tray.reset();
         m_client.reset();
     }
 
@@ -134,6 +155,7 @@ private Q_SLOTS:
         QVERIFY(recordingShows(u"Click Save to use this shortcut."_s));
         m_user.press({u"Return"_s});
         QVERIFY(eventually([&] { return storedShortcut()[u"key"_s] == u"F5"_s; }));
+        QVERIFY(eventually([&] { return toolTip() == u"Tovel · ⌃⇧F5"_s; }));
         QVERIFY(pressElsewhere(u"super+ctrl+alt+t"_s));
         QVERIFY(pressElsewhere(u"ctrl+shift+F5"_s));
         QVERIFY(becomesActive());

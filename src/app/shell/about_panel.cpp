@@ -1,9 +1,9 @@
 #include "app/shell/about_panel.h"
 
-#include "app/shell/wrapped_text.h"
 #include "platform/variants.h"
 #include "settings/updates.h"
 #include "views/tint.h"
+#include "views/wrapped_text.h"
 
 #include <QDialogButtonBox>
 #include <QEvent>

@@ -1,7 +1,7 @@
 #include "app/shell/hidden_panel_note.h"
 
-#include "app/shell/wrapped_text.h"
 #include "views/tint.h"
+#include "views/wrapped_text.h"
 
 #include <QDialogButtonBox>
 #include <QLabel>

@@ -2,6 +2,7 @@
 
 #include "views/text_style.h"
 #include "views/tint.h"
+#include "views/wrapped_text.h"
 
 #include <QLabel>
 #include <QPlainTextEdit>
@@ -18,19 +19,10 @@ namespace {
 constexpr int dialogWidth = 380;
 constexpr QSize notesSize(480, 220);
 
-QLabel *makeLabel(const QString &text, TextStyle style)
-{
-    auto *label = new QLabel(text);
-    label->setTextFormat(Qt::PlainText);
-    label->setFont(textFont(style));
-    label->setWordWrap(true);
-    return label;
-}
-
 } // namespace
 
 UpdateDialog::UpdateDialog(const QString &heading, const QString &text)
-    : m_text(makeLabel(text, TextStyle::body))
+    : m_text(makeWrappedText(text, TextStyle::body))
     , m_body(new QVBoxLayout)
     , m_buttons(new QDialogButtonBox)
 {
@@ -40,7 +32,7 @@ UpdateDialog::UpdateDialog(const QString &heading, const QString &text)
     setMinimumWidth(dialogWidth);
 
     auto *layout = new QVBoxLayout(this);
-    layout->addWidget(makeLabel(heading, TextStyle::headline));
+    layout->addWidget(makeWrappedText(heading, TextStyle::headline));
     layout->addWidget(m_text);
     layout->addLayout(m_body, 1);
     layout->addWidget(m_buttons);

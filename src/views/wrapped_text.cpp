@@ -1,4 +1,4 @@
-#include "app/shell/wrapped_text.h"
+#include "views/wrapped_text.h"
 
 #include <QLabel>
 
