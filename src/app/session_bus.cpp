@@ -1,5 +1,7 @@
 #include "app/session_bus.h"
 
+#include <QMetaType>
+
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -23,12 +25,21 @@ bool isKnown(const QByteArray &address)
     return address.isEmpty() ? hasUserBus() : !address.contains("autolaunch:");
 }
 
+struct FirstType
+{
+};
+
+// Qt's thread that reads the bus goes on until statics are destroyed, the last made first: the
+// types that it makes of messages must have been there before it.
+void outliveBus() { qRegisterMetaType<FirstType>(); }
+
 constexpr char addressVariable[] = "DBUS_SESSION_BUS_ADDRESS";
 
 } // namespace
 
 QDBusConnection sessionBus()
 {
+    outliveBus();
     return isKnown(qgetenv(addressVariable)) ? QDBusConnection::sessionBus()
                                              : QDBusConnection(QString());
 }
@@ -37,6 +48,7 @@ NoBusStart::NoBusStart()
     : m_address(qgetenv(addressVariable))
     , m_isKnown(isKnown(m_address))
 {
+    outliveBus();
     if (!m_isKnown)
         qputenv(addressVariable, "disabled:"); // no transport has this name
 }
