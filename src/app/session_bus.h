@@ -6,8 +6,9 @@
 namespace tovel {
 
 // The bus of the user's session (D-Bus Specification, "Well-known Message Bus Instances"). A
-// connection that is not connected, and never will be, where no bus is known or it does not answer:
-// none is ever started for the asking. Every call answers with the same connection.
+// connection that is not connected, and never will be, where no bus is known or it does not answer
+// within two seconds: none is ever started for the asking. Every call answers with the same
+// connection.
 QDBusConnection sessionBus();
 
 // Libraries, Qt among them, start a bus the first time they want one where none is known. While
@@ -25,7 +26,6 @@ public:
 
 private:
     QByteArray m_address;
-    bool m_isKnown;
 };
 
 } // namespace tovel

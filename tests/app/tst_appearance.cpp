@@ -110,7 +110,7 @@ private Q_SLOTS:
         QFETCH(bool, dark);
         m_portal.answer = answer;
         startPortal();
-        const AppearanceFollower follower(*m_ours, nullptr);
+        const AppearanceFollower follower(*m_ours);
         QTRY_COMPARE(m_portal.questions, 1);
         settle();
         QCOMPARE(isDark(QApplication::palette()), dark);
@@ -120,7 +120,7 @@ private Q_SLOTS:
     {
         m_portal.answer = 2U;
         startPortal();
-        const AppearanceFollower follower(*m_ours, nullptr);
+        const AppearanceFollower follower(*m_ours);
         QTRY_COMPARE(m_portal.questions, 1);
         change(1U);
         QTRY_VERIFY(isDark(QApplication::palette()));
@@ -143,7 +143,7 @@ private Q_SLOTS:
 
     void comesAndGoesWithThePortal()
     {
-        const AppearanceFollower follower(*m_ours, nullptr);
+        const AppearanceFollower follower(*m_ours);
         settle();
         QCOMPARE(QApplication::palette(), m_session);
         m_portal.answer = 1U;
@@ -167,14 +167,12 @@ private Q_SLOTS:
         startPortal();
         QElapsedTimer time;
         time.start();
-        const AppearanceFollower silent(*m_ours, nullptr);
+        const AppearanceFollower silent(*m_ours);
         const auto daemon = static_cast<pid_t>(m_daemon.processId());
         QCOMPARE(kill(daemon, SIGSTOP), 0);
-        const AppearanceFollower onSilentBus(*m_ours, nullptr);
+        const AppearanceFollower onSilentBus(*m_ours);
         QCOMPARE(kill(daemon, SIGCONT), 0);
-        qputenv("DBUS_SESSION_BUS_ADDRESS", "");
-        qputenv("XDG_RUNTIME_DIR", m_folder.filePath(u"none"_s).toLocal8Bit());
-        const AppearanceFollower withoutBus;
+        const AppearanceFollower withoutBus{QDBusConnection(u"none"_s)};
         QVERIFY(time.elapsed() < 100);
         settle();
         QCOMPARE(QApplication::palette(), m_session);

@@ -326,6 +326,7 @@ private Q_SLOTS:
         taken.delegate.applicationDidFinishLaunching();
         QCOMPARE(taken.delegate.model().message(),
                  u"⌃⌥⌘T is unavailable. Choose another shortcut in Settings."_s);
+        QCOMPARE(taken.delegate.model().issues(), QStringList{taken.delegate.model().message()});
 
         Program refused;
         refused.world.facts().installHandlerStatus = -1;

@@ -16,11 +16,23 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr qsizetype longestName = 1000;
+
 // Whether the request makes sense where there is no session.
 bool worksWithoutSession(const Request &request)
 {
     return request.command == Request::Command::FlockAdd
         || request.command == Request::Command::FlockRemove;
+}
+
+QJsonObject refuseWithoutSession(const Request &request, const Surroundings &surroundings)
+{
+    QJsonObject answer = refusal(u"there is no desktop session: "_s + surroundings.missingSession);
+    if (request.command == Request::Command::Status) {
+        answer.insert(u"trusted"_s, false);
+        answer.insert(u"available"_s, false);
+    }
+    return answer;
 }
 
 // A choice that did not reach the disk would be gone with this process.
@@ -52,6 +64,8 @@ QJsonObject renameDesktop(TovelModel &model, const Request &request)
     const auto found = findDesktop(model, request.desktop);
     if (!found.record)
         return refusal(found.error);
+    if (request.name.size() > longestName)
+        return refusal(u"a name has at most %1 characters"_s.arg(longestName));
     model.rename(*found.record, request.name);
     return concludedChange({{u"desktop"_s, desktopObject(model, *found.record)}});
 }
@@ -140,7 +154,7 @@ QCoro::Task<QJsonObject> move(TovelModel &model, Request request, Surroundings s
 QCoro::Task<QJsonObject> carryOut(TovelModel &model, Request request, Surroundings surroundings)
 {
     if (!surroundings.missingSession.isEmpty() && !worksWithoutSession(request))
-        co_return refusal(u"there is no desktop session: "_s + surroundings.missingSession);
+        co_return refuseWithoutSession(request, surroundings);
     switch (request.command) {
     case Request::Command::Status:
         co_return tellStatus(model, surroundings);

@@ -9,7 +9,6 @@
 #include <QDBusPendingReply>
 #include <QDBusServiceWatcher>
 #include <QDBusVariant>
-#include <QFile>
 
 #include <utility>
 
@@ -33,19 +32,7 @@ constexpr uint PrefersLight = 2;
 // Read wraps its answer in one variant more than is needed.
 constexpr int DeepestVariant = 4;
 
-QDBusConnection sessionBus()
-{
-    // Asked for a bus where there is none, the library would start one, and wait for it.
-    const bool isThere = !qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS")
-        || QFile::exists(qEnvironmentVariable("XDG_RUNTIME_DIR") + "/bus"_L1);
-    return isThere ? QDBusConnection::sessionBus() : QDBusConnection(QString());
-}
-
 } // namespace
-
-AppearanceFollower::AppearanceFollower(QObject *parent)
-    : AppearanceFollower(sessionBus(), parent)
-{ }
 
 AppearanceFollower::AppearanceFollower(const QDBusConnection &bus, QObject *parent)
     : QObject(parent)

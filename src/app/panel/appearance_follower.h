@@ -19,9 +19,8 @@ class AppearanceFollower final : public QObject
     Q_OBJECT
 
 public:
-    // On the session's bus. Without one nothing is followed, and none is started.
-    explicit AppearanceFollower(QObject *parent = nullptr);
-    AppearanceFollower(const QDBusConnection &bus, QObject *parent);
+    // On the session's bus. One that is not connected leaves nothing to follow.
+    explicit AppearanceFollower(const QDBusConnection &bus, QObject *parent = nullptr);
     // The session's own palette again.
     ~AppearanceFollower() override;
 

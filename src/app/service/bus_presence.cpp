@@ -21,13 +21,20 @@ BusPresence::BusPresence(const QDBusConnection &bus)
     : m_bus(bus)
     , m_application(new ApplicationAdaptor(this, bus))
     , m_commands(new CommandAdaptor(this, bus))
-{ }
+{
+    m_bus.connect(QString(), u"/org/freedesktop/DBus/Local"_s, u"org.freedesktop.DBus.Local"_s,
+                  u"Disconnected"_s, this, SIGNAL(busLost()));
+}
 
+// Whoever starts Tovel now is to find no name without its object. Qt's own call would wait for the
+// bus, which may not answer.
 BusPresence::~BusPresence()
 {
-    if (!m_bus.isConnected())
-        return;
-    m_bus.unregisterService(BusNames::Service);
+    QDBusMessage release
+        = QDBusMessage::createMethodCall(u"org.freedesktop.DBus"_s, u"/org/freedesktop/DBus"_s,
+                                         u"org.freedesktop.DBus"_s, u"ReleaseName"_s);
+    release << BusNames::Service;
+    m_bus.send(release);
     m_bus.unregisterObject(BusNames::Path);
 }
 
@@ -38,9 +45,12 @@ Claim BusPresence::claim()
     m_bus.registerObject(BusNames::Path, this, QDBusConnection::ExportAdaptors);
     if (m_bus.registerService(BusNames::Service))
         return Claim::Ours;
+    const RunningTovel other = findRunningTovel(m_bus);
+    // The other may have ended instead of answering.
+    if (other != RunningTovel::Answers && m_bus.registerService(BusNames::Service))
+        return Claim::Ours;
     m_bus.unregisterObject(BusNames::Path);
-
-    switch (findRunningTovel(m_bus)) {
+    switch (other) {
     case RunningTovel::Answers:
         return Claim::Taken;
     case RunningTovel::Silent:

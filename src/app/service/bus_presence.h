@@ -31,6 +31,9 @@ public:
     // Has the Tovel that runs already show its panel; false when it does not answer.
     bool activateOther();
 
+    // Whatever the bus said no longer holds.
+    Q_SIGNAL void busLost();
+
     ApplicationAdaptor &application() { return *m_application; }
     CommandAdaptor &commands() { return *m_commands; }
 

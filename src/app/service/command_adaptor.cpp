@@ -97,6 +97,7 @@ QString CommandAdaptor::answer(const Request &request)
 {
     QString text;
     carry(request).then([&text](const QJsonObject &result) { text = compact(result); });
+    Q_ASSERT(!text.isEmpty());
     return text;
 }
 

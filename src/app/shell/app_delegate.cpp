@@ -44,6 +44,7 @@ AppDelegate::AppDelegate(Platform &platform, SPUStandardUpdaterControllerFactory
     : m_platform(platform)
     , m_shortcuts(platform.userDefaults().standardUserDefaults())
     , m_updates(std::move(makeUpdater), [this] { activateIgnoringOtherApps(); })
+    , m_dialogs(platform.ownWindows())
     , m_hotKey(platform.hotKeys(), [this] { toggle(); })
 { }
 
@@ -57,6 +58,7 @@ void AppDelegate::applicationDidFinishLaunching(Launch launch)
                 if (state == Qt::ApplicationActive)
                     applyAppIcon();
             });
+    makeApplicationMenu();
     m_model = std::make_unique<TovelModel>(m_platform);
     m_model->onIconChanged([this](TovelIconStyle) { applyAppIcon(); });
     applyAppIcon();
@@ -69,7 +71,6 @@ void AppDelegate::applicationDidFinishLaunching(Launch launch)
     connect(m_model.get(), &TovelModel::didChange, this, &AppDelegate::tellUnstored,
             Qt::QueuedConnection);
     makePanel();
-    makeApplicationMenu();
     makeStatusItem();
     installHotKey();
     m_updates.start();
@@ -83,12 +84,17 @@ void AppDelegate::makePanel()
     m_panel = std::make_unique<TovelWindow>();
     m_panel->setLevel(levelFor(m_model->pinned()));
     m_model->onPinChanged([this](bool pinned) { m_panel->setLevel(levelFor(pinned)); });
-    m_model->onMigrationFinished([this] { m_panel->bringToFrontAfterMigration(); });
+    m_model->onMigrationFinished([this] {
+        m_panel->bringToFrontAfterMigration();
+        raiseModalDialog();
+    });
     m_panel->setHiddenHandler([this] { panelWasHidden(); });
     m_panel->setContentWidget(new TovelView(*m_model));
     m_panel->setTitleWidget(new TovelTitleView(*m_model));
     m_panel->setSettingsWidget(
         new TovelSettingsView(*m_model, m_updates, m_shortcuts, [this] { editShortcut(); }));
+    m_applicationMenu->install(*m_panel);
+    m_panel->setMenu(&m_applicationMenu->menu());
     m_panel->setFrameAutosaveName(frameName);
     if (!m_panel->setFrameUsingName(frameName))
         m_panel->center();
@@ -104,6 +110,7 @@ void AppDelegate::show()
         if (dialog)
             dialog->show();
     }
+    raiseModalDialog();
 }
 
 void AppDelegate::hide()
@@ -186,14 +193,22 @@ void AppDelegate::requestAccessOnce()
 void AppDelegate::installHotKey()
 {
     if (!m_hotKey.installHandler()) {
-        m_model->setMessage(u"Could not register the shortcut. Use the menu bar icon."_s);
+        tellShortcutFailure(u"Could not register the shortcut. Use the menu bar icon."_s);
         return;
     }
     const TovelShortcut &shortcut = m_shortcuts.shortcut();
     if (!m_hotKey.registerShortcut(shortcut)) {
-        m_model->setMessage(shortcut.label()
+        tellShortcutFailure(shortcut.label()
                             + u" is unavailable. Choose another shortcut in Settings."_s);
     }
+}
+
+void AppDelegate::tellShortcutFailure(const QString &text)
+{
+    m_model->setMessage(text);
+    // The panel shows the message only while a move runs.
+    m_shortcutFailure = text;
+    m_model->setIssues({text});
 }
 
 void AppDelegate::editShortcut()
@@ -209,8 +224,10 @@ void AppDelegate::editShortcut()
         if (editor.exec() == QDialog::Accepted)
             m_shortcuts.save(editor.candidate());
     }
+    if (m_model->issues() == QStringList{m_shortcutFailure})
+        m_model->setIssues({});
     if (!m_hotKey.isRegistered() && !m_hotKey.registerShortcut(m_shortcuts.shortcut()))
-        m_model->setMessage(u"Shortcut unavailable. Choose another shortcut in Settings."_s);
+        tellShortcutFailure(u"Shortcut unavailable. Choose another shortcut in Settings."_s);
     showShortcut();
     m_editing = false;
 }
@@ -237,8 +254,6 @@ void AppDelegate::makeApplicationMenu()
                                .checkForUpdates = [this] { m_updates.check(); },
                                .hide = [this] { hide(); },
                                .quit = [] { QCoreApplication::quit(); }});
-    m_applicationMenu->install(*m_panel);
-    m_panel->setMenu(&m_applicationMenu->menu());
 }
 
 void AppDelegate::showAbout()
@@ -258,6 +273,20 @@ bool AppDelegate::eventFilter(QObject *watched, QEvent *event)
     if (watched == qApp && event->type() == QEvent::Quit)
         m_quitting = true;
     return QObject::eventFilter(watched, event);
+}
+
+// The panel behind it takes no click and no key.
+void AppDelegate::raiseModalDialog()
+{
+    if (const QWidget *dialog = QApplication::activeModalWidget())
+        m_platform.ownWindows().makeKeyAndOrderFront(static_cast<std::uint32_t>(dialog->winId()));
+}
+
+void AppDelegate::setReachableByStarting(bool reachable)
+{
+    m_reachableByStarting = reachable;
+    if (m_panel && !isPanelVisible() && !isReachable())
+        show();
 }
 
 bool AppDelegate::isReachable() const

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/shell/dialogs_on_all_spaces.h"
 #include "app/shell/global_shortcut.h"
 #include "model/tovel_model.h"
 #include "platform/updater.h"
@@ -48,8 +49,9 @@ public:
     void applicationDidFinishLaunching(Launch launch = Launch::Shown);
 
     // Whether starting the program once more reaches this process; false to begin with. A hidden
-    // panel that nothing brings back, this, a key or an icon in a tray, ends the program.
-    void setReachableByStarting(bool reachable) { m_reachableByStarting = reachable; }
+    // panel that nothing brings back, this, a key or an icon in a tray, ends the program; one that
+    // loses the last of them is shown.
+    void setReachableByStarting(bool reachable);
 
     // Looks at everything afresh and brings the panel to the front, and the dialogs that were
     // hidden with it.
@@ -79,10 +81,12 @@ private:
     void tellUnstored(TovelModel::Property property);
     void requestAccessOnce();
     void installHotKey();
+    void tellShortcutFailure(const QString &text);
     void makeStatusItem();
     void showShortcut();
     void makeApplicationMenu();
     void showAbout();
+    void raiseModalDialog();
     bool isReachable() const;
     void panelWasHidden();
     void tellWaysBack();
@@ -97,11 +101,13 @@ private:
     std::optional<TovelIconStyle> m_shownIcon; // that the windows have
     std::unique_ptr<TovelWindow> m_panel; // its views borrow all of the above
     std::unique_ptr<StatusItem> m_status;
+    DialogsOnAllSpaces m_dialogs;
     GlobalShortcut m_hotKey;
     std::unique_ptr<ApplicationMenu> m_applicationMenu;
     QPointer<QDialog> m_about; // the panel's
     std::unique_ptr<HiddenPanelNote> m_note;
     QList<QPointer<QDialog>> m_hiddenDialogs;
+    QString m_shortcutFailure; // the last one told
     bool m_editing = false;
     bool m_reachableByStarting = false;
     bool m_quitting = false;

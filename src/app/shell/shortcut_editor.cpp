@@ -39,6 +39,8 @@ ShortcutEditor::ShortcutEditor(const TovelShortcut &current, Registration tryToR
     heading->setFont(textFont(TextStyle::headline));
     m_informativeText->setFont(textFont(TextStyle::callout));
     m_informativeText->setWordWrap(true);
+    // The buttons stay where they are when the text is another one.
+    m_informativeText->setMinimumHeight(2 * m_informativeText->fontMetrics().lineSpacing());
 
     auto *buttons = new QDialogButtonBox;
     m_save = buttons->addButton(u"Save"_s, QDialogButtonBox::AcceptRole);

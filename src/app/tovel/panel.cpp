@@ -29,14 +29,16 @@ constexpr int UsageError = 2;
 constexpr int NoDisplay = 3;
 constexpr char pluginVariable[] = "QT_QPA_PLATFORM";
 
-// What is left to do where a Tovel runs already.
-int joinOther(BusPresence &presence, Claim claim, AppDelegate::Launch launch, QTextStream &err)
+// Where a Tovel runs already, shows that one's panel: Taken when it did. That one may be ending.
+Claim claimOrJoin(BusPresence &presence, AppDelegate::Launch launch)
 {
-    if (claim == Claim::Taken
-        && (launch == AppDelegate::Launch::Hidden || presence.activateOther()))
-        return 0;
-    err << "tovel: Tovel runs already, but does not answer" << Qt::endl;
-    return Failed;
+    Claim claim = presence.claim();
+    for (int attempt = 0; attempt < 2 && claim == Claim::Taken; ++attempt) {
+        if (launch == AppDelegate::Launch::Hidden || presence.activateOther())
+            return Claim::Taken;
+        claim = presence.claim();
+    }
+    return claim == Claim::Taken ? Claim::Unanswered : claim;
 }
 
 } // namespace
@@ -63,11 +65,15 @@ int runPanel(int &argc, char **argv, AppDelegate::Launch launch, QTextStream &er
         return NoDisplay;
     }
 
-    const Interrupt interrupt([](int) { QCoreApplication::quit(); });
     BusPresence presence(isUsersSession() ? sessionBus() : QDBusConnection(QString()));
-    const Claim claim = presence.claim();
-    if (claim == Claim::Taken || claim == Claim::Unanswered)
-        return joinOther(presence, claim, launch, err);
+    const Claim claim = claimOrJoin(presence, launch);
+    if (claim == Claim::Taken)
+        return 0;
+    if (claim == Claim::Unanswered) {
+        err << "tovel: Tovel runs already, but does not answer" << Qt::endl;
+        return Failed;
+    }
+    const Interrupt interrupt([](int) { QCoreApplication::quit(); });
 
     const std::unique_ptr<PlatformChoice> choice = choosePlatform(Stay::Session);
     if (!choice) {
@@ -79,7 +85,7 @@ int runPanel(int &argc, char **argv, AppDelegate::Launch launch, QTextStream &er
     Platform &platform = choice->platform();
     const PlatformInstallation installation(platform);
     QApplication::setQuitOnLastWindowClosed(false);
-    const AppearanceFollower appearance;
+    const AppearanceFollower appearance(sessionBus());
     const AppDelegate *shown = nullptr;
     UpdateDialogs updateDialogs(&QDesktopServices::openUrl, [&shown] {
         return shown && shown->isPanelVisible() ? shown->panel().windowHandle() : nullptr;
@@ -91,6 +97,8 @@ int runPanel(int &argc, char **argv, AppDelegate::Launch launch, QTextStream &er
     shown = &delegate;
     choice->setVisibleWindowTest([&delegate] { return delegate.isPanelVisible(); });
     delegate.setReachableByStarting(claim == Claim::Ours);
+    QObject::connect(&presence, &BusPresence::busLost, &delegate,
+                     [&delegate] { delegate.setReachableByStarting(false); });
     delegate.applicationDidFinishLaunching(launch);
     presence.application().serve(
         {.show = [&delegate] { delegate.show(); }, .toggle = [&delegate] { delegate.toggle(); }});

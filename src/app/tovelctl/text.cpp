@@ -94,6 +94,8 @@ QString windowRows(const QJsonArray &windows, const QJsonArray &desktops)
 
 QString statusText(const QJsonObject &status)
 {
+    if (!status.contains(u"trusted"_s))
+        return {};
     const auto is = [&status](const QString &field) { return status[field].toBool(); };
     QString result;
     for (const QJsonValue limit : status[u"limits"_s].toArray())

@@ -62,6 +62,7 @@ BusMenu::BusMenu(const QDBusConnection &bus, std::function<std::unique_ptr<QMenu
     : m_bus(bus)
     , m_makeMenu(std::move(makeMenu))
 {
+    qDBusRegisterMetaType<QList<QStringList>>();
     qDBusRegisterMetaType<BusMenuItem>();
     qDBusRegisterMetaType<BusMenuProperties>();
     qDBusRegisterMetaType<QList<BusMenuProperties>>();
@@ -84,7 +85,11 @@ BusMenu::~BusMenu()
 
 void BusMenu::noteChange()
 {
-    if (!m_updating) // making the menu looks at everything afresh
+    if (m_updating) // making the menu looks at everything afresh
+        return;
+    if (m_isOpen)
+        m_hasChanged = true;
+    else
         m_change.start();
 }
 
@@ -139,6 +144,13 @@ QDBusVariant BusMenu::GetProperty(int id, const QString &name)
 
 void BusMenu::Event(int id, const QString &eventId, const QDBusVariant &, uint)
 {
+    if (id == 0 && eventId == u"opened"_s)
+        m_isOpen = true;
+    if (id == 0 && eventId == u"closed"_s) {
+        m_isOpen = false;
+        if (std::exchange(m_hasChanged, false))
+            noteChange();
+    }
     const auto action = m_actions.find(id);
     if (eventId != u"clicked"_s || action == m_actions.end() || !action->second)
         return;

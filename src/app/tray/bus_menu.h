@@ -55,7 +55,7 @@ public:
     ~BusMenu() override;
 
     // What the menu would show may have changed. Tells the trays in the next turn of the event
-    // loop.
+    // loop; or when it closes, for an open menu would vanish under the pointer.
     void noteChange();
 
     uint version() const { return 3; }
@@ -92,6 +92,8 @@ private:
     uint m_revision = 0; // 0 before any tray has asked
     int m_lastId = 0;
     bool m_updating = false;
+    bool m_isOpen = false; // as a tray says
+    bool m_hasChanged = false; // meanwhile
     QTimer m_change;
 };
 

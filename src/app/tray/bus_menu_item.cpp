@@ -41,6 +41,14 @@ QByteArray png(const QIcon &icon)
     return data;
 }
 
+// The one stroke of the shortcut: the modifiers and the key.
+QStringList keys(const QKeySequence &shortcut)
+{
+    QStringList keys = shortcut.toString(QKeySequence::PortableText).split(u'+');
+    keys.replaceInStrings(u"Ctrl"_s, u"Control"_s);
+    return keys;
+}
+
 QVariantMap propertiesOf(const QAction &action)
 {
     if (action.isSeparator())
@@ -54,6 +62,8 @@ QVariantMap propertiesOf(const QAction &action)
     }
     if (action.menu())
         properties[u"children-display"_s] = u"submenu"_s;
+    if (!action.shortcut().isEmpty())
+        properties[u"shortcut"_s] = QVariant::fromValue(QList{keys(action.shortcut())});
     if (!action.icon().isNull())
         properties[u"icon-data"_s] = png(action.icon());
     return properties;

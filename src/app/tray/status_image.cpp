@@ -15,6 +15,15 @@ namespace {
 
 constexpr QSizeF imageSize(21.93415061295972, 18);
 constexpr qreal slotSize = 22; // of the tray, in which the image has that size
+constexpr qreal rimWidth = 0.75;
+
+// Trays have colours of their own and do not tell them: black on black keeps a light rim.
+QColor rimColor(const QColor &color)
+{
+    QColor rim = color.lightnessF() < 0.5 ? Qt::white : Qt::black;
+    rim.setAlphaF(0.8F);
+    return rim;
+}
 
 } // namespace
 
@@ -32,6 +41,9 @@ QList<QImage> statusImages()
         painter.scale(size / slotSize, size / slotSize);
         QRectF box(QPointF(), imageSize);
         box.moveCenter(QPointF(slotSize, slotSize) / 2);
+        for (const QPointF &offset : {QPointF(-rimWidth, 0), QPointF(rimWidth, 0),
+                                      QPointF(0, -rimWidth), QPointF(0, rimWidth)})
+            paintTemplateImage(painter, *path, box.translated(offset), rimColor(color));
         paintTemplateImage(painter, *path, box, color);
         painter.end();
         images.append(image);

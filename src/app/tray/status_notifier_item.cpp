@@ -75,11 +75,8 @@ StatusNotifierItem::StatusNotifierItem(const QDBusConnection &bus, Actions actio
         m_service = m_bus.baseService(); // a process of another namespace has the number, too
 }
 
-StatusNotifierItem::~StatusNotifierItem()
-{
-    m_bus.unregisterService(m_service);
-    m_bus.unregisterObject(itemPath);
-}
+// The name goes with the connection: giving it back would wait for a bus that may not answer.
+StatusNotifierItem::~StatusNotifierItem() { m_bus.unregisterObject(itemPath); }
 
 void StatusNotifierItem::setImages(const QList<QImage> &images)
 {
