@@ -192,6 +192,8 @@ private Q_SLOTS:
         QCOMPARE(outcome.complaints,
                  QStringList{u"the choice could not be stored: the disk is full"_s});
         QCOMPARE(world.model->name(world.model->desktops().first()), u"Work"_s);
+        QCOMPARE(run(world, u"rename 1 "_s + QString(1001, u'x')).status, 3);
+        QCOMPARE(world.model->name(world.model->desktops().first()), u"Work"_s);
     }
 };
 

@@ -9,6 +9,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLocalServer>
 #include <QTest>
 
 #include <csignal>
@@ -129,14 +130,22 @@ private Q_SLOTS:
         QVERIFY(eventually([this] { return isShown(); }));
         QCOMPARE(act(u"sink"_s).errorName(), u"org.freedesktop.DBus.Error.InvalidArgs"_s);
 
-        // The demonstration is nobody's second start.
-        QProcessEnvironment simulated = m_session->environment();
-        simulated.insert(u"TOVEL_DESKTOP"_s, u"simulated"_s);
-        const auto demonstration = m_session->launch(tovel, {}, simulated);
-        QVERIFY(eventually([this] { return listedWindows(*m_session).size() == 5; }));
-        QCOMPARE(demonstration->state(), QProcess::Running);
-        demonstration->terminate();
-        QCOMPARE(outcomeOf(*demonstration).status, 0);
+        // The demonstration is nobody's second start, nor is one whose bus says nothing.
+        QLocalServer silentBus;
+        QVERIFY(silentBus.listen(m_session->environment().value(u"HOME"_s) + u"/silent"_s));
+        const std::pair<QString, QString> changes[]
+            = {{u"TOVEL_DESKTOP"_s, u"simulated"_s},
+               {u"DBUS_SESSION_BUS_ADDRESS"_s, u"unix:path="_s + silentBus.fullServerName()}};
+        for (const auto &[variable, value] : changes) {
+            QProcessEnvironment environment = m_session->environment();
+            environment.insert(variable, value);
+            const auto another = m_session->launch(tovel, {}, environment);
+            QVERIFY(eventually([this] { return listedWindows(*m_session).size() == 5; }));
+            QCOMPARE(another->state(), QProcess::Running);
+            another->terminate();
+            QCOMPARE(outcomeOf(*another).status, 0);
+            QVERIFY(eventually([this] { return listedWindows(*m_session).size() == 4; }));
+        }
     }
 
     void commandsAreCarriedOutByTheRunningProgram()

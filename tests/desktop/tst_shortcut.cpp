@@ -128,6 +128,8 @@ private Q_SLOTS:
     {
         const QString field = u"Record keyboard shortcut"_s;
         QVERIFY(openEditor());
+        const std::uint32_t editor = windowTitled(m_session, u"Keyboard Shortcut"_s);
+        QVERIFY(eventually([&] { return desktopOf(m_session, editor) == allDesktops; }));
         m_user.press({u"space"_s});
         QVERIFY(eventually([&] { return !m_user.find(u"Save"_s)->is("enabled"_L1); }));
         m_user.press({u"shift+a"_s});
