@@ -22,15 +22,16 @@ void waitForCount(std::size_t count)
 } // namespace
 
 OpenWindows::OpenWindows(int count, int applications)
+    : m_others(BareReader().read())
 {
     m_factory.start(QString::fromUtf8(WINDOW_FACTORY),
                     {QString::number(count), QString::number(applications)});
-    waitForCount(static_cast<std::size_t>(count));
+    waitForCount(m_others + static_cast<std::size_t>(count));
 }
 
 OpenWindows::~OpenWindows()
 {
     m_factory.closeWriteChannel();
     m_factory.waitForFinished();
-    waitForCount(0);
+    waitForCount(m_others);
 }

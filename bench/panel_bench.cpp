@@ -1,10 +1,13 @@
 // Measures the panel's program from outside, as its user sees it: the start side by side with that
-// of a bare window, memory, and what it does while nobody uses it. Wants a display of its own with
-// openbox, 1280 x 800 pixels; scripts/bench provides it.
+// of a bare window, memory, what it does while nobody uses it, and how soon the tray icon and the
+// panel are there. Wants a display of its own with openbox, 1280 x 800 pixels, and trayer where the
+// panel does not come; scripts/bench provides it.
 #include "figures.h"
+#include "keyboard.h"
 #include "open_windows.h"
 #include "process_figures.h"
 #include "screen_watch.h"
+#include "tray_watch.h"
 
 #include <QCoreApplication>
 #include <QProcess>
@@ -12,6 +15,7 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <string>
 #include <thread>
@@ -29,11 +33,26 @@ using Clock = std::chrono::steady_clock;
 constexpr int Windows = 20;
 constexpr int Starts = 21;
 constexpr auto Settling = 3s;
-constexpr auto Idleness = 20s;
+constexpr auto ShownIdleness = 20s;
+constexpr auto HiddenIdleness = 60s;
+constexpr int KeyPresses = 20;
+constexpr std::array<std::uint32_t, 4> HotKey{0xffe3, 0xffe9, 0xffeb, 't'}; // Control, Alt, Super
 
 // Of the panel's own background: one in the title row, one at the lower edge. The bare window, in
 // the middle of the screen as well, covers both.
 constexpr std::array<ScreenPoint, 2> Points{{{190, 70}, {185, 752}}};
+
+double millisecondsSince(Clock::time_point begin)
+{
+    return std::chrono::duration<double, std::milli>(Clock::now() - begin).count();
+}
+
+double medianOf(std::vector<double> values)
+{
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
 
 class Program
 {
@@ -99,20 +118,9 @@ public:
     }
 
     // Milliseconds.
-    double median() const
-    {
-        std::vector<double> times = m_times;
-        const auto middle = times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2);
-        std::nth_element(times.begin(), middle, times.end());
-        return *middle;
-    }
+    double median() const { return medianOf(m_times); }
 
 private:
-    static double millisecondsSince(Clock::time_point begin)
-    {
-        return std::chrono::duration<double, std::milli>(Clock::now() - begin).count();
-    }
-
     bool shows(const ScreenWatch::Colors &wanted) const
     {
         return m_screen.waitFor(Points, [&](const auto &colors) { return colors == wanted; });
@@ -151,38 +159,96 @@ void measureStarts(ScreenWatch &screen)
     printFigure("first frame of tovel / window with a text", tovel / text, 1.5);
 }
 
-void measureIdleness(const char *state, pid_t pid, double wantedMebibytes, double wantedPerMille)
+void measureIdleness(const char *state, pid_t pid, std::chrono::seconds time,
+                     double wantedMebibytes, double wantedPerMille)
 {
     std::this_thread::sleep_for(Settling);
     const double before = processorMilliseconds(pid);
-    const long waitsBefore = waits(pid);
-    std::this_thread::sleep_for(Idleness);
+    const auto waitsBefore = waits(pid);
+    std::this_thread::sleep_for(time);
     const double used = processorMilliseconds(pid) - before;
-    const double seconds = std::chrono::duration<double>(Idleness).count();
+    const auto seconds = static_cast<double>(time.count());
     std::printf("\nThe panel %s: %.1f ms of processor time and %ld wake-ups in %.0f s\n", state,
-                used, waits(pid) - waitsBefore, seconds);
+                used, waitsSince(waitsBefore, pid), seconds);
     printFigure("processor time, per mille", used / seconds, wantedPerMille);
     printFigure("memory (PSS), MiB", pssMebibytes(pid), wantedMebibytes);
 }
 
-void measureRunning(ScreenWatch &screen)
+void measureShown(ScreenWatch &screen)
 {
     const ScreenWatch::Colors background = screen.colors(Points);
     const Program tovel({TOVEL});
     if (!screen.waitFor(Points, [&](const auto &colors) { return colors != background; }))
         qFatal("the panel does not appear");
-    measureIdleness("shown", tovel.pid(), 40, 5);
+    measureIdleness("shown", tovel.pid(), ShownIdleness, 40, 5);
+}
 
+void measureIcon()
+{
+    TrayWatch tray;
+    std::vector<double> times;
+    for (int i = 0; i < Starts; ++i) {
+        const auto begin = Clock::now();
+        {
+            const Program tovel({TOVEL, "--hidden"});
+            if (!tray.waitForIcon(true))
+                qFatal("the icon does not appear");
+            times.push_back(millisecondsSince(begin));
+        }
+        if (!tray.waitForIcon(false))
+            qFatal("the icon does not go away");
+    }
+    std::printf("\nFrom the start of tovel --hidden, median of %d\n", Starts);
+    printFigure("icon in the tray, ms", medianOf(times), 500);
+}
+
+// One press of all its keys, each a real one that the focused window of another program might get.
+void pressHotKey(Keyboard &keyboard)
+{
+    for (const std::uint32_t key : HotKey)
+        keyboard.press(key);
+    for (const std::uint32_t key : HotKey)
+        keyboard.release(key);
+}
+
+void measureHotKey(ScreenWatch &screen)
+{
+    Keyboard keyboard;
+    const ScreenWatch::Colors background = screen.colors(Points);
+    pressHotKey(keyboard);
+    std::this_thread::sleep_for(Settling);
+    const ScreenWatch::Colors painted = screen.colors(Points);
+    if (painted == background)
+        qFatal("the hot key does not show the panel");
+    std::vector<double> times;
+    for (int i = 0; i < KeyPresses; ++i) {
+        QProcess::execute(QStringLiteral("wmctrl"),
+                          {QStringLiteral("-F"), QStringLiteral("-c"), QStringLiteral("Tovel")});
+        if (!screen.waitFor(Points, [&](const auto &colors) { return colors == background; }))
+            qFatal("the panel does not close");
+        std::this_thread::sleep_for(300ms); // until another window has the keyboard
+        const auto begin = Clock::now();
+        pressHotKey(keyboard);
+        if (!screen.waitFor(Points, [&](const auto &colors) { return colors == painted; }))
+            qFatal("the hot key does not show the panel");
+        times.push_back(millisecondsSince(begin));
+    }
+    std::printf("\nFrom the hot key to all of the panel on the screen, %d times, at most %.1f ms\n",
+                KeyPresses, *std::max_element(times.cbegin(), times.cend()));
+    printFigure("median, ms", medianOf(times), 100);
+}
+
+void measureHidden(ScreenWatch &screen)
+{
+    TrayWatch tray;
+    const Program tovel({TOVEL, "--hidden"});
+    if (!tray.waitForIcon(true))
+        qFatal("the icon does not appear");
+    measureIdleness("hidden", tovel.pid(), HiddenIdleness, 36, 0.1);
+    measureHotKey(screen);
     QProcess::execute(QStringLiteral("wmctrl"),
                       {QStringLiteral("-F"), QStringLiteral("-c"), QStringLiteral("Tovel")});
-    if (!screen.waitFor(Points, [&](const auto &colors) { return colors == background; }))
-        qFatal("the panel does not close");
-    std::this_thread::sleep_for(1s);
-    if (waitpid(tovel.pid(), nullptr, WNOHANG) != 0) {
-        std::printf("\nThe program ends with its panel; nothing is measured while it is hidden\n");
-        return;
-    }
-    measureIdleness("hidden", tovel.pid(), 40, 0.1);
+    measureIdleness("hidden after that", tovel.pid(), HiddenIdleness, 40, 0.1);
 }
 
 // A flock of half of the applications.
@@ -206,6 +272,8 @@ int main(int argc, char *argv[])
     chooseFlock();
     ScreenWatch screen;
     measureStarts(screen);
-    measureRunning(screen);
+    measureShown(screen);
+    measureIcon();
+    measureHidden(screen);
     return 0;
 }

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <system_error>
 
 namespace {
 
@@ -40,4 +41,38 @@ double processorMilliseconds(pid_t pid)
     return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
 }
 
-long waits(pid_t pid) { return field(folder(pid) / "status", "voluntary_ctxt_switches"); }
+std::map<std::string, long> waits(pid_t pid)
+{
+    std::map<std::string, long> counts;
+    std::error_code gone;
+    for (const auto &thread : std::filesystem::directory_iterator(folder(pid) / "task", gone))
+        counts[thread.path().filename()]
+            = field(thread.path() / "status", "voluntary_ctxt_switches");
+    return counts;
+}
+
+long waitsSince(const std::map<std::string, long> &before, pid_t pid)
+{
+    long sum = 0;
+    for (const auto &[thread, count] : waits(pid)) {
+        const auto earlier = before.find(thread);
+        sum += count - (earlier == before.end() ? 0 : earlier->second);
+    }
+    return sum;
+}
+
+int threads(pid_t pid) { return static_cast<int>(field(folder(pid) / "status", "Threads")); }
+
+std::map<std::string, int> openFiles(pid_t pid)
+{
+    std::map<std::string, int> kinds;
+    std::error_code gone;
+    for (const auto &link : std::filesystem::directory_iterator(folder(pid) / "fd", gone)) {
+        const std::string target = std::filesystem::read_symlink(link.path(), gone).string();
+        if (target.starts_with("anon_inode"))
+            ++kinds[target];
+        else
+            ++kinds[target.starts_with('/') ? "file" : target.substr(0, target.find(':'))];
+    }
+    return kinds;
+}
