@@ -11,9 +11,9 @@ class QDBusPendingCallWatcher;
 
 namespace tovel {
 
-// Registers an item with the session's org.kde.StatusNotifierWatcher (freedesktop.org
-// StatusNotifierItem specification), and again whenever the watcher or the tray is another one. It
-// never waits for an answer, and starts no service.
+// Registers an item with the session's org.kde.StatusNotifierWatcher (StatusNotifierItem of
+// freedesktop.org), and again whenever the watcher or the tray is another one. It never waits for
+// an answer, and starts no service.
 class StatusNotifierRegistration final : public QObject
 {
     Q_OBJECT
