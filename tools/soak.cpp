@@ -356,8 +356,12 @@ private:
     {
         if (!place)
             return false;
-        m_screen->click(*place, button);
-        const bool opened = comes([this] { return m_screen->isPopupOpen(); });
+        // A window that takes the keyboard at this moment closes what has just opened.
+        const auto opens = [&] {
+            m_screen->click(*place, button);
+            return eventually([this] { return m_screen->isPopupOpen(); }, Patience / 4);
+        };
+        const bool opened = opens() || opens();
         m_screen->press(u"Escape"_s);
         return comes([this] { return !m_screen->isPopupOpen(); }) && opened;
     }
