@@ -6,7 +6,7 @@
 
 #include "model/tovel_model.h"
 #include "platform/linux/linux_desktop.h"
-#include "platform/linux/x11/x11_session.h"
+#include "platform/session/x11/x11_session.h"
 
 #include <QCoreApplication>
 #include <QProcess>

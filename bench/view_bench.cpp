@@ -7,7 +7,7 @@
 
 #include "model/tovel_model.h"
 #include "platform/linux/linux_desktop.h"
-#include "platform/linux/x11/x11_session.h"
+#include "platform/session/x11/x11_session.h"
 #include "platform/simulated/simulated_desktop.h"
 #include "settings/bundle.h"
 #include "views/tovel_view.h"
@@ -60,7 +60,7 @@ public:
                 {.number = 1000U + static_cast<std::uint32_t>(i), .pid = 500 + i, .spaces = {0}});
             flock.append(identifier);
         }
-        m_desktop.userDefaults().standardUserDefaults().setObject(u"selected"_s, flock);
+        m_desktop.userDefaults().standardUserDefaults().put(u"selected"_s, flock);
         m_desktop.setRecording(false);
         change();
         m_model = std::make_unique<TovelModel>(m_desktop.platform());

@@ -1,5 +1,6 @@
 // Opens windows of many applications at once, for measuring: window_factory WINDOWS APPLICATIONS.
 // Prints a line when all are mapped and keeps them until its standard input ends.
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>

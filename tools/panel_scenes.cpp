@@ -8,6 +8,7 @@
 #include "platform/simulated/demo_world.h"
 #include "platform/simulated/simulated_desktop.h"
 #include "settings/bundle.h"
+#include "views/components/app_icon.h"
 
 #include <QApplication>
 #include <QCursor>
@@ -63,7 +64,7 @@ public:
         QStringList identifiers;
         for (const QString &application : applications)
             identifiers.append(u"org.example."_s + application);
-        desktop.userDefaults().standardUserDefaults().setObject(u"selected"_s, identifiers);
+        desktop.userDefaults().standardUserDefaults().put(u"selected"_s, identifiers);
     }
 
     void keepDesktops(qsizetype count)
@@ -93,13 +94,19 @@ public:
             desktop.platform(), [](bool, SPUUpdaterDelegate *, SPUStandardUserDriverDelegate *) {
                 return std::make_unique<NoUpdater>();
             });
+        delegate->setAccessAdvice([this] { return advice; });
         delegate->applicationDidFinishLaunching();
         if (!QTest::qWaitForWindowExposed(&delegate->panel()))
             qFatal("The panel does not come up");
         settle();
     }
 
-    void settle() { QTest::qWait(settlingTime); }
+    void settle()
+    {
+        QTest::qWait(settlingTime);
+        if (!QTest::qWaitFor([] { return !areAppIconsOnTheirWay(); }))
+            qFatal("The icons do not come");
+    }
 
     QWidget *control(const QString &name)
     {
@@ -130,6 +137,9 @@ public:
             QRect(area.topLeft() * ratio, area.size() * ratio));
     }
 
+    const QString advice
+        = u"No window manager that can move windows between desktops is running. Start one that "
+          "follows the Extended Window Manager Hints; Tovel then goes on by itself."_s;
     SimulatedDesktop desktop;
     std::unique_ptr<AppDelegate> delegate;
 
@@ -169,7 +179,7 @@ QList<Scene> scenes()
             = u"Donaudampfschifffahrtsgesellschaftskapitänsmützenverwaltung"_s;
         stage.desktop.display(firstDisplay).name
             = u"A Display Whose Maker Was Very Proud of Its Model Name"_s;
-        stage.desktop.userDefaults().standardUserDefaults().setObject(
+        stage.desktop.userDefaults().standardUserDefaults().put(
             u"aliases"_s,
             QVariantMap{
                 {firstDisplay + u"/space-1"_s, u"Everything for the tax return of last year"_s}});
@@ -204,6 +214,13 @@ QList<Scene> scenes()
         {u"second-display"_s, asItIs,
          [](Stage &stage) { stage.click(u"Show desktops on Desk Monitor"_s); }},
         {u"busy"_s, asItIs, [](Stage &stage) { stage.click(u"Move apps to Desktop 3"_s); }},
+        {u"busy-together"_s, [](Stage &stage) { stage.putAllOn(2); },
+         [](Stage &stage) { stage.click(u"Move apps to Desktop 3"_s); }},
+        {u"no-access"_s, [](Stage &stage) { stage.desktop.world().trusted = false; },
+         [](Stage &stage) {
+             stage.delegate->tellAccess(stage.advice);
+             stage.settle();
+         }},
         {u"three-issues"_s, asItIs,
          [](Stage &stage) {
              stage.delegate->model().setIssues({u"Mail: Inbox did not arrive."_s,
@@ -239,7 +256,7 @@ QList<Scene> scenes()
         {u"closed-application"_s,
          [](Stage &stage) {
              stage.choose({u"Mail"_s, u"Calculator"_s, u"Boxes"_s});
-             stage.desktop.userDefaults().standardUserDefaults().setObject(
+             stage.desktop.userDefaults().standardUserDefaults().put(
                  u"appNames"_s, QVariantMap{{u"org.example.Calculator"_s, u"Calculator"_s}});
          }},
         {u"long-names"_s, longNames},
