@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QString>
+
 #include <cstdint>
 
 namespace tovel {
@@ -13,8 +15,18 @@ using NSWindowLevel = int;
 inline constexpr NSWindowLevel NSNormalWindowLevel = 0;
 inline constexpr NSWindowLevel NSFloatingWindowLevel = 3;
 
-// What the program asks for its own windows (NSWindow), which it names by their window number. A
-// request is for a window that is shown and holds until it is hidden: ask again after each showing.
+// One of the program's own windows, by what its toolkit knows of it. Windows that are shown at one
+// time have different titles.
+struct OwnWindow
+{
+    std::uint32_t windowNumber = 0; // 0 where the toolkit's number is not the window system's
+    QString title{};
+
+    bool operator==(const OwnWindow &) const = default;
+};
+
+// What the program asks for its own windows (NSWindow). A request is for a window that is shown and
+// holds until it is hidden: ask again after each showing, for it may have become another window.
 // Each call tells whether the request was made, which says nothing of its outcome; for a window
 // that is not there it is not.
 class OwnWindows
@@ -25,16 +37,15 @@ public:
     // With NSWindowCollectionBehaviorCanJoinAllSpaces the window is on every space; without it, on
     // the one that is shown. Whether it may appear beside a full-screen window is the session's to
     // decide.
-    virtual bool setCollectionBehavior(std::uint32_t windowNumber,
-                                       NSWindowCollectionBehavior behavior)
+    virtual bool setCollectionBehavior(const OwnWindow &window, NSWindowCollectionBehavior behavior)
         = 0;
 
     // At the floating level the window is above the ordinary windows of every program.
-    virtual bool setLevel(std::uint32_t windowNumber, NSWindowLevel level) = 0;
+    virtual bool setLevel(const OwnWindow &window, NSWindowLevel level) = 0;
 
     // Brings the window to the front and gives it the keyboard, as if the user had asked for it:
     // other programs' claim to the keyboard does not hold it back.
-    virtual bool makeKeyAndOrderFront(std::uint32_t windowNumber) = 0;
+    virtual bool makeKeyAndOrderFront(const OwnWindow &window) = 0;
 };
 
 } // namespace tovel

@@ -74,13 +74,16 @@ public:
                                                               bool keyDown)
         = 0;
 
-    // An empty event, which knows where the cursor is. Absent when that cannot be told.
+    // An empty event, which knows where the cursor is. Absent when that cannot be told. Where only
+    // the display of the next steps has to be told, the cursor is outside of every display until it
+    // is moved.
     virtual std::optional<CGEvent> CGEventCreate() = 0;
 
     // Hands the event to the system. Control with an arrow key asks for a step to the neighbouring
     // desktop of the display under the cursor; no answer says whether it happens.
     virtual void CGEventPost(CGEventTapLocation tap, const CGEvent &event) = 0;
 
+    // Where the cursor cannot be moved, the place counts for the steps that are posted next.
     virtual void CGWarpMouseCursorPosition(QPointF position) = 0;
 
     // Global points, origin at the top left; empty for a display that is not there.

@@ -2,6 +2,8 @@
 
 #include "platform/variants.h"
 
+#include <utility>
+
 namespace tovel {
 
 using namespace Qt::StringLiterals;
@@ -19,12 +21,19 @@ struct ApplicationElement final : AXUIElement
 
 struct WindowElement final : AXUIElement
 {
-    explicit WindowElement(std::uint32_t number)
+    WindowElement(std::uint32_t number, SessionApplicationRef application)
         : window(number)
+        , owner(std::move(application))
     { }
 
     std::uint32_t window;
+    SessionApplicationRef owner;
 };
+
+const WindowElement *asWindow(const AXUIElementRef &element)
+{
+    return dynamic_cast<const WindowElement *>(element.get());
+}
 
 AXAttributeValue failure(AXError error) { return {error, QVariant()}; }
 
@@ -166,8 +175,12 @@ AXError LinuxAccessibility::windowOf(const AXUIElementRef &element, std::uint32_
 {
     if (!element)
         return kAXErrorIllegalArgument;
-    const auto *windowElement = dynamic_cast<const WindowElement *>(element.get());
-    if (!windowElement || !m_applications || !m_applications->window(windowElement->window))
+    const WindowElement *windowElement = asWindow(element);
+    if (!windowElement || !m_applications)
+        return kAXErrorInvalidUIElement;
+    // The number may have become that of another's window, or the window another application's.
+    const SessionApplicationRef owner = m_applications->ownerOf(windowElement->window);
+    if (!owner || owner != windowElement->owner)
         return kAXErrorInvalidUIElement;
     *window = windowElement->window;
     return kAXErrorSuccess;
@@ -175,10 +188,12 @@ AXError LinuxAccessibility::windowOf(const AXUIElementRef &element, std::uint32_
 
 AXUIElementRef LinuxAccessibility::elementFor(std::uint32_t window) const
 {
-    if (const auto held = m_elements.value(window).lock())
+    const SessionApplicationRef owner = m_applications->ownerOf(window);
+    const auto held = m_elements.value(window).lock();
+    if (held && asWindow(held)->owner == owner)
         return held;
     m_elements.removeIf([](const auto &entry) { return entry.value().expired(); });
-    const auto element = std::make_shared<WindowElement>(window);
+    const auto element = std::make_shared<WindowElement>(window, owner);
     m_elements.insert(window, element);
     return element;
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/accessibility.h"
-#include "platform/linux/session_applications.h"
+#include "platform/linux/applications/session_applications.h"
 
 #include <QHash>
 
@@ -27,7 +27,8 @@ public:
     AXError AXUIElementPerformAction(const AXUIElementRef &element, const QString &action) override;
     AXError AXUIElementSetMessagingTimeout(const AXUIElementRef &element, float seconds) override;
 
-    // The window number behind a window's element, while that window is there.
+    // The window number behind a window's element, while that window is there and its
+    // application's.
     AXError windowOf(const AXUIElementRef &element, std::uint32_t *window) const;
 
 private:
@@ -36,7 +37,8 @@ private:
     AXAttributeValue windowAttribute(std::uint32_t window, const QString &attribute) const;
 
     SessionApplications *m_applications;
-    // One element per window for as long as anybody holds it, so that equal means the same.
+    // One element per window of an application for as long as anybody holds it, so that equal means
+    // the same.
     mutable QHash<std::uint32_t, std::weak_ptr<const AXUIElement>> m_elements;
 };
 

@@ -1,8 +1,11 @@
 #include "platform/linux/linux_desktop.h"
 
+#include "platform/linux/session_limits.h"
+
 namespace tovel {
 
-LinuxDesktop::LinuxDesktop(std::unique_ptr<DesktopSession> session)
+LinuxDesktop::LinuxDesktop(std::unique_ptr<DesktopSession> session,
+                           std::chrono::milliseconds patience)
     : m_session(std::move(session))
     , m_applications(
           m_session ? std::optional<SessionApplications>(std::in_place, *m_session, m_installed)
@@ -11,7 +14,7 @@ LinuxDesktop::LinuxDesktop(std::unique_ptr<DesktopSession> session)
     , m_windowServer(applications(), m_accessibility)
     , m_quartz(applications())
     , m_ownWindows(m_session.get())
-    , m_userDefaults(m_session.get())
+    , m_userDefaults(m_session.get(), patience)
     , m_hotKeys(m_session.get())
     , m_workspace(applications(), m_installed, m_clock)
 {
@@ -21,6 +24,9 @@ LinuxDesktop::LinuxDesktop(std::unique_ptr<DesktopSession> session)
 
 LinuxDesktop::~LinuxDesktop() = default;
 
-QStringList LinuxDesktop::limits() const { return m_session ? m_session->limits() : QStringList(); }
+QStringList LinuxDesktop::limits() const
+{
+    return m_session ? sessionLimits(*m_session) : QStringList();
+}
 
 } // namespace tovel

@@ -1,8 +1,9 @@
 #pragma once
 
 #include "platform/application.h"
+#include "platform/linux/applications/installed_applications.h"
+#include "platform/linux/applications/session_applications.h"
 #include "platform/linux/boottime_clock.h"
-#include "platform/linux/installed_applications.h"
 #include "platform/linux/linux_accessibility.h"
 #include "platform/linux/linux_hot_keys.h"
 #include "platform/linux/linux_own_windows.h"
@@ -10,9 +11,9 @@
 #include "platform/linux/linux_user_defaults.h"
 #include "platform/linux/linux_window_server.h"
 #include "platform/linux/linux_workspace.h"
-#include "platform/linux/session_applications.h"
 #include "platform/platform.h"
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -25,8 +26,10 @@ namespace tovel {
 class LinuxDesktop final : public Platform, private Application
 {
 public:
-    // The session may be null.
-    explicit LinuxDesktop(std::unique_ptr<DesktopSession> session);
+    // The session may be null. The patience is that of user defaults which wait for other
+    // processes.
+    explicit LinuxDesktop(std::unique_ptr<DesktopSession> session,
+                          std::chrono::milliseconds patience = std::chrono::milliseconds(200));
     ~LinuxDesktop() override;
 
     DynamicLoader &loader() override { return m_windowServer; }
@@ -43,6 +46,12 @@ public:
 
     // What a user of this session has to know that it cannot do; a sentence each.
     QStringList limits() const;
+
+    // Does Workspace::openAccessibilitySettings; nothing without one.
+    void setSettingsOpener(std::function<void()> opener)
+    {
+        m_workspace.setSettingsOpener(std::move(opener));
+    }
 
     // Answers Application::hasVisibleWindow; false without one.
     void setVisibleWindowTest(std::function<bool()> test) { m_hasVisibleWindow = std::move(test); }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/hot_keys.h"
-#include "platform/linux/desktop_session.h"
+#include "platform/session/desktop_session.h"
 
 #include <map>
 #include <vector>

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "platform/linux/desktop_session.h"
 #include "platform/own_windows.h"
+#include "platform/session/desktop_session.h"
 
 namespace tovel {
 
-// The program's own windows, by the ids that the session has for them.
+// The program's own windows, as far as the session says which of its windows they are.
 class LinuxOwnWindows final : public OwnWindows
 {
 public:
@@ -14,28 +14,14 @@ public:
         : m_session(session)
     { }
 
-    bool setCollectionBehavior(std::uint32_t windowNumber,
-                               NSWindowCollectionBehavior behavior) override
-    {
-        const bool onAll = behavior & NSWindowCollectionBehaviorCanJoinAllSpaces;
-        return m_session && m_session->setOnAllWorkspaces(windowNumber, onAll);
-    }
-
-    bool setLevel(std::uint32_t windowNumber, NSWindowLevel level) override
-    {
-        return m_session && m_session->setAbove(windowNumber, level > NSNormalWindowLevel);
-    }
-
-    bool makeKeyAndOrderFront(std::uint32_t windowNumber) override
-    {
-        if (!m_session)
-            return false;
-        // A window that has the keyboard already is not raised by being activated everywhere.
-        m_session->raiseWindow(windowNumber);
-        return m_session->activateWindow(windowNumber);
-    }
+    bool setCollectionBehavior(const OwnWindow &window,
+                               NSWindowCollectionBehavior behavior) override;
+    bool setLevel(const OwnWindow &window, NSWindowLevel level) override;
+    bool makeKeyAndOrderFront(const OwnWindow &window) override;
 
 private:
+    std::uint32_t find(const OwnWindow &window) const; // 0 for none
+
     DesktopSession *m_session;
 };
 

@@ -1,6 +1,6 @@
 #include "platform/linux/linux_quartz.h"
 
-#include <QUuid>
+#include "platform/linux/displays.h"
 
 namespace tovel {
 
@@ -36,9 +36,14 @@ QVariantMap information(const SessionWindow &window, std::int32_t owner)
             {QString::fromUtf16(kCGWindowBounds), bounds}};
 }
 
-// Names the namespace of the UUIDs that stand for screens.
-constexpr QUuid ScreenNamespace{0x2f6d1f0a, 0x8c0e, 0x4c53, 0x9b, 0x5e, 0x4f,
-                                0x11,       0x7a,   0x6e,   0x90, 0x35};
+// Left of and above every display.
+QPointF nowhere(const QList<SessionScreen> &displays)
+{
+    QRectF all;
+    for (const SessionScreen &display : displays)
+        all |= display.bounds;
+    return all.topLeft() - QPointF(1, 1);
+}
 
 } // namespace
 
@@ -78,18 +83,25 @@ std::optional<CGEvent> LinuxQuartz::CGEventCreateKeyboardEvent(const CGEventSour
                                                                std::uint16_t virtualKey,
                                                                bool keyDown)
 {
-    auto event = CGEventCreate();
-    if (event) {
-        event->isKeyboard = true;
-        event->virtualKey = virtualKey;
-        event->keyDown = keyDown;
-    }
+    if (!m_applications)
+        return std::nullopt;
+    CGEvent event;
+    event.isKeyboard = true;
+    event.virtualKey = virtualKey;
+    event.keyDown = keyDown;
     return event;
 }
 
 std::optional<CGEvent> LinuxQuartz::CGEventCreate()
 {
-    const auto cursor = m_applications ? m_applications->session().cursorPosition() : std::nullopt;
+    if (!m_applications)
+        return std::nullopt;
+    DesktopSession &session = m_applications->session();
+    std::optional<QPointF> cursor = session.cursorPosition();
+    if (cursor)
+        m_assumedCursor.reset();
+    else if (session.capabilities().cursor == CursorAccess::Hidden && session.outputs().size() > 1)
+        cursor = m_assumedCursor.value_or(nowhere(displaysOf(session)));
     if (!cursor)
         return std::nullopt;
     CGEvent event;
@@ -109,59 +121,74 @@ void LinuxQuartz::CGEventPost(CGEventTapLocation tap, const CGEvent &event)
         step(-1);
 }
 
-// A session of several outputs would step the one under the cursor; one row has no such choice.
 void LinuxQuartz::step(int towards)
 {
-    DesktopSession &session = m_applications->session();
-    const auto outputs = session.outputs();
-    if (outputs.isEmpty())
+    const auto output = steppedOutput();
+    if (!output)
         return;
-    const SessionOutput &output = outputs.first();
-    for (qsizetype i = 0; i < output.workspaces.size(); ++i) {
-        if (output.workspaces[i].id != output.shown)
+    for (qsizetype i = 0; i < output->workspaces.size(); ++i) {
+        if (output->workspaces[i].id != output->shown)
             continue;
         const qsizetype next = i + towards;
-        if (next >= 0 && next < output.workspaces.size())
-            session.showWorkspace(output.workspaces[next].id);
+        if (next >= 0 && next < output->workspaces.size())
+            m_applications->session().showWorkspace(output->workspaces[next].id);
         return;
     }
 }
 
+std::optional<SessionOutput> LinuxQuartz::steppedOutput() const
+{
+    DesktopSession &session = m_applications->session();
+    const auto outputs = session.outputs();
+    if (outputs.isEmpty())
+        return std::nullopt;
+    if (outputs.size() == 1)
+        return outputs.first();
+    const auto cursor = m_assumedCursor ? m_assumedCursor : session.cursorPosition();
+    const auto display = cursor ? displayAt(*cursor, displaysOf(session)) : std::nullopt;
+    for (const SessionOutput &output : outputs) {
+        if (display && output.screen == display)
+            return output;
+    }
+    return std::nullopt;
+}
+
 void LinuxQuartz::CGWarpMouseCursorPosition(QPointF position)
 {
-    if (m_applications)
+    if (!m_applications)
+        return;
+    m_assumedCursor.reset();
+    if (m_applications->session().capabilities().cursor == CursorAccess::Movable)
         m_applications->session().moveCursor(position);
+    else
+        m_assumedCursor = position;
 }
 
 QRectF LinuxQuartz::CGDisplayBounds(std::uint32_t display) const
 {
-    const auto found = screen(display);
+    const auto found = this->display(display);
     return found ? found->bounds : QRectF();
 }
 
 bool LinuxQuartz::CGDisplayIsBuiltin(std::uint32_t display) const
 {
-    const auto found = screen(display);
+    const auto found = this->display(display);
     return found && found->builtIn;
 }
 
 std::optional<QString> LinuxQuartz::CGDisplayCreateUUIDFromDisplayID(std::uint32_t display) const
 {
-    const auto found = screen(display);
-    if (!found)
-        return std::nullopt;
-    return QUuid::createUuidV5(ScreenNamespace, found->name)
-        .toString(QUuid::WithoutBraces)
-        .toUpper();
+    const auto found = this->display(display);
+    return found ? std::optional(displayUuid(*found)) : std::nullopt;
 }
 
-std::optional<SessionScreen> LinuxQuartz::screen(std::uint32_t display) const
+std::optional<SessionScreen> LinuxQuartz::display(std::uint32_t number) const
 {
     if (!m_applications)
         return std::nullopt;
-    for (const SessionScreen &screen : m_applications->session().screens()) {
-        if (screen.number == display)
-            return screen;
+    for (const SessionScreen &display : displaysOf(m_applications->session())) {
+        if (display.number == number)
+            return display;
     }
     return std::nullopt;
 }

@@ -1,12 +1,14 @@
 #pragma once
 
-#include "platform/linux/session_applications.h"
+#include "platform/linux/applications/session_applications.h"
 #include "platform/quartz.h"
 
 namespace tovel {
 
 // Window information, the cursor and displays of a desktop session. The one keystroke it knows is
-// the step to a neighbouring workspace, which it carries out by showing that workspace.
+// the step to a neighbouring workspace, which it carries out by showing that workspace. Where the
+// session does not let the cursor be moved, the place that it is moved to is only remembered, for
+// the steps; where it does not even tell it, the cursor counts as outside of every display else.
 class LinuxQuartz final : public Quartz
 {
 public:
@@ -27,10 +29,13 @@ public:
     std::optional<QString> CGDisplayCreateUUIDFromDisplayID(std::uint32_t display) const override;
 
 private:
-    std::optional<SessionScreen> screen(std::uint32_t display) const;
+    std::optional<SessionScreen> display(std::uint32_t number) const;
     void step(int towards);
+    // The row that a step is for.
+    std::optional<SessionOutput> steppedOutput() const;
 
     SessionApplications *m_applications;
+    std::optional<QPointF> m_assumedCursor; // where the session's own does not tell
 };
 
 } // namespace tovel

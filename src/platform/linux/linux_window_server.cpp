@@ -1,5 +1,6 @@
 #include "platform/linux/linux_window_server.h"
 
+#include "platform/linux/displays.h"
 #include "platform/variants.h"
 #include "platform/window_server.h"
 
@@ -41,8 +42,11 @@ struct LinuxEntryPoints
 
     static QVariantMap spaceDictionary(const SessionWorkspace &workspace)
     {
-        return {{u"ManagedSpaceID"_s, qulonglong(workspace.id)},
-                {u"type"_s, workspace.regular ? RegularSpace : FullScreenSpace}};
+        QVariantMap space{{u"ManagedSpaceID"_s, qulonglong(workspace.id)},
+                          {u"type"_s, workspace.regular ? RegularSpace : FullScreenSpace}};
+        if (!workspace.uuid.isEmpty())
+            space.insert(u"uuid"_s, workspace.uuid);
+        return space;
     }
 
     static std::int32_t mainConnectionID() { return ConnectionID; }
@@ -51,9 +55,10 @@ struct LinuxEntryPoints
     {
         if (!isConnected(connection))
             return std::nullopt;
+        const QList<SessionScreen> known = displaysOf(session());
         QVariantList displays;
         for (const SessionOutput &output : session().outputs()) {
-            QVariantMap display{{u"Display Identifier"_s, output.identifier}};
+            QVariantMap display{{u"Display Identifier"_s, displayIdentifier(output, known)}};
             QVariantList spaces;
             for (const SessionWorkspace &workspace : output.workspaces) {
                 const QVariantMap space = spaceDictionary(workspace);
@@ -116,10 +121,19 @@ struct LinuxEntryPoints
             return Failure;
         std::int32_t result = Success;
         for (const std::uint32_t window : std::span(windows, static_cast<std::size_t>(count))) {
-            if (!session().moveWindow(window, server->m_tag->space))
+            if (!moveWindow(window, server->m_tag->space))
                 result = IllegalArgument;
         }
         return result;
+    }
+
+    // A number can have become another application's since the caller last looked at its window.
+    static bool moveWindow(std::uint32_t window, std::uint64_t space)
+    {
+        const SessionApplicationRef owner = server->m_applications->ownerOf(window);
+        session().invalidate();
+        return owner && server->m_applications->ownerOf(window) == owner
+            && session().moveWindow(window, space);
     }
 
     static std::int32_t windowIsOrderedIn(std::int32_t connection, std::uint32_t window,

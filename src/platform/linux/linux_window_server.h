@@ -1,8 +1,8 @@
 #pragma once
 
 #include "platform/dynamic_loader.h"
+#include "platform/linux/applications/session_applications.h"
 #include "platform/linux/linux_accessibility.h"
-#include "platform/linux/session_applications.h"
 
 #include <cstdint>
 #include <optional>

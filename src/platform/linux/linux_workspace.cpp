@@ -1,5 +1,7 @@
 #include "platform/linux/linux_workspace.h"
 
+#include "platform/linux/displays.h"
+
 #include <QFileInfo>
 
 #include <algorithm>
@@ -138,8 +140,8 @@ QList<NSScreen> LinuxWorkspace::screens() const
 {
     QList<NSScreen> screens;
     if (m_applications) {
-        for (const SessionScreen &screen : m_applications->session().screens())
-            screens.append({screen.number, screen.name});
+        for (const SessionScreen &display : displaysOf(m_applications->session()))
+            screens.append({display.number, display.name});
     }
     return screens;
 }

@@ -1,10 +1,11 @@
 #pragma once
 
 #include "platform/clock.h"
-#include "platform/linux/application_launcher.h"
-#include "platform/linux/session_applications.h"
+#include "platform/linux/applications/application_launcher.h"
+#include "platform/linux/applications/session_applications.h"
 #include "platform/workspace.h"
 
+#include <functional>
 #include <list>
 
 namespace tovel {
@@ -31,8 +32,14 @@ public:
     // window; one that takes longer than WindowDeadline, or never shows one, has succeeded then.
     void openApplicationAtURL(const QUrl &location, LaunchHandler handler) override;
 
-    // A session has no such settings: access comes with the window manager.
-    void openAccessibilitySettings() override { }
+    // What opens them; a session has no such settings of its own: access comes with the window
+    // manager.
+    void setSettingsOpener(std::function<void()> opener) { m_openSettings = std::move(opener); }
+    void openAccessibilitySettings() override
+    {
+        if (m_openSettings)
+            m_openSettings();
+    }
 
     QList<NSScreen> screens() const override;
     [[nodiscard]] Subscription observeActiveSpaceDidChange(std::function<void()> handler) override;
@@ -55,6 +62,7 @@ private:
     std::shared_ptr<Observers> m_observers;
     std::list<Launch> m_launches;
     ApplicationLauncher m_launcher;
+    std::function<void()> m_openSettings;
 };
 
 } // namespace tovel

@@ -2,6 +2,8 @@
 
 #include "platform/simulated/simulated_desktop.h"
 
+#include <QTimeZone>
+
 namespace tovel {
 
 namespace {
@@ -66,7 +68,7 @@ SimApplication running(const DemoApplication &demo, const QString &iconFolder)
             .bundleIdentifier = text(demo.identifier),
             .name = text(demo.name),
             .icon = icon,
-            .launchDate = QDateTime::fromSecsSinceEpoch(1700000000 + demo.pid, Qt::UTC),
+            .launchDate = QDateTime::fromSecsSinceEpoch(1700000000 + demo.pid, QTimeZone::utc()),
             .activationDelay = 0.3};
 }
 

@@ -13,10 +13,10 @@ public:
         : m_state(state)
     { }
 
-    bool setCollectionBehavior(std::uint32_t windowNumber,
+    bool setCollectionBehavior(const OwnWindow &window,
                                NSWindowCollectionBehavior behavior) override;
-    bool setLevel(std::uint32_t windowNumber, NSWindowLevel level) override;
-    bool makeKeyAndOrderFront(std::uint32_t windowNumber) override;
+    bool setLevel(const OwnWindow &window, NSWindowLevel level) override;
+    bool makeKeyAndOrderFront(const OwnWindow &window) override;
 
 private:
     SimulatedState &m_state;

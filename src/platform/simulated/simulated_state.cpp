@@ -172,7 +172,9 @@ void SimulatedState::bringToFront(const SimRunningApplication &application)
         return;
 
     const UserDefaults *dock = userDefaults.initWithSuiteName(QStringLiteral("com.apple.dock"));
-    if (dock && dock->boolean(QStringLiteral("workspaces-auto-swoosh")) == false)
+    if (dock
+        && dock->dictionaryRepresentation().boolean(QStringLiteral("workspaces-auto-swoosh"))
+            == false)
         return;
     const auto spaces = findWindow(ofApplication.last())->spaces;
     const bool isShown = std::ranges::any_of(spaces, [this](std::uint64_t space) {

@@ -145,10 +145,8 @@ std::int32_t windowIsOrderedIn(std::int32_t connection, std::uint32_t number,
     const SimWindow *window = desktop->findWindow(number);
     if (!window || !orderedIn)
         return illegalArgument;
-    if (window->orderedInStatus != success)
-        return window->orderedInStatus;
-    *orderedIn = window->orderedIn ? 1 : 0;
-    return success;
+    *orderedIn = window->orderedIn ? 1 : 0; // also where it fails, as callers must not trust it
+    return window->orderedInStatus;
 }
 
 Reply copyWindowsWithOptionsAndTags(std::int32_t connection, std::uint32_t owner,

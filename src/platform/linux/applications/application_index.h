@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/process_clues.h"
+#include "platform/linux/applications/process_clues.h"
 
 #include <QHash>
 #include <QString>
@@ -70,7 +70,8 @@ public:
 
     // Decides in this order: WM_CLASS instance, then class, as a StartupWMClass, to the letter
     // before without regard to case; instance, then class, as a desktop-file name; sandbox; GTK
-    // and KDE properties; the process's desktop file; its program. Instance before class because
+    // and KDE properties; the process's desktop file; its program, unless that runs other programs,
+    // and never an entry that nobody sees. Instance before class because
     // web applications share the class and the process of their browser. A window that matches
     // nothing is an application of its own, named by its class, else its program.
     ApplicationIdentity identify(const WindowClues &clues) const;

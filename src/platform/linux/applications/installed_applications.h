@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/application_index.h"
+#include "platform/linux/applications/application_index.h"
 
 #include <QHash>
 #include <QString>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/linux/desktop_session.h"
-#include "platform/linux/x11/connection.h"
+#include "platform/session/desktop_session.h"
+#include "platform/session/x11/connection.h"
 
 #include <QHash>
 #include <QSet>
@@ -19,18 +19,27 @@ struct RootState
     QString managerName;
     QSet<Atom> supported;
     std::uint32_t desktopCount = 0;
+    // Changes when desktops went away: which of them did is not told, and numbers from before may
+    // now be those of other desktops.
+    std::uint32_t desktopGeneration = 0;
     std::uint32_t currentDesktop = 0;
     bool hasCurrentDesktop = false;
     std::uint32_t activeWindow = 0;
+    bool hasMoreDesktops = false; // than MaximumDesktops
+    bool hasMoreClients = false; // than MaximumClients
 
     bool operator==(const RootState &) const = default;
 };
 
-// More desktops than any manager offers; a count above is cut to it.
+// More than any manager offers and anybody opens; counts above are cut to them.
 inline constexpr std::uint32_t MaximumDesktops = 256;
+inline constexpr std::uint32_t MaximumClients = 8192;
 
 // The value of _NET_WM_DESKTOP that means every desktop.
 inline constexpr std::uint32_t AllDesktops = 0xFFFFFFFF;
+
+// Whether a count of desktops that was set so often between two readings tells that some went.
+bool wereDesktopsRemoved(std::uint32_t before, std::uint32_t now, int changes);
 
 struct MirroredWindow
 {
@@ -95,6 +104,7 @@ private:
     QHash<Window, MirroredWindow> m_windows;
     std::vector<Monitor> m_monitors;
 
+    int m_countChanges = 0; // of desktops, told by events since it was read
     bool m_isKept = true; // until the server is gone
     bool m_rootDirty = true;
     bool m_clientsDirty = true;

@@ -1,9 +1,9 @@
-#include "platform/linux/x11/x11_session.h"
+#include "platform/session/x11/x11_session.h"
 
-#include "platform/linux/x11/connection.h"
-#include "platform/linux/x11/key_grabs.h"
-#include "platform/linux/x11/manager_traits.h"
-#include "platform/linux/x11/window_mirror.h"
+#include "platform/session/x11/connection.h"
+#include "platform/session/x11/key_grabs.h"
+#include "platform/session/x11/manager_traits.h"
+#include "platform/session/x11/window_mirror.h"
 
 #include <QAbstractEventDispatcher>
 
@@ -24,11 +24,18 @@ constexpr std::uint32_t RemoveState = 0;
 constexpr std::uint32_t AddState = 1;
 
 // Workspace ids start at 1: 0 stands for none everywhere else.
-std::uint64_t workspaceOf(std::uint32_t desktop) { return std::uint64_t(desktop) + 1; }
-
-std::uint32_t desktopOf(std::uint64_t workspace)
+std::uint64_t workspaceOf(const RootState &root, std::uint32_t desktop)
 {
-    return static_cast<std::uint32_t>(workspace - 1);
+    return (std::uint64_t(root.desktopGeneration) << 32) + desktop + 1;
+}
+
+// Nothing for a workspace that is not there, or not for sure the one that it was.
+std::optional<std::uint32_t> desktopOf(const RootState &root, std::uint64_t workspace)
+{
+    const std::uint64_t desktop = workspace - workspaceOf(root, 0);
+    if (desktop >= root.desktopCount)
+        return std::nullopt;
+    return static_cast<std::uint32_t>(desktop);
 }
 
 bool isBuiltIn(const QString &output)
@@ -81,12 +88,25 @@ bool X11Session::isControllable()
 {
     using enum Name;
     const RootState &root = current().root();
-    if (!hasManager())
+    if (!hasManager() || renumbersDesktops(root.managerName))
         return false;
-    const auto supports
-        = [&](Name name) { return root.supported.contains(m_connection->atom(name)); };
-    return supports(NetClientList) && supports(NetNumberOfDesktops) && supports(NetCurrentDesktop)
-        && supports(NetWmDesktop) && supports(NetActiveWindow);
+    const auto names
+        = {NetClientList, NetNumberOfDesktops, NetCurrentDesktop, NetWmDesktop, NetActiveWindow};
+    return std::ranges::all_of(names, [this](Name name) { return supports(name); });
+}
+
+SessionCapabilities X11Session::capabilities()
+{
+    SessionCapabilities can;
+    can.above = supports(Name::NetWmStateAbove);
+    can.activationShowsWorkspace
+        = hasManager() && activationShowsDesktop(m_mirror->root().managerName);
+    return can;
+}
+
+bool X11Session::supports(Name name)
+{
+    return current().root().supported.contains(m_connection->atom(name));
 }
 
 QList<SessionScreen> X11Session::screens()
@@ -109,11 +129,13 @@ QList<SessionOutput> X11Session::outputs()
     if (!m_connection->isAlive() || root.desktopCount == 0)
         return {};
     SessionOutput output;
-    output.identifier = QStringLiteral("Main");
-    for (std::uint32_t desktop = 0; desktop < root.desktopCount; ++desktop)
-        output.workspaces.append({workspaceOf(desktop), true});
+    // All that stays with a desktop from one run to the next is its number.
+    for (std::uint32_t desktop = 0; desktop < root.desktopCount; ++desktop) {
+        output.workspaces.append(
+            {.id = workspaceOf(root, desktop), .uuid = QString::number(desktop + 1)});
+    }
     if (root.hasCurrentDesktop && root.currentDesktop < root.desktopCount)
-        output.shown = workspaceOf(root.currentDesktop);
+        output.shown = workspaceOf(root, root.currentDesktop);
     return {output};
 }
 
@@ -128,9 +150,9 @@ const QList<SessionWindow> &X11Session::windows()
         SessionWindow window = mirrored.window;
         if (mirrored.desktop == AllDesktops) {
             for (std::uint32_t desktop = 0; desktop < mirror.root().desktopCount; ++desktop)
-                window.workspaces.append(workspaceOf(desktop));
+                window.workspaces.append(workspaceOf(mirror.root(), desktop));
         } else if (mirrored.desktop) {
-            window.workspaces.append(workspaceOf(*mirrored.desktop));
+            window.workspaces.append(workspaceOf(mirror.root(), *mirrored.desktop));
         }
         m_windows.append(window);
     }
@@ -152,27 +174,28 @@ bool X11Session::moveWindow(std::uint32_t window, std::uint64_t workspace)
     // A request would take a window off all desktops that its user put there.
     if (!mirrored || mirrored->desktop == AllDesktops)
         return false;
-    if (workspace == 0 || workspace > mirror.root().desktopCount)
+    const auto desktop = desktopOf(mirror.root(), workspace);
+    if (!desktop)
         return false;
     m_isStale = true;
     return m_connection->sendToManager(window, m_connection->atom(Name::NetWmDesktop),
-                                       {desktopOf(workspace), PagerSource, 0, 0, 0});
+                                       {*desktop, PagerSource, 0, 0, 0});
 }
 
 bool X11Session::showWorkspace(std::uint64_t workspace)
 {
-    if (workspace == 0 || workspace > current().root().desktopCount)
+    const auto desktop = desktopOf(current().root(), workspace);
+    if (!desktop)
         return false;
     const std::uint32_t time = m_connection->serverTime();
     m_isStale = true;
     return m_connection->sendToManager(m_connection->root(),
                                        m_connection->atom(Name::NetCurrentDesktop),
-                                       {desktopOf(workspace), time, 0, 0, 0});
+                                       {*desktop, time, 0, 0, 0});
 }
 
 bool X11Session::activateWindow(std::uint32_t window)
 {
-    // A window that was just shown is listed a little later.
     if (!current().window(window) && !exists(window))
         return false;
     // Managers that guard against focus stealing only believe a time of the server's own.
@@ -185,11 +208,17 @@ bool X11Session::activateWindow(std::uint32_t window)
 bool X11Session::raiseWindow(std::uint32_t window)
 {
     const WindowMirror &mirror = current();
-    const Atom restack = m_connection->atom(Name::NetRestackWindow);
-    if (!mirror.window(window) || !mirror.root().supported.contains(restack))
+    if (!mirror.window(window) || !supports(Name::NetRestackWindow))
         return false;
     m_isStale = true;
-    return m_connection->sendToManager(window, restack, {PagerSource, 0, StackAbove, 0, 0});
+    return m_connection->sendToManager(window, m_connection->atom(Name::NetRestackWindow),
+                                       {PagerSource, 0, StackAbove, 0, 0});
+}
+
+// One that was just shown is listed a little later.
+std::uint32_t X11Session::ownWindow(const SessionOwnWindow &window)
+{
+    return window.x11Window != 0 && exists(window.x11Window) ? window.x11Window : 0;
 }
 
 bool X11Session::exists(std::uint32_t window)
@@ -220,12 +249,6 @@ bool X11Session::setAbove(std::uint32_t window, bool on)
                                         0});
 }
 
-bool X11Session::activationShowsWorkspace()
-{
-    const RootState &root = current().root();
-    return root.hasManager && activationShowsDesktop(root.managerName);
-}
-
 std::optional<QPointF> X11Session::cursorPosition() { return m_connection->cursorPosition(); }
 
 void X11Session::moveCursor(QPointF position) { m_connection->moveCursor(position); }
@@ -252,9 +275,22 @@ QStringList X11Session::limits()
                                      "be seen and moved, and the keyboard shortcut works only "
                                      "while one of them has the keyboard."));
     }
-    if (m_connection->isAlive() && !isControllable()) {
+    const RootState &root = m_mirror->root();
+    if (hasManager() && renumbersDesktops(root.managerName)) {
+        limits.append(QStringLiteral("%1 gives its workspaces new numbers as they come and go; "
+                                     "Tovel cannot work with it yet.")
+                          .arg(root.managerName));
+    } else if (m_connection->isAlive() && !isControllable()) {
         limits.append(QStringLiteral("No window manager that can move windows between desktops is "
                                      "running."));
+    }
+    if (root.hasMoreClients) {
+        limits.append(QStringLiteral("There are more than %1 windows: Tovel knows the oldest %1.")
+                          .arg(MaximumClients));
+    }
+    if (root.hasMoreDesktops) {
+        limits.append(QStringLiteral("There are more than %1 desktops: Tovel knows the first %1.")
+                          .arg(MaximumDesktops));
     }
     return limits;
 }

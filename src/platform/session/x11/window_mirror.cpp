@@ -1,4 +1,4 @@
-#include "platform/linux/x11/window_mirror.h"
+#include "platform/session/x11/window_mirror.h"
 
 #include <QSysInfo>
 
@@ -14,7 +14,6 @@ constexpr std::uint32_t SingleValue = 1;
 constexpr std::uint32_t ShortList = 32;
 constexpr std::uint32_t LongText = 2 * MaximumTitleLength;
 constexpr std::uint32_t ManagerList = 1024;
-constexpr std::uint32_t WindowList = 8192;
 
 // A manager that changes faster than it can be read must not hold the caller up.
 constexpr int MaximumRounds = 8;
@@ -41,10 +40,13 @@ constexpr std::array ClientReadings{
 };
 
 constexpr std::array RootReadings{
-    Reading{Name::NetSupportingWmCheck, SingleValue}, Reading{Name::NetSupported, ManagerList},
-    Reading{Name::NetNumberOfDesktops, SingleValue},  Reading{Name::NetCurrentDesktop, SingleValue},
-    Reading{Name::NetActiveWindow, SingleValue},      Reading{Name::NetClientList, WindowList},
-    Reading{Name::NetClientListStacking, WindowList},
+    Reading{Name::NetSupportingWmCheck, SingleValue},
+    Reading{Name::NetSupported, ManagerList},
+    Reading{Name::NetNumberOfDesktops, SingleValue},
+    Reading{Name::NetCurrentDesktop, SingleValue},
+    Reading{Name::NetActiveWindow, SingleValue},
+    Reading{Name::NetClientList, MaximumClients},
+    Reading{Name::NetClientListStacking, MaximumClients},
 };
 
 WindowKind kindFrom(const Connection &connection, const std::vector<std::uint32_t> &types,
@@ -77,6 +79,15 @@ WindowKind kindFrom(const Connection &connection, const std::vector<std::uint32_
 
 } // namespace
 
+bool wereDesktopsRemoved(std::uint32_t before, std::uint32_t now, int changes)
+{
+    if (now < before)
+        return true;
+    // One change that leaves the count is no removal; several have undone each other, unless each
+    // one added desktops.
+    return changes > 1 && now < before + static_cast<std::uint32_t>(changes);
+}
+
 WindowMirror::WindowMirror(Connection &connection)
     : m_connection(connection)
     , m_hostName(QSysInfo::machineHostName())
@@ -99,7 +110,7 @@ void WindowMirror::update()
     listWindows();
     if (!m_connection.isAlive() && std::exchange(m_isKept, false)) {
         ++m_revision;
-        m_rootState = {};
+        m_rootState = {.desktopGeneration = m_rootState.desktopGeneration};
         m_windows.clear();
         m_clients.clear();
         m_stacking.clear();
@@ -131,9 +142,12 @@ bool WindowMirror::collectEvents()
         const bool isClient = m_windows.contains(event.window);
         switch (event.kind) {
         case Event::Kind::PropertyChanged:
-            if (event.window == m_connection.root())
+            if (event.window == m_connection.root()) {
                 m_rootDirty = m_rootDirty || isRead(RootReadings, event.atom);
-            else if (event.window == m_checkWindow)
+                if (event.atom == m_connection.atom(Name::NetNumberOfDesktops))
+                    ++m_countChanges;
+            }
+            if (event.window == m_checkWindow)
                 m_rootDirty = true;
             if (isClient && isRead(ClientReadings, event.atom))
                 m_dirtyProperties[event.window].insert(event.atom);
@@ -174,13 +188,19 @@ void WindowMirror::refreshRoot()
     const Window check = readValue(properties[0], WindowType).value_or(0);
     for (const std::uint32_t atom : readList(properties[1], AtomType))
         state.supported.insert(atom);
-    state.desktopCount
-        = std::min(readValue(properties[2], CardinalType).value_or(0), MaximumDesktops);
+    const std::uint32_t desktops = readValue(properties[2], CardinalType).value_or(0);
+    state.hasMoreDesktops = desktops > MaximumDesktops;
+    state.desktopCount = std::min(desktops, MaximumDesktops);
+    state.desktopGeneration = m_rootState.desktopGeneration;
+    if (wereDesktopsRemoved(m_rootState.desktopCount, state.desktopCount,
+                            std::exchange(m_countChanges, 0)))
+        ++state.desktopGeneration;
     if (const auto current = readValue(properties[3], CardinalType)) {
         state.hasCurrentDesktop = true;
         state.currentDesktop = *current;
     }
     state.activeWindow = readValue(properties[4], WindowType).value_or(0);
+    state.hasMoreClients = properties[5].isCut;
     auto clients = readList(properties[5], WindowType);
     m_clientsChanged = m_clientsChanged || clients != m_listedClients;
     m_listedClients = std::move(clients);

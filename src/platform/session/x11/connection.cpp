@@ -1,4 +1,4 @@
-#include "platform/linux/x11/connection.h"
+#include "platform/session/x11/connection.h"
 
 #include <QSocketNotifier>
 
@@ -88,7 +88,8 @@ Property propertyFrom(const xcb_get_property_reply_t *reply)
         return {};
     return {reply->type, reply->format,
             QByteArray(static_cast<const char *>(xcb_get_property_value(reply)),
-                       xcb_get_property_value_length(reply))};
+                       xcb_get_property_value_length(reply)),
+            reply->bytes_after > 0};
 }
 
 std::int32_t processFrom(const xcb_res_query_client_ids_reply_t *reply)
@@ -138,6 +139,9 @@ Connection::Connection(xcb_connection_t *connection)
 Connection::~Connection()
 {
     m_notifier.reset();
+    // A socket that is closed before everything was read from it takes along what was written.
+    if (m_hasRequests)
+        synchronize();
     xcb_disconnect(m_connection);
 }
 
@@ -223,6 +227,7 @@ void Connection::synchronize()
     const auto cookie = xcb_get_input_focus(m_connection);
     countWait(cookie);
     owned(xcb_get_input_focus_reply(m_connection, cookie, nullptr));
+    m_hasRequests = false;
 }
 
 std::vector<Property> Connection::readProperties(std::span<const PropertyRequest> requests)
@@ -447,6 +452,7 @@ bool Connection::sendToManager(Window window, Atom message,
     xcb_send_event(m_connection, 0, m_root,
                    XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
                    reinterpret_cast<const char *>(&event));
+    m_hasRequests = true;
     return xcb_flush(m_connection) > 0;
 }
 
@@ -478,6 +484,7 @@ void Connection::moveCursor(QPointF position)
     xcb_warp_pointer(m_connection, XCB_NONE, m_root, 0, 0, 0, 0,
                      static_cast<std::int16_t>(position.x()),
                      static_cast<std::int16_t>(position.y()));
+    m_hasRequests = true;
     xcb_flush(m_connection);
 }
 

@@ -1,4 +1,4 @@
-#include "platform/linux/application_index.h"
+#include "platform/linux/applications/application_index.h"
 
 #include <algorithm>
 #include <limits>
@@ -144,9 +144,12 @@ const ApplicationEntry *ApplicationIndex::match(const WindowClues &clues) const
         if (const auto *entry = byDesktopFileName(name))
             return entry;
     }
+    if (runsOtherPrograms(process.executable))
+        return nullptr;
     if (const auto *entry = byExecutable(process.executable))
         return entry;
-    return find(process.executable);
+    const auto *entry = find(process.executable);
+    return entry && entry->visible ? entry : nullptr;
 }
 
 ApplicationIdentity ApplicationIndex::identify(const WindowClues &clues) const

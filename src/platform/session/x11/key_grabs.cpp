@@ -1,4 +1,4 @@
-#include "platform/linux/x11/key_grabs.h"
+#include "platform/session/x11/key_grabs.h"
 
 #include <algorithm>
 #include <initializer_list>
@@ -62,11 +62,14 @@ std::uint16_t bitOf(const Keyboard &keyboard, std::initializer_list<std::uint32_
 ModifierBits modifierBits(const Keyboard &keyboard)
 {
     ModifierBits bits;
+    bits.locks = capsLockBit;
+    if (keyboard.lastKeycode < keyboard.firstKeycode)
+        return bits;
     bits.alt = bitOf(keyboard, {altLeft, altRight});
     bits.super = bitOf(keyboard, {superLeft, superRight}, bits.alt);
     if (bits.super == 0)
         bits.super = bitOf(keyboard, {metaLeft, metaRight}, bits.alt);
-    bits.locks = capsLockBit | bitOf(keyboard, {numLock}) | bitOf(keyboard, {scrollLock});
+    bits.locks |= bitOf(keyboard, {numLock}) | bitOf(keyboard, {scrollLock});
     bits.locks &= static_cast<std::uint16_t>(~(bits.alt | bits.super));
     return bits;
 }

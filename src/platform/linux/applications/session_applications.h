@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/linux/application_index.h"
-#include "platform/linux/desktop_session.h"
-#include "platform/linux/installed_applications.h"
+#include "platform/linux/applications/application_index.h"
+#include "platform/linux/applications/installed_applications.h"
+#include "platform/session/desktop_session.h"
 #include "platform/workspace.h"
 
 #include <QHash>
@@ -83,7 +83,7 @@ private:
     struct Key
     {
         std::int32_t process = 0;
-        QDateTime started; // null when unknown
+        std::uint64_t startTicks = 0;
         QString bundleIdentifier;
 
         bool operator==(const Key &) const = default;
@@ -95,6 +95,7 @@ private:
         SessionWindow evidence;
         Key key;
         ApplicationIdentity identity;
+        QDateTime launchDate; // null when unknown
     };
 
     struct Entry

@@ -33,4 +33,8 @@ struct ManagerSettings
 // is activated. A setting is asked for only where it decides.
 bool activationShowsDesktop(const QString &managerName, const ManagerSettings &settings = {});
 
+// Whether a window manager numbers its desktops anew whenever one of them comes or goes with its
+// windows, so that a number does not stand for a desktop long enough to move a window there.
+bool renumbersDesktops(const QString &managerName);
+
 } // namespace tovel::x11

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/linux/desktop_session.h"
-#include "platform/linux/x11/connection.h"
+#include "platform/session/desktop_session.h"
+#include "platform/session/x11/connection.h"
 
 #include <cstdint>
 #include <vector>

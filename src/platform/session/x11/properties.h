@@ -21,6 +21,7 @@ struct Property
     Atom type = 0; // 0: there is no such property
     std::uint8_t format = 0;
     QByteArray bytes;
+    bool isCut = false; // it is longer
 };
 
 // Predefined atoms of the core protocol.

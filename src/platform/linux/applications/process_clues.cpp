@@ -1,4 +1,4 @@
-#include "platform/linux/process_clues.h"
+#include "platform/linux/applications/process_clues.h"
 
 #include <QFile>
 #include <QRegularExpression>
@@ -73,14 +73,25 @@ ProcessClues readProcessClues(std::int32_t pid)
         return clues;
     const QByteArray folder = "/proc/" + QByteArray::number(pid);
     clues.executable = executableName(linkTarget(folder + "/exe"));
-    if (const auto ticks = startTicksFromStat(readSmallFile(folder + "/stat")))
+    if (const auto ticks = startTicksFromStat(readSmallFile(folder + "/stat"))) {
+        clues.startTicks = *ticks;
         clues.startTime = timeOfTicks(*ticks);
+    }
     clues.sandboxId = flatpakIdFromInfo(readSmallFile(folder + "/root/.flatpak-info"));
     if (clues.sandboxId.isEmpty())
         clues.sandboxId = snapIdFromCgroup(readSmallFile(folder + "/cgroup"));
     clues.launchedDesktopFile
         = launchedDesktopFileFromEnvironment(readSmallFile(folder + "/environ"), pid);
     return clues;
+}
+
+bool runsOtherPrograms(const QString &program)
+{
+    // With a version, as interpreters often have one in the names of their programs.
+    static const QRegularExpression pattern(QRegularExpression::anchoredPattern(
+        u"(bash|dash|electron|env|flatpak|gjs(-console)?|java|lua(jit)?|mono(-sgen)?|node(js)?|perl"
+        "|php|python|ruby|sh|snap|sudo|tclsh|wine(64)?|wish|xdg-open)[-0-9.]*"_s));
+    return pattern.match(program).hasMatch();
 }
 
 QString cleanClue(QStringView text)

@@ -1,10 +1,14 @@
-#include "platform/linux/application_launcher.h"
+#include "platform/linux/applications/application_launcher.h"
 
-#include "platform/linux/glib_pointer.h"
-#include "platform/linux/installed_applications.h"
+#include "platform/linux/applications/desktop_entry.h"
+#include "platform/linux/applications/glib_pointer.h"
+#include "platform/linux/applications/installed_applications.h"
+#include "platform/regular_file.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QStandardPaths>
 
 #include <thread>
 #include <utility>
@@ -27,11 +31,6 @@ struct GMainContextRelease
     void operator()(GMainContext *context) const { g_main_context_unref(context); }
 };
 
-struct GTextsRelease
-{
-    void operator()(char **texts) const { g_strfreev(texts); }
-};
-
 Reason reasonFrom(GError *error)
 {
     const GErrorPointer owner(error);
@@ -40,6 +39,9 @@ Reason reasonFrom(GError *error)
 
 // Deeper folders are nobody's; links among them could make for any number of paths.
 constexpr int DeepestFolder = 4;
+
+// More are nobody's either.
+constexpr qsizetype MostFolders = 5000;
 
 // The file of this id below the folder: every '-' may stand for a subfolder.
 QString findBelow(const QString &folder, const QString &identifier, int depth = 0)
@@ -60,14 +62,7 @@ QString findBelow(const QString &folder, const QString &identifier, int depth = 
     return {};
 }
 
-GKeyFilePointer readKeyFile(const QString &path, GError **error)
-{
-    GKeyFilePointer keyFile(g_key_file_new());
-    if (!g_key_file_load_from_file(keyFile.get(), QFile::encodeName(path).constData(),
-                                   G_KEY_FILE_NONE, error))
-        return nullptr;
-    return keyFile;
-}
+Reason notAFile(const QString &path) { return u"“%1” is not a file."_s.arg(path); }
 
 GText entryText(GKeyFile *keyFile, const char *key)
 {
@@ -76,10 +71,45 @@ GText entryText(GKeyFile *keyFile, const char *key)
 
 bool isHidden(const QString &path)
 {
-    const auto keyFile = readKeyFile(path, nullptr);
+    const auto content = readRegularFile(path, desktopFileLimit);
+    const auto keyFile = content ? parseKeyFile(*content, nullptr) : nullptr;
     return keyFile
         && g_key_file_get_boolean(keyFile.get(), G_KEY_FILE_DESKTOP_GROUP,
                                   G_KEY_FILE_DESKTOP_KEY_HIDDEN, nullptr);
+}
+
+// What stands for a list of GIO's without being a file.
+Reason brokenListIn(const QString &folder)
+{
+    const auto lists = QDir(folder).entryInfoList({u"*.list"_s, u"mimeinfo.cache"_s},
+                                                  QDir::AllEntries | QDir::System | QDir::Hidden);
+    for (const QFileInfo &list : lists) {
+        if (list.exists() && !list.isFile())
+            return notAFile(list.filePath());
+    }
+    return std::nullopt;
+}
+
+// What GIO would not get past. Before it starts anything it reads its lists, where a pipe would
+// hold it for ever, and looks into all folders below those of applications, through links as well.
+Reason obstacleToGio()
+{
+    QStringList folders = InstalledApplications::standardFolders();
+    const QStringList configuration
+        = QStandardPaths::standardLocations(QStandardPaths::GenericConfigLocation);
+    for (const QString &folder : folders + configuration) {
+        if (const Reason broken = brokenListIn(folder))
+            return broken;
+    }
+    for (qsizetype i = 0; i < folders.size(); ++i) {
+        const QDir folder(folders[i]);
+        for (const QString &name :
+             folder.entryList(QDir::Dirs | QDir::NoDotAndDotDot | QDir::Hidden))
+            folders.append(folder.filePath(name));
+        if (folders.size() > MostFolders)
+            return u"There are too many folders below “%1”."_s.arg(folder.path());
+    }
+    return std::nullopt;
 }
 
 // Tries the command so that the reason is the system's own. GIO only says that it takes no such
@@ -90,7 +120,7 @@ Reason tryCommand(const char *command)
     char **arguments = nullptr;
     if (!g_shell_parse_argv(command, nullptr, &arguments, &error))
         return reasonFrom(error);
-    const std::unique_ptr<char *, GTextsRelease> owner(arguments);
+    const GTexts owner(arguments);
     std::vector<char *> kept;
     for (char **argument = arguments; *argument; ++argument) {
         if (**argument != '%')
@@ -107,10 +137,10 @@ Reason tryCommand(const char *command)
 }
 
 // Why GIO takes no entry from this file.
-Reason reasonForRefusal(const QString &path)
+Reason reasonForRefusal(const QString &path, QByteArrayView content)
 {
     GError *error = nullptr;
-    const auto keyFile = readKeyFile(path, &error);
+    const auto keyFile = parseKeyFile(content, &error);
     if (!keyFile)
         return reasonFrom(error);
     const GText type = entryText(keyFile.get(), G_KEY_FILE_DESKTOP_KEY_TYPE);
@@ -167,12 +197,15 @@ Reason spawn(GDesktopAppInfo *info)
 
 Reason start(const QString &path, GCancellable *cancellable)
 {
-    if (!QFileInfo(path).isFile())
-        return u"“%1” is not a file."_s.arg(path);
+    const auto content = readRegularFile(path, desktopFileLimit);
+    if (!content)
+        return notAFile(path);
+    if (const Reason obstacle = obstacleToGio())
+        return obstacle;
     const GObjectPointer<GDesktopAppInfo> info(
         g_desktop_app_info_new_from_filename(QFile::encodeName(path).constData()));
     if (!info)
-        return reasonForRefusal(path);
+        return reasonForRefusal(path, *content);
     if (g_desktop_app_info_get_boolean(info.get(), "DBusActivatable"))
         return activate(G_APP_INFO(info.get()), cancellable);
     return spawn(info.get());

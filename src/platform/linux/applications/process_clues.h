@@ -14,6 +14,7 @@ namespace tovel {
 struct ProcessClues
 {
     QString executable; // base name
+    std::uint64_t startTicks = 0; // since boot; never changes, and 0 for nothing else
     QDateTime startTime; // wall-clock time, to a hundredth of a second
     QString sandboxId; // the desktop-file name that the sandbox gives the application
     QString launchedDesktopFile; // path of the entry that this very process was launched from
@@ -24,6 +25,10 @@ struct ProcessClues
 // Reads the clues of a running process, a few small files of bounded size. Never blocks on what
 // the process put in their place.
 ProcessClues readProcessClues(std::int32_t pid);
+
+// Whether the program, by its base name, is one that runs others, such as an interpreter or a
+// launcher: that a window's process is one of them says nothing of the window.
+bool runsOtherPrograms(const QString &program);
 
 // A text that another program chose, made harmless to show and to store: no control or format
 // characters, at most 256 UTF-16 units.

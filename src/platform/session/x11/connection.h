@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/linux/desktop_session.h"
-#include "platform/linux/x11/properties.h"
+#include "platform/session/desktop_session.h"
+#include "platform/session/x11/properties.h"
 
 #include <QByteArray>
 #include <QRectF>
@@ -125,6 +125,7 @@ public:
     // Null when the display cannot be reached, or does not answer within ten seconds. The display
     // name may be empty: the environment's.
     static std::unique_ptr<Connection> open(const QByteArray &display);
+    // The server has carried out everything sent.
     ~Connection();
 
     Connection(const Connection &) = delete;
@@ -192,6 +193,7 @@ private:
     bool m_hasMonitors = false;
     std::uint8_t m_randrEvents = 0;
     std::array<Atom, static_cast<std::size_t>(Name::Count)> m_atoms{};
+    bool m_hasRequests = false; // that the server has perhaps not read
     std::uint64_t m_roundTrips = 0;
     unsigned m_answeredThrough = 0;
     std::vector<Event> m_pending;

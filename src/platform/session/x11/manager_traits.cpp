@@ -1,4 +1,4 @@
-#include "platform/linux/x11/manager_traits.h"
+#include "platform/session/x11/manager_traits.h"
 
 #include <QDir>
 #include <QFile>
@@ -96,5 +96,7 @@ bool activationShowsDesktop(const QString &managerName, const ManagerSettings &s
         return settings.xfwmAction() == u"switch";
     return false;
 }
+
+bool renumbersDesktops(const QString &managerName) { return managerName == u"i3"; }
 
 } // namespace tovel::x11

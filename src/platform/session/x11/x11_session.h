@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/desktop_session.h"
+#include "platform/session/desktop_session.h"
 
 #include <QByteArray>
 #include <QObject>
@@ -10,11 +10,13 @@
 namespace tovel::x11 {
 
 class Connection;
+enum class Name : std::size_t;
 class KeyGrabs;
 class WindowMirror;
 
 // A session of X11 with a window manager that follows the Extended Window Manager Hints. The
-// manager's desktops are one row, of one output named "Main": EWMH knows no other.
+// manager's desktops are one row over all screens: EWMH knows no other. They are told apart by
+// their numbers; when some went away, all that are left count as new ones.
 class X11Session final : public DesktopSession
 {
 public:
@@ -26,6 +28,7 @@ public:
     std::uint64_t revision() override;
     bool hasManager() override;
     bool isControllable() override;
+    SessionCapabilities capabilities() override;
     QList<SessionScreen> screens() override;
     QList<SessionOutput> outputs() override;
     const QList<SessionWindow> &windows() override;
@@ -35,9 +38,9 @@ public:
     bool showWorkspace(std::uint64_t workspace) override;
     bool activateWindow(std::uint32_t window) override;
     bool raiseWindow(std::uint32_t window) override;
+    std::uint32_t ownWindow(const SessionOwnWindow &window) override;
     bool setOnAllWorkspaces(std::uint32_t window, bool on) override;
     bool setAbove(std::uint32_t window, bool on) override;
-    bool activationShowsWorkspace() override;
     std::optional<QPointF> cursorPosition() override;
     void moveCursor(QPointF position) override;
     KeyGrab grabKey(const SessionKey &key) override;
@@ -53,6 +56,7 @@ private:
     explicit X11Session(std::unique_ptr<Connection> connection);
 
     WindowMirror &current();
+    bool supports(Name name);
     bool exists(std::uint32_t window);
     bool shownWorkspaceChanged() const;
     void noticeShownWorkspace();

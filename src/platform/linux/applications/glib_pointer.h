@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QByteArrayView>
+
 #include <gio/gio.h>
 
 #include <memory>
@@ -23,6 +25,13 @@ struct GMemoryRelease
 
 using GText = std::unique_ptr<char, GMemoryRelease>;
 
+struct GTextsRelease
+{
+    void operator()(char **texts) const { g_strfreev(texts); }
+};
+
+using GTexts = std::unique_ptr<char *, GTextsRelease>;
+
 struct GErrorRelease
 {
     void operator()(GError *error) const { g_error_free(error); }
@@ -36,5 +45,17 @@ struct GKeyFileRelease
 };
 
 using GKeyFilePointer = std::unique_ptr<GKeyFile, GKeyFileRelease>;
+
+// Null, with the error filled in, for what is no key file.
+inline GKeyFilePointer parseKeyFile(QByteArrayView content, GError **error)
+{
+    GKeyFilePointer file(g_key_file_new());
+    // Null stands for nothing at all elsewhere, but not there.
+    const char *bytes = content.isEmpty() ? "" : content.data();
+    if (!g_key_file_load_from_data(file.get(), bytes, static_cast<gsize>(content.size()),
+                                   G_KEY_FILE_NONE, error))
+        return nullptr;
+    return file;
+}
 
 } // namespace tovel

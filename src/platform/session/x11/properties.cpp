@@ -1,4 +1,4 @@
-#include "platform/linux/x11/properties.h"
+#include "platform/session/x11/properties.h"
 
 #include <cstring>
 

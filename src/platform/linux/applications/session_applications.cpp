@@ -1,4 +1,4 @@
-#include "platform/linux/session_applications.h"
+#include "platform/linux/applications/session_applications.h"
 
 #include <algorithm>
 
@@ -146,7 +146,7 @@ void SessionApplications::update()
         SessionApplicationRef &application = find(m_applications, owner.key)->application;
         if (!application) {
             const auto launchDate
-                = owner.key.started.isValid() ? std::optional(owner.key.started) : std::nullopt;
+                = owner.launchDate.isValid() ? std::optional(owner.launchDate) : std::nullopt;
             application = std::make_shared<SessionApplication>(*this, platformProcessFor(owner.key),
                                                                owner.identity, launchDate);
         }
@@ -208,7 +208,8 @@ SessionApplications::Owner SessionApplications::identify(
     Owner owner;
     owner.evidence = window;
     owner.identity = m_installed.index().identify(clues);
-    owner.key = {window.process, clues.process.startTime, owner.identity.bundleIdentifier};
+    owner.key = {window.process, clues.process.startTicks, owner.identity.bundleIdentifier};
+    owner.launchDate = clues.process.startTime;
     return owner;
 }
 

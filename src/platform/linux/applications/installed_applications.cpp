@@ -1,19 +1,16 @@
-#include "platform/linux/installed_applications.h"
+#include "platform/linux/applications/installed_applications.h"
 
-#include "platform/linux/glib_pointer.h"
+#include "platform/linux/applications/desktop_entry.h"
+#include "platform/regular_file.h"
 
 #include <QDateTime>
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QMap>
 #include <QStandardPaths>
 
 #include <algorithm>
-#include <array>
 #include <utility>
-
-#include <gio/gdesktopappinfo.h>
 
 namespace tovel {
 
@@ -29,56 +26,6 @@ qint64 modificationTime(const QString &folder)
 {
     const QFileInfo info(folder);
     return info.isDir() ? info.lastModified().toMSecsSinceEpoch() : 0;
-}
-
-// Programs that run others: that a window's process is one of them says nothing.
-bool isLauncher(const QString &program)
-{
-    static constexpr std::array launchers{u"bash", u"dash", u"electron", u"env",  u"flatpak",
-                                          u"gjs",  u"java", u"node",     u"perl", u"ruby",
-                                          u"sh",   u"snap", u"sudo",     u"wine", u"xdg-open"};
-    return program.startsWith(u"python")
-        || std::ranges::any_of(launchers, [&](QStringView name) { return program == name; });
-}
-
-QString programOf(GDesktopAppInfo *info)
-{
-    if (g_desktop_app_info_get_boolean(info, "Terminal"))
-        return {};
-    const char *executable = g_app_info_get_executable(G_APP_INFO(info));
-    const QString name = QFileInfo(QFile::decodeName(executable)).fileName();
-    return isLauncher(name) ? QString() : name;
-}
-
-QString iconOf(GDesktopAppInfo *info)
-{
-    const GText text(g_desktop_app_info_get_string(info, "Icon"));
-    QString icon = QString::fromUtf8(text.get());
-    if (!icon.startsWith(u'/')) {
-        // A theme name with a suffix is an error that many entries make.
-        for (const QStringView suffix : {u".png", u".svg", u".xpm"}) {
-            if (icon.endsWith(suffix))
-                icon.chop(suffix.size());
-        }
-    }
-    return icon;
-}
-
-std::optional<ApplicationEntry> readEntry(const QString &identifier, const QString &path)
-{
-    const GObjectPointer<GDesktopAppInfo> info(
-        g_desktop_app_info_new_from_filename(QFile::encodeName(path).constData()));
-    if (!info || g_desktop_app_info_get_is_hidden(info.get()))
-        return std::nullopt;
-    ApplicationEntry entry;
-    entry.bundleIdentifier = identifier;
-    entry.name = cleanClue(QString::fromUtf8(g_app_info_get_name(G_APP_INFO(info.get()))));
-    entry.icon = iconOf(info.get());
-    entry.path = path;
-    entry.startupWMClass = QString::fromUtf8(g_desktop_app_info_get_startup_wm_class(info.get()));
-    entry.executable = programOf(info.get());
-    entry.visible = !g_desktop_app_info_get_nodisplay(info.get());
-    return entry;
 }
 
 } // namespace
@@ -138,7 +85,9 @@ void InstalledApplications::load()
     std::vector<ApplicationEntry> entries;
     entries.reserve(static_cast<std::size_t>(paths.size()));
     for (auto it = paths.cbegin(); it != paths.cend(); ++it) {
-        if (auto entry = readEntry(it.key(), it.value()))
+        const auto content = readRegularFile(it.value(), desktopFileLimit);
+        auto entry = content ? parseDesktopEntry(it.key(), it.value(), *content) : std::nullopt;
+        if (entry)
             entries.push_back(*std::move(entry));
     }
     m_index.emplace(std::move(entries));

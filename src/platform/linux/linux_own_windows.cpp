@@ -1,0 +1,40 @@
+#include "platform/linux/linux_own_windows.h"
+
+#include <unistd.h>
+
+namespace tovel {
+
+bool LinuxOwnWindows::setCollectionBehavior(const OwnWindow &window,
+                                            NSWindowCollectionBehavior behavior)
+{
+    const bool onAll = behavior & NSWindowCollectionBehaviorCanJoinAllSpaces;
+    const std::uint32_t id = find(window);
+    return id != 0 && m_session->setOnAllWorkspaces(id, onAll);
+}
+
+bool LinuxOwnWindows::setLevel(const OwnWindow &window, NSWindowLevel level)
+{
+    const std::uint32_t id = find(window);
+    return id != 0 && m_session->setAbove(id, level > NSNormalWindowLevel);
+}
+
+bool LinuxOwnWindows::makeKeyAndOrderFront(const OwnWindow &window)
+{
+    const std::uint32_t id = find(window);
+    if (id == 0)
+        return false;
+    // A window that has the keyboard already is not raised by being activated everywhere.
+    m_session->raiseWindow(id);
+    return m_session->activateWindow(id);
+}
+
+std::uint32_t LinuxOwnWindows::find(const OwnWindow &window) const
+{
+    if (!m_session)
+        return 0;
+    const SessionOwnWindow own{window.windowNumber, static_cast<std::int32_t>(::getpid()),
+                               window.title};
+    return m_session->ownWindow(own);
+}
+
+} // namespace tovel
