@@ -2,49 +2,83 @@
 
 #include "platform/variants.h"
 
+#include <QMap>
 #include <QString>
 #include <QVariant>
 
+#include <functional>
 #include <optional>
 
 namespace tovel {
 
+// All values of a domain at one moment, or why they cannot be read. A domain in which nothing is
+// stored was read, and has no values.
+struct DefaultsReading
+{
+    QVariantMap values{}; // none when they cannot be read
+    QString failure{}; // a sentence; empty when the values were read
+
+    bool succeeded() const { return failure.isEmpty(); }
+
+    // What is stored under the key. A null one is of a kind that this program does not know.
+    std::optional<QVariant> object(const QString &key) const
+    {
+        const auto found = values.constFind(key);
+        return found == values.cend() ? std::nullopt : std::optional<QVariant>(*found);
+    }
+
+    // Typed reads; an object of another kind counts as absent.
+    std::optional<bool> boolean(const QString &key) const { return tovel::boolean(values[key]); }
+    std::optional<QString> text(const QString &key) const { return tovel::text(values[key]); }
+    std::optional<double> realNumber(const QString &key) const
+    {
+        return tovel::realNumber(values[key]);
+    }
+    std::optional<QStringList> texts(const QString &key) const { return tovel::texts(values[key]); }
+    std::optional<QMap<QString, QString>> textDictionary(const QString &key) const
+    {
+        return tovel::textDictionary(values[key]);
+    }
+};
+
+// What storing came to.
+struct DefaultsOutcome
+{
+    QString failure{}; // a sentence that says why it was not stored; empty when it was
+
+    bool isStored() const { return failure.isEmpty(); }
+};
+
+// Values by key; one without a value is removed.
+using DefaultsChanges = QMap<QString, std::optional<QVariant>>;
+
+// On whose behalf something is stored. Only what the user wants may take the place of a store that
+// is damaged for good.
+enum class DefaultsAuthor { Program, User };
+
 // A domain of stored choices (NSUserDefaults): keys to booleans, numbers, texts, byte strings,
-// arrays and dictionaries of these. The kind of a value survives being stored.
+// arrays and dictionaries of these. The kind of a value survives being stored. Other processes may
+// use the domain at the same time; each sees what the others have stored.
 class UserDefaults
 {
 public:
+    // What to store, by what is stored then.
+    using Decision = std::function<DefaultsChanges(const QVariantMap &stored)>;
+
     virtual ~UserDefaults() = default;
 
-    // The object stored under the key, or nothing.
-    virtual std::optional<QVariant> object(const QString &key) const = 0;
+    virtual DefaultsReading dictionaryRepresentation() const = 0;
 
-    // Stores the object, whole, at once. The value can be read back in this process in any case;
-    // false when it could not be made to last, and errorString() then says why. A value that holds
-    // a kind the store does not know is refused and changes nothing.
-    virtual bool setObject(const QString &key, const QVariant &value) = 0;
+    // Reads and stores in one transaction: nobody else stores anything in between, and either all
+    // of the changes are stored, at once, or none of them, now or later. Also none when the domain
+    // cannot be read, or a value holds a kind that the store does not know. The decision has no
+    // effects of its own: it may be asked more than once, and its last answer counts.
+    [[nodiscard]] virtual DefaultsOutcome change(const Decision &decide, DefaultsAuthor author) = 0;
 
-    virtual bool removeObject(const QString &key) = 0;
-
-    // The reason for the latest failure to read or write; empty when there was none.
-    virtual QString errorString() const = 0;
-
-    // Typed reads; an object of another kind counts as absent.
-    std::optional<bool> boolean(const QString &key) const
+    [[nodiscard]] DefaultsOutcome setObject(const QString &key, const QVariant &value,
+                                            DefaultsAuthor author = DefaultsAuthor::Program)
     {
-        return tovel::boolean(object(key).value_or(QVariant()));
-    }
-    std::optional<QString> text(const QString &key) const
-    {
-        return tovel::text(object(key).value_or(QVariant()));
-    }
-    std::optional<QStringList> texts(const QString &key) const
-    {
-        return tovel::texts(object(key).value_or(QVariant()));
-    }
-    std::optional<QMap<QString, QString>> textDictionary(const QString &key) const
-    {
-        return tovel::textDictionary(object(key).value_or(QVariant()));
+        return change([&](const QVariantMap &) { return DefaultsChanges{{key, value}}; }, author);
     }
 };
 

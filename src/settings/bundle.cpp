@@ -1,7 +1,8 @@
 #include "settings/bundle.h"
 
+#include "platform/regular_file.h"
+
 #include <QCoreApplication>
-#include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -16,10 +17,8 @@ constexpr qint64 dictionaryLimit = 64 * 1024;
 
 QVariantMap readDictionary(const QString &path)
 {
-    QFile file(path);
-    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
-        return {};
-    return QJsonDocument::fromJson(file.read(dictionaryLimit)).object().toVariantMap();
+    const QByteArray content = readRegularFile(path, dictionaryLimit).value_or(QByteArray());
+    return QJsonDocument::fromJson(content).object().toVariantMap();
 }
 
 } // namespace

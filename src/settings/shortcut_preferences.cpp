@@ -1,6 +1,6 @@
 #include "settings/shortcut_preferences.h"
 
-#include "platform/user_defaults.h"
+#include <utility>
 
 namespace tovel {
 
@@ -10,28 +10,39 @@ namespace {
 
 constexpr QLatin1StringView Key("globalShortcut");
 
-TovelShortcut stored(const UserDefaults &defaults)
-{
-    const QVariant value = defaults.object(Key).value_or(QVariant());
-    if (value.typeId() != QMetaType::QByteArray)
-        return TovelShortcut::standard();
-    return decodeShortcut(value.toByteArray()).value_or(TovelShortcut::standard());
-}
-
 } // namespace
 
 ShortcutPreferences::ShortcutPreferences(UserDefaults &defaults, QObject *parent)
     : QObject(parent)
     , m_defaults(defaults)
-    , m_shortcut(stored(defaults))
-{ }
-
-bool ShortcutPreferences::save(const TovelShortcut &shortcut)
 {
-    const bool lasts = m_defaults.setObject(Key, encodeShortcut(shortcut));
+    readAgain();
+}
+
+void ShortcutPreferences::readAgain()
+{
+    if (m_isKnown)
+        return;
+    const DefaultsReading stored = m_defaults.dictionaryRepresentation();
+    m_isKnown = stored.succeeded();
+    const QVariant value = stored.object(Key).value_or(QVariant());
+    if (value.typeId() == QMetaType::QByteArray)
+        makeCurrent(decodeShortcut(value.toByteArray()).value_or(TovelShortcut::standard()));
+}
+
+DefaultsOutcome ShortcutPreferences::save(const TovelShortcut &shortcut)
+{
+    m_isKnown = true;
+    const DefaultsOutcome outcome
+        = m_defaults.setObject(Key, encodeShortcut(shortcut), DefaultsAuthor::User);
+    makeCurrent(shortcut);
+    return outcome;
+}
+
+void ShortcutPreferences::makeCurrent(const TovelShortcut &shortcut)
+{
     if (std::exchange(m_shortcut, shortcut) != shortcut)
         Q_EMIT shortcutChanged();
-    return lasts;
 }
 
 } // namespace tovel

@@ -1,12 +1,11 @@
 #pragma once
 
+#include "platform/user_defaults.h"
 #include "settings/shortcut.h"
 
 #include <QObject>
 
 namespace tovel {
-
-class UserDefaults;
 
 // The shortcut that the user chose, kept in user defaults. Registering it is others' work.
 class ShortcutPreferences final : public QObject
@@ -14,22 +13,27 @@ class ShortcutPreferences final : public QObject
     Q_OBJECT
 
 public:
-    // Reads the stored shortcut; the standard one when none is stored that can be read. Writes
+    // Reads the stored shortcut; the standard one when none is stored or it makes no sense. Stores
     // nothing. Borrows the user defaults.
     explicit ShortcutPreferences(UserDefaults &defaults, QObject *parent = nullptr);
 
     const TovelShortcut &shortcut() const { return m_shortcut; }
 
-    // Stores the shortcut, then makes it the current one, in any case. False when it could not be
-    // made to last; the user defaults then tell why.
-    bool save(const TovelShortcut &shortcut);
+    // Reads the stored shortcut once more, if it could not be read so far and none was saved.
+    void readAgain();
+
+    // Stores the shortcut, then makes it the current one, whatever storing came to.
+    DefaultsOutcome save(const TovelShortcut &shortcut);
 
 Q_SIGNALS:
     void shortcutChanged();
 
 private:
+    void makeCurrent(const TovelShortcut &shortcut);
+
     UserDefaults &m_defaults;
-    TovelShortcut m_shortcut;
+    bool m_isKnown = false; // what was chosen last
+    TovelShortcut m_shortcut = TovelShortcut::standard();
 };
 
 } // namespace tovel

@@ -66,26 +66,35 @@ private Q_SLOTS:
         MemoryUserDefaults defaults;
         ShortcutPreferences preferences(defaults);
         QCOMPARE(preferences.shortcut().label(), u"⌃⌥⌘T"_s);
-        defaults.setObject(u"globalShortcut"_s, QByteArray("{"));
+        defaults.put(u"globalShortcut"_s, QByteArray("{"));
         QVERIFY(ShortcutPreferences(defaults).shortcut() == TovelShortcut::standard());
         defaults.takeWrites();
         QSignalSpy changes(&preferences, &ShortcutPreferences::shortcutChanged);
 
-        QVERIFY(preferences.save(TovelShortcut::standard()));
+        QVERIFY(preferences.save(TovelShortcut::standard()).isStored());
         QCOMPARE(changes.count(), 0);
         QCOMPARE(defaults.takeWrites(), QStringList{u"globalShortcut"_s});
 
         const TovelShortcut chosen{49, optionKey | shiftKey, u"Space"_s};
-        QVERIFY(preferences.save(chosen));
+        QVERIFY(preferences.save(chosen).isStored());
         QCOMPARE(changes.count(), 1);
         QVERIFY(ShortcutPreferences(defaults).shortcut() == chosen);
 
         TovelShortcut renamed = chosen;
         renamed.key = u"Bar"_s;
         defaults.failWrites(u"disk full"_s);
-        QVERIFY(!preferences.save(renamed));
+        QCOMPARE(preferences.save(renamed).failure, u"disk full"_s);
         QCOMPARE(changes.count(), 2);
         QCOMPARE(preferences.shortcut().key, u"Bar"_s);
+        preferences.readAgain(); // which would bring back the one before
+        QCOMPARE(preferences.shortcut().key, u"Bar"_s);
+
+        defaults.failReads(u"locked"_s);
+        ShortcutPreferences late(defaults);
+        QCOMPARE(late.shortcut(), TovelShortcut::standard());
+        defaults.failReads({});
+        late.readAgain();
+        QVERIFY(late.shortcut() == chosen);
     }
 };
 

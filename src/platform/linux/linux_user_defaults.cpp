@@ -10,24 +10,21 @@ DockPreferences::DockPreferences(DesktopSession *session)
     : m_session(session)
 { }
 
-std::optional<QVariant> DockPreferences::object(const QString &key) const
+DefaultsReading DockPreferences::dictionaryRepresentation() const
 {
-    if (!m_session || key != "workspaces-auto-swoosh"_L1)
-        return std::nullopt;
-    return m_session->activationShowsWorkspace();
+    if (!m_session)
+        return {};
+    return {{{u"workspaces-auto-swoosh"_s, m_session->capabilities().activationShowsWorkspace}},
+            {}};
 }
 
-bool DockPreferences::setObject(const QString &, const QVariant &) { return false; }
-
-bool DockPreferences::removeObject(const QString &) { return false; }
-
-QString DockPreferences::errorString() const
+DefaultsOutcome DockPreferences::change(const Decision &, DefaultsAuthor)
 {
-    return u"The preferences of the desktop session can only be read."_s;
+    return {u"The preferences of the desktop session can only be read."_s};
 }
 
-LinuxUserDefaults::LinuxUserDefaults(DesktopSession *session)
-    : m_standard(filePath(u"defaults.json"_s))
+LinuxUserDefaults::LinuxUserDefaults(DesktopSession *session, std::chrono::milliseconds patience)
+    : m_standard(domain(u"defaults"_s, patience))
     , m_dock(session)
 { }
 
@@ -36,10 +33,12 @@ const UserDefaults *LinuxUserDefaults::initWithSuiteName(const QString &suite)
     return suite == "com.apple.dock"_L1 ? &m_dock : nullptr;
 }
 
-QString LinuxUserDefaults::filePath(const QString &fileName)
+SqliteUserDefaults LinuxUserDefaults::domain(const QString &name,
+                                             std::chrono::milliseconds patience)
 {
-    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
-        + u"/org.tovel.Tovel/"_s + fileName;
+    const QString path = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
+        + u"/org.tovel.Tovel/"_s + name;
+    return SqliteUserDefaults(path + u".sqlite"_s, path + u".json"_s, {.patience = patience});
 }
 
 } // namespace tovel

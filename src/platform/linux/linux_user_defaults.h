@@ -1,8 +1,10 @@
 #pragma once
 
-#include "platform/linux/desktop_session.h"
-#include "platform/linux/json_user_defaults.h"
+#include "platform/linux/defaults/sqlite_user_defaults.h"
+#include "platform/session/desktop_session.h"
 #include "platform/user_defaults.h"
+
+#include <chrono>
 
 namespace tovel {
 
@@ -13,10 +15,8 @@ public:
     // Borrows; null where there is no session.
     explicit DockPreferences(DesktopSession *session);
 
-    std::optional<QVariant> object(const QString &key) const override;
-    bool setObject(const QString &key, const QVariant &value) override;
-    bool removeObject(const QString &key) override;
-    QString errorString() const override;
+    DefaultsReading dictionaryRepresentation() const override;
+    DefaultsOutcome change(const Decision &decide, DefaultsAuthor author) override;
 
 private:
     DesktopSession *m_session;
@@ -27,16 +27,17 @@ private:
 class LinuxUserDefaults final : public UserDefaultsDomains
 {
 public:
-    explicit LinuxUserDefaults(DesktopSession *session);
+    // The patience is that of a call which waits for other processes.
+    LinuxUserDefaults(DesktopSession *session, std::chrono::milliseconds patience);
 
     UserDefaults &standardUserDefaults() override { return m_standard; }
     const UserDefaults *initWithSuiteName(const QString &suite) override;
 
-    // A file of that name in the program's folder.
-    static QString filePath(const QString &fileName);
+    // A domain of that name in the program's folder.
+    static SqliteUserDefaults domain(const QString &name, std::chrono::milliseconds patience);
 
 private:
-    JsonUserDefaults m_standard;
+    SqliteUserDefaults m_standard;
     DockPreferences m_dock;
 };
 

@@ -24,40 +24,45 @@ bool isStorable(const QVariant &value)
 
 } // namespace
 
-std::optional<QVariant> MemoryUserDefaults::object(const QString &key) const
+DefaultsReading MemoryUserDefaults::dictionaryRepresentation() const
 {
-    const auto found = m_values.constFind(key);
-    return found == m_values.constEnd() ? std::nullopt : std::optional<QVariant>(*found);
+    return m_unreadable.isEmpty() ? DefaultsReading{m_values, {}}
+                                  : DefaultsReading{{}, m_unreadable};
 }
 
-bool MemoryUserDefaults::setObject(const QString &key, const QVariant &value)
+DefaultsOutcome MemoryUserDefaults::change(const Decision &decide, DefaultsAuthor)
 {
-    if (!isStorable(value)) {
-        m_error = QStringLiteral("A value of this kind cannot be stored.");
-        return false;
+    if (!m_unreadable.isEmpty())
+        return {m_unreadable};
+    const DefaultsChanges changes = decide(m_values);
+    for (const auto &value : changes) {
+        if (value && !isStorable(*value))
+            return {QStringLiteral("A value of this kind cannot be stored.")};
     }
-    m_values.insert(key, value);
-    return finishWrite(key);
+    if (!m_unwritable.isEmpty() && m_writesLeft-- <= 0)
+        return {m_unwritable};
+    for (auto it = changes.cbegin(); it != changes.cend(); ++it) {
+        put(it.key(), it.value());
+        m_writes.append(it.key());
+    }
+    return {};
 }
 
-bool MemoryUserDefaults::removeObject(const QString &key)
+void MemoryUserDefaults::failWrites(const QString &reason, int after)
 {
-    m_values.remove(key);
-    return finishWrite(key);
+    m_unwritable = reason;
+    m_writesLeft = after;
 }
 
-QString MemoryUserDefaults::errorString() const { return m_error; }
-
-void MemoryUserDefaults::failWrites(const QString &reason) { m_failure = reason; }
+void MemoryUserDefaults::put(const QString &key, const std::optional<QVariant> &value)
+{
+    if (value)
+        m_values.insert(key, *value);
+    else
+        m_values.remove(key);
+}
 
 QStringList MemoryUserDefaults::takeWrites() { return std::exchange(m_writes, {}); }
-
-bool MemoryUserDefaults::finishWrite(const QString &key)
-{
-    m_writes.append(key);
-    m_error = m_failure;
-    return m_failure.isEmpty();
-}
 
 MemoryUserDefaults &MemoryUserDefaultsDomains::standardUserDefaults() { return m_standard; }
 

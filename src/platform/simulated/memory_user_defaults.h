@@ -2,7 +2,6 @@
 
 #include "platform/user_defaults.h"
 
-#include <QMap>
 #include <QStringList>
 
 #include <map>
@@ -14,25 +13,27 @@ namespace tovel {
 class MemoryUserDefaults final : public UserDefaults
 {
 public:
-    std::optional<QVariant> object(const QString &key) const override;
-    bool setObject(const QString &key, const QVariant &value) override;
-    bool removeObject(const QString &key) override;
-    QString errorString() const override;
+    DefaultsReading dictionaryRepresentation() const override;
+    DefaultsOutcome change(const Decision &decide, DefaultsAuthor author) override;
 
-    // Control: from now on nothing that is stored lasts, for the reason given; empty ends it.
-    // As the contract says, what is stored can still be read back.
-    void failWrites(const QString &reason);
+    // Control: from now on the domain cannot be read, and so not changed, for the reason given;
+    // empty ends it.
+    void failReads(const QString &reason) { m_unreadable = reason; }
+    // Control: after so many more changes nothing can be stored, for the reason given; empty ends
+    // it.
+    void failWrites(const QString &reason, int after = 0);
+    // Control: what another program stores; nothing removes the key.
+    void put(const QString &key, const std::optional<QVariant> &value);
     // Control: keys in the order in which they were stored or removed since the last call.
     QStringList takeWrites();
-    const QMap<QString, QVariant> &values() const { return m_values; }
+    const QVariantMap &values() const { return m_values; }
 
 private:
-    bool finishWrite(const QString &key);
-
-    QMap<QString, QVariant> m_values;
+    QVariantMap m_values;
     QStringList m_writes;
-    QString m_failure;
-    QString m_error;
+    QString m_unreadable;
+    QString m_unwritable;
+    int m_writesLeft = 0; // before that shows
 };
 
 class MemoryUserDefaultsDomains final : public UserDefaultsDomains

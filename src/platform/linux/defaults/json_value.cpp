@@ -1,4 +1,4 @@
-#include "platform/linux/json_value.h"
+#include "platform/linux/defaults/json_value.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -185,23 +185,24 @@ std::optional<QVariant> decoded(const QJsonValue &json, int depth)
 
 } // namespace
 
-std::optional<QJsonValue> jsonFromVariant(const QVariant &value) { return encoded(value, 0); }
-
-std::optional<QVariant> variantFromJson(const QJsonValue &json) { return decoded(json, 0); }
-
-std::optional<QByteArray> serializeDefaults(const QVariantMap &values)
+std::optional<QByteArray> jsonFromVariant(const QVariant &value)
 {
-    QJsonObject object;
-    for (auto it = values.cbegin(); it != values.cend(); ++it) {
-        const auto json = jsonFromVariant(it.value());
-        if (!json)
-            return std::nullopt;
-        object.insert(it.key(), *json);
-    }
-    const QByteArray bytes = QJsonDocument(object).toJson();
-    if (bytes.size() > maximumDefaultsSize)
+    const auto json = encoded(value, 0);
+    if (!json)
         return std::nullopt;
-    return bytes;
+    // Only arrays and objects are documents.
+    const QByteArray array = QJsonDocument(QJsonArray{*json}).toJson(QJsonDocument::Compact);
+    if (array.size() > maximumDefaultsSize / 2)
+        return std::nullopt;
+    return array.sliced(1, array.size() - 2);
+}
+
+std::optional<QVariant> variantFromJson(QByteArrayView json)
+{
+    if (json.size() > maximumDefaultsSize)
+        return std::nullopt;
+    const QJsonArray array = QJsonDocument::fromJson('[' + json.toByteArray() + ']').array();
+    return array.size() == 1 ? decoded(array.first(), 0) : std::nullopt;
 }
 
 std::optional<QVariantMap> parseDefaults(QByteArrayView bytes)
@@ -212,7 +213,13 @@ std::optional<QVariantMap> parseDefaults(QByteArrayView bytes)
         = QJsonDocument::fromJson(QByteArray::fromRawData(bytes.data(), bytes.size()));
     if (!document.isObject())
         return std::nullopt;
-    return decodedMap(document.object(), 0);
+    QVariantMap values;
+    const QJsonObject object = document.object();
+    for (auto it = object.begin(); it != object.end(); ++it) {
+        if (auto value = decoded(it.value(), 0))
+            values.insert(it.key(), *std::move(value));
+    }
+    return values;
 }
 
 } // namespace tovel
