@@ -1,7 +1,8 @@
 #include "views/icon_images.h"
 
+#include "platform/regular_file.h"
+
 #include <QBuffer>
-#include <QFile>
 #include <QImageReader>
 #include <QtEndian>
 
@@ -19,12 +20,6 @@ constexpr qsizetype headerSize = 8; // of the file and of each entry: a type and
 constexpr int menuSide = 20;
 constexpr int windowSide = 128; // no session shows a window's icon larger
 
-struct Picture
-{
-    QByteArray png;
-    int side = 0; // in pixels
-};
-
 // The width that a PNG picture states of itself; none when the bytes are no such picture, or when
 // it is far larger than an icon.
 std::optional<int> statedSide(QByteArrayView png)
@@ -40,7 +35,7 @@ std::optional<int> statedSide(QByteArrayView png)
     return static_cast<int>(width);
 }
 
-QImage decoded(Picture picture)
+QImage decoded(IconPicture picture)
 {
     QBuffer buffer(&picture.png);
     QImageReader reader(&buffer, "png");
@@ -59,33 +54,12 @@ qsizetype statedLength(QByteArrayView bytes)
     return length >= headerSize && length <= bytes.size() ? length : 0;
 }
 
-// The PNG pictures among the entries of an .icns file, the smallest first.
-QList<Picture> pictures(const QByteArray &file)
-{
-    if (!file.startsWith("icns"))
-        return {};
-    QList<Picture> result;
-    QByteArrayView rest = QByteArrayView(file).first(statedLength(file));
-    rest = rest.sliced(std::min(headerSize, rest.size()));
-    while (const qsizetype length = statedLength(rest)) {
-        const QByteArrayView content = rest.first(length).sliced(headerSize);
-        if (const auto side = statedSide(content))
-            result.append({content.toByteArray(), *side});
-        rest = rest.sliced(length);
-    }
-    std::ranges::stable_sort(result, {}, &Picture::side);
-    return result;
-}
-
-QList<Picture> pictures(TovelIconStyle style, const Bundle &bundle)
+QList<IconPicture> pictures(TovelIconStyle style, const Bundle &bundle)
 {
     const auto path = bundle.pathForResource(resourceName(style), u"icns"_s);
     if (!path)
         return {};
-    QFile file(*path);
-    if (file.size() > fileLimit || !file.open(QIODevice::ReadOnly))
-        return {};
-    return pictures(file.read(fileLimit));
+    return iconPictures(readRegularFile(*path, fileLimit).value_or(QByteArray()));
 }
 
 QImage scaled(const QImage &picture, int side)
@@ -95,9 +69,26 @@ QImage scaled(const QImage &picture, int side)
 
 } // namespace
 
+QList<IconPicture> iconPictures(const QByteArray &file)
+{
+    if (!file.startsWith("icns"))
+        return {};
+    QList<IconPicture> result;
+    QByteArrayView rest = QByteArrayView(file).first(statedLength(file));
+    rest = rest.sliced(std::min(headerSize, rest.size()));
+    while (const qsizetype length = statedLength(rest)) {
+        const QByteArrayView content = rest.first(length).sliced(headerSize);
+        if (const auto side = statedSide(content))
+            result.append({content.toByteArray(), *side});
+        rest = rest.sliced(length);
+    }
+    std::ranges::stable_sort(result, {}, &IconPicture::side);
+    return result;
+}
+
 std::optional<QImage> image(TovelIconStyle style, const Bundle &bundle)
 {
-    const QList<Picture> all = pictures(style, bundle);
+    const QList<IconPicture> all = pictures(style, bundle);
     for (auto picture = all.crbegin(); picture != all.crend(); ++picture) {
         if (QImage image = decoded(*picture); !image.isNull())
             return image;
@@ -107,8 +98,8 @@ std::optional<QImage> image(TovelIconStyle style, const Bundle &bundle)
 
 std::optional<QImage> image(TovelIconStyle style, int side, const Bundle &bundle)
 {
-    const QList<Picture> all = pictures(style, bundle);
-    const auto smaller = [side](const Picture &picture) { return picture.side < side; };
+    const QList<IconPicture> all = pictures(style, bundle);
+    const auto smaller = [side](const IconPicture &picture) { return picture.side < side; };
     for (auto it = std::ranges::find_if_not(all, smaller); it != all.end(); ++it) {
         if (const QImage image = decoded(*it); !image.isNull())
             return scaled(image, side);
@@ -120,8 +111,8 @@ std::optional<QImage> image(TovelIconStyle style, int side, const Bundle &bundle
 QList<QImage> windowImages(TovelIconStyle style, const Bundle &bundle)
 {
     QList<QImage> images;
-    const QList<Picture> all = pictures(style, bundle);
-    for (const Picture &picture : all) {
+    const QList<IconPicture> all = pictures(style, bundle);
+    for (const IconPicture &picture : all) {
         if (picture.side > windowSide)
             break;
         if (QImage image = decoded(picture); !image.isNull())

@@ -10,6 +10,16 @@
 
 namespace tovel {
 
+struct IconPicture
+{
+    QByteArray png;
+    int side = 0; // in pixels, as the picture states
+};
+
+// The PNG pictures among the entries of an .icns file, the smallest first; none of what is no such
+// file, nor such as state to be far larger than an icon.
+QList<IconPicture> iconPictures(const QByteArray &file);
+
 // The application's icon in a style: the largest picture in the bundle's file of that style (.icns
 // with PNG pictures). Read anew at each call. Absent when the file is missing, damaged, or far
 // larger than an icon.

@@ -2,21 +2,22 @@
 
 #include "platform/workspace.h"
 
-#include <QPixmap>
 #include <QWidget>
 
 #include <optional>
 
 namespace tovel {
 
-// The picture of an application fitted into size by size device-independent pixels, from a file or
-// by its name in the icon theme. Null when there is none, or when it cannot be loaded: a missing or
-// damaged file, or one far larger than an icon. Kept for the next time, within bounds.
-QPixmap appIconPixmap(const std::optional<NSImage> &icon, int size, qreal devicePixelRatio);
-
-// Paints that picture in the middle of the box, or a placeholder when it is null.
+// Paints the picture of an application in the middle of the box, fitted into it: from a file or by
+// its name in the icon theme. A placeholder when there is none, or when it cannot be loaded: a
+// missing or damaged file, or one far larger than an icon. Until the picture is there, too; the
+// widget, which paints itself so, is then painted again. Pictures are kept for the next time,
+// within bounds.
 void paintAppIcon(QPainter &painter, const std::optional<NSImage> &icon, const QRectF &box,
-                  const QPalette &palette);
+                  QWidget &widget);
+
+// Whether a picture that was painted for is still on its way.
+bool areAppIconsOnTheirWay();
 
 // The same as a widget. Assistive programs do not see it.
 class AppIcon : public QWidget

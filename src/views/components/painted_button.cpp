@@ -79,9 +79,9 @@ void PaintedButton::keyPressEvent(QKeyEvent *event)
         event->accept();
         return;
     }
-    if (enter && !event->isAutoRepeat())
+    if (enter)
         click();
-    else if (!enter)
+    else
         QAbstractButton::keyPressEvent(event);
 }
 
