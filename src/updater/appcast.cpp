@@ -93,7 +93,8 @@ private:
         while (!m_xml.hasError()) {
             switch (m_xml.readNext()) {
             case QXmlStreamReader::StartElement:
-                return true;
+                checkNamespaces();
+                return !m_xml.hasError();
             case QXmlStreamReader::EndElement:
             case QXmlStreamReader::EndDocument:
                 return false;
@@ -107,6 +108,13 @@ private:
         return false;
     }
 
+    // The XML reader looks through all that are declared for every tag in their scope.
+    void checkNamespaces()
+    {
+        if (m_xml.namespaceDeclarations().size() > appcastNamespaceLimit)
+            m_xml.raiseError(u"A tag of it declares too many namespaces."_s);
+    }
+
     // The text of the current element and of those in it, in one piece.
     QString readText()
     {
@@ -117,6 +125,7 @@ private:
             case QXmlStreamReader::StartElement:
                 if (++depth > appcastDepthLimit)
                     m_xml.raiseError(u"It is nested too deeply."_s);
+                checkNamespaces();
                 break;
             case QXmlStreamReader::EndElement:
                 --depth;

@@ -8,12 +8,14 @@
 
 namespace tovel {
 
-// No feed may be larger, tell of more releases or nest deeper; no tag of it may be longer. What a
-// release says is cut to the lengths below, and a release with a longer version is left out.
+// No feed may be larger, tell of more releases or nest deeper; no tag of it may be longer or
+// declare more namespaces. What a release says is cut to the lengths below, and a release with a
+// longer version is left out.
 inline constexpr qsizetype appcastSizeLimit = 1024 * 1024; // bytes
 inline constexpr qsizetype appcastItemLimit = 1000;
 inline constexpr int appcastDepthLimit = 32;
-inline constexpr qsizetype appcastTagLimit = 16 * 1024; // characters
+inline constexpr qsizetype appcastTagLimit = 4 * 1024; // characters
+inline constexpr qsizetype appcastNamespaceLimit = 32;
 inline constexpr qsizetype appcastNotesLimit = 20000;
 inline constexpr qsizetype appcastTitleLimit = 200;
 inline constexpr qsizetype appcastVersionLimit = 100;

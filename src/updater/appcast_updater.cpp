@@ -115,7 +115,7 @@ void AppcastUpdater::schedule()
 {
     if (!checksAutomatically())
         return;
-    const auto last = realNumber(m_defaults.object(lastCheckTimeKey()).value_or(QVariant()));
+    const auto last = m_defaults.dictionaryRepresentation().realNumber(lastCheckTimeKey());
     const double elapsed = last ? m_clock.CFAbsoluteTimeGetCurrent() - *last : secondsPerDay;
     // A time to come was stored under a wrong clock and says nothing.
     const double wait = elapsed < 0 ? 0 : std::max(0.0, secondsPerDay - elapsed);
@@ -127,7 +127,7 @@ void AppcastUpdater::check(Origin origin)
     setCanCheck(false);
     m_nextCheck.reset();
     if (checksAutomatically())
-        m_defaults.setObject(lastCheckTimeKey(), m_clock.CFAbsoluteTimeGetCurrent());
+        (void)m_defaults.setObject(lastCheckTimeKey(), m_clock.CFAbsoluteTimeGetCurrent());
     if (origin == Origin::user)
         m_driver.showChecking([this] { cancel(); });
     m_reader.read(*m_configuration.feed,

@@ -1,6 +1,6 @@
 #include "updater/feed_address.h"
 
-#include <QHostAddress>
+#include <arpa/inet.h>
 
 namespace tovel {
 
@@ -10,7 +10,14 @@ namespace {
 
 bool isLoopback(const QString &host)
 {
-    return host == u"localhost" || QHostAddress(host).isLoopback();
+    const QByteArray text = host.toLatin1();
+    in_addr address{};
+    in6_addr longAddress{};
+    if (inet_pton(AF_INET, text.constData(), &address) == 1)
+        return ntohl(address.s_addr) >> IN_CLASSA_NSHIFT == IN_LOOPBACKNET;
+    if (inet_pton(AF_INET6, text.constData(), &longAddress) == 1)
+        return IN6_IS_ADDR_LOOPBACK(&longAddress);
+    return host == u"localhost";
 }
 
 bool isPlainAddress(const QUrl &address)

@@ -1,20 +1,18 @@
 #pragma once
 
 #include <QByteArray>
-#include <QObject>
 #include <QString>
 #include <QUrl>
 
 #include <functional>
 #include <memory>
 
-class QNetworkAccessManager;
-class QNetworkReply;
-
 namespace tovel {
 
 class Clock;
+class FeedTransfer;
 class Timer;
+struct FeedAnswer;
 
 struct FeedReading
 {
@@ -24,7 +22,7 @@ struct FeedReading
 
 // Fetches a feed over HTTP, one at a time. Follows the rules of feed_address.h at every step. Sends
 // no cookies and no credentials, stores nothing, and touches the network only during a read.
-class FeedReader final : public QObject
+class FeedReader final
 {
 public:
     using Handler = std::function<void(FeedReading)>;
@@ -36,31 +34,29 @@ public:
     // The clock must outlive the reader.
     explicit FeedReader(Clock &clock);
     // Ends a read that is under way, without calling its handler.
-    ~FeedReader() override;
+    ~FeedReader();
+    FeedReader(const FeedReader &) = delete;
+    FeedReader &operator=(const FeedReader &) = delete;
 
     // Reads from an address that isFeedAddress(). The handler is called once, never from within
     // this call, and may destroy the reader. To be called only while not reading.
     void read(const QUrl &address, Handler handler);
 
-    bool isReading() const { return m_manager != nullptr; }
+    bool isReading() const { return m_handler != nullptr; }
 
     // Ends a read that is under way, without calling its handler.
     void cancel();
 
 private:
     void request(const QUrl &address);
-    void takeBytes();
-    void takeReply();
-    void redirect(const QUrl &target);
+    void take(FeedAnswer answer);
     void finish(FeedReading reading);
-    void dropReply();
 
     Clock &m_clock;
-    std::unique_ptr<QNetworkAccessManager> m_manager; // for one read
-    QNetworkReply *m_reply = nullptr; // the manager's
+    QUrl m_address;
+    std::unique_ptr<FeedTransfer> m_transfer;
     std::unique_ptr<Timer> m_timer;
     int m_redirections = 0;
-    QByteArray m_bytes;
     Handler m_handler;
 };
 

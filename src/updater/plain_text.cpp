@@ -82,10 +82,8 @@ public:
         chopSpaces();
         if (m_text.isEmpty())
             return;
-        qsizetype feeds = 0;
-        while (feeds < m_text.size() && m_text[m_text.size() - 1 - feeds] == u'\n')
-            ++feeds;
-        for (; feeds <= emptyLines; ++feeds)
+        const QString wanted(emptyLines + 1, u'\n');
+        while (!m_text.endsWith(wanted))
             m_text += u'\n';
     }
 
@@ -174,14 +172,14 @@ void layOut(const Tag &tag, Lines &lines)
         lines.append(u"• ", true);
 }
 
-// Whether there is any tag, so that line ends are mere space.
-bool isHtml(QStringView text)
+// Whether there is any tag, so that line ends are mere space. Beyond the last ">" there is none;
+// looking for the end of each "<" in vain would take a long text minutes.
+bool isHtml(QStringView text, qsizetype lastTagEnd)
 {
-    for (qsizetype at = text.indexOf(u'<'); at >= 0; at = text.indexOf(u'<', at + 1)) {
+    for (qsizetype at = text.indexOf(u'<'); at >= 0 && at < lastTagEnd;
+         at = text.indexOf(u'<', at + 1)) {
         if (tagAt(text.sliced(at)))
             return true;
-        if (text.indexOf(u'>', at) < 0)
-            return false;
     }
     return false;
 }
@@ -211,9 +209,8 @@ QString shortened(const QString &text, qsizetype limit)
 QString plainText(const QString &description, qsizetype limit)
 {
     const QStringView source = description;
-    const bool html = isHtml(source);
-    // Beyond it nothing is a tag; without it every "<" would be followed to the end in vain.
     const qsizetype lastTagEnd = source.lastIndexOf(u'>');
+    const bool html = isHtml(source, lastTagEnd);
     Lines lines;
     bool preformatted = !html;
     // A limit's worth of text that the tail may still shorten, but nothing beyond it.

@@ -3,8 +3,8 @@
 #include "updater/update_choice.h"
 #include "updater/version_order.h"
 
-#include <QElapsedTimer>
 #include <QTest>
+#include <QTimeZone>
 
 using namespace tovel;
 using namespace Qt::StringLiterals;
@@ -48,7 +48,7 @@ private Q_SLOTS:
              .displayVersionString = u"1.2"_s,
              .itemDescription = u"New & old"_s,
              .infoURL = QUrl(u"https://tovel.test/1.2"_s),
-             .date = QDateTime({2024, 5, 3}, {10, 0}, Qt::UTC)},
+             .date = QDateTime({2024, 5, 3}, {10, 0}, QTimeZone::utc())},
             {.versionString = u"11"_s, .displayVersionString = u"1.1"_s}};
         QCOMPARE(reading.items, expected);
     }
@@ -71,6 +71,9 @@ private Q_SLOTS:
     void refusesWhatIsNoFeed()
     {
         const QByteArray good = feed(item(version));
+        QByteArray namespaces;
+        for (qsizetype i = 0; i <= appcastNamespaceLimit; ++i)
+            namespaces += " xmlns:a" + QByteArray::number(i) + "='u'";
         const QByteArray refused[] = {
             {},
             "<html/>",
@@ -84,32 +87,14 @@ private Q_SLOTS:
             feed(item(version) + QByteArray(appcastSizeLimit, ' ')),
             feed(item(version).repeated(appcastItemLimit + 1)),
             feed(QByteArray("<a>").repeated(100) + QByteArray("</a>").repeated(100)),
+            feed(item(version) + "<a b='" + QByteArray(appcastTagLimit, ' ') + "'/>"),
+            feed(item(version) + "<a" + namespaces + "/>"),
+            feed(item(version + "<a" + namespaces + "/>")),
         };
         for (const QByteArray &bytes : refused) {
             const AppcastReading reading = parseAppcast(bytes);
             QVERIFY2(!reading.error.isEmpty(), bytes.left(200));
             QVERIFY2(reading.items.isEmpty(), bytes.left(200));
-        }
-    }
-
-    void isQuickWithWhateverComes()
-    {
-        QByteArray attributes = "<enclosure x='>'";
-        for (int i = 0; i < 80000; ++i)
-            attributes += " a" + QByteArray::number(i) + "=''";
-        const auto described = [](const QByteArray &text) {
-            return feed(item("<description><![CDATA[<p>" + text + "]]></description>" + version));
-        };
-        // Each of these takes a careless reader minutes.
-        for (const QByteArray &bytes :
-             {feed(item(attributes + "/>" + version)),
-              described(QByteArray("<a").repeated(appcastSizeLimit / 3)),
-              described(QByteArray("&").repeated(appcastSizeLimit / 2))}) {
-            QVERIFY(bytes.size() <= appcastSizeLimit);
-            QElapsedTimer timer;
-            timer.start();
-            parseAppcast(bytes);
-            QVERIFY(timer.elapsed() < 5000);
         }
     }
 

@@ -3,11 +3,15 @@
 #include "platform/simulated/memory_user_defaults.h"
 #include "platform/simulated/virtual_clock.h"
 #include "settings/bundle.h"
+#include "updater/appcast.h"
 #include "updater/feed_address.h"
 #include "updater/update_user_driver.h"
 
 #include <QFile>
+#include <QProcess>
 #include <QRegularExpression>
+#include <QSslKey>
+#include <QSslServer>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTemporaryDir>
@@ -34,7 +38,8 @@ struct ScriptedAnswer
     enum class Then { closes, staysOpen, goesOn };
 
     QByteArray bytes;
-    Then then = Then::closes; // goesOn: sends the bytes over and over while the client takes them
+    Then then = Then::closes;
+    QByteArray more; // goesOn: sends this over and over while the client takes it
 };
 
 // A whole answer with a body.
@@ -75,12 +80,12 @@ private:
     {
         requests.append(socket->readAll());
         const ScriptedAnswer answer = answers.value(requests.last().split(' ').value(1));
-        socket->write(answer.bytes);
+        socket->write(answer.bytes + answer.more);
         if (answer.then == ScriptedAnswer::Then::closes) {
             socket->disconnectFromHost();
         } else if (answer.then == ScriptedAnswer::Then::goesOn) {
             connect(socket, &QTcpSocket::bytesWritten, socket,
-                    [socket, bytes = answer.bytes] { socket->write(bytes); });
+                    [socket, more = answer.more] { socket->write(more); });
         }
     }
 };
@@ -170,6 +175,12 @@ class TestAppcastUpdater : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase()
+    {
+        // Nothing listens there, and what stays on this machine does not go there.
+        qputenv("http_proxy", "http://127.0.0.1:1");
+    }
+
     void tellsOfAnUpdateUntilTheUserIsDone()
     {
         World world;
@@ -189,6 +200,7 @@ private Q_SLOTS:
         QCOMPARE(world.server.requests.size(), 1);
         const QByteArray head = world.server.requests.first().toLower();
         QVERIFY(head.contains("user-agent: tovel/"));
+        QVERIFY(head.contains("accept-encoding: identity"));
         QVERIFY(!head.contains("cookie") && !head.contains("authorization"));
         QTRY_COMPARE(world.server.openConnections, 0);
     }
@@ -206,17 +218,36 @@ private Q_SLOTS:
         QTest::newRow("nothing new") << httpAnswer("200 OK", feedWith("10.0")) << u"up to date"_s;
         QTest::newRow("not found")
             << httpAnswer("404 Not Found", feedWith("11")) << u"failed: *cannot be read*404*"_s;
-        QTest::newRow("endless body")
-            << ScriptedAnswer{"HTTP/1.1 200 OK\r\n\r\n" + QByteArray(9000, ' '), Then::goesOn}
+        QTest::newRow("a byte too many")
+            << httpAnswer("200 OK", QByteArray(appcastSizeLimit + 1, ' '))
             << u"failed: *cannot be read*larger*"_s;
         QTest::newRow("truncated XML") << httpAnswer("200 OK", feedWith("11").chopped(9))
                                        << u"failed: *cannot be understood*"_s;
         QTest::newRow("closed within the body")
             << ScriptedAnswer{good.chopped(9)} << u"failed: *cannot be read*"_s;
+        const QByteArray head = "HTTP/1.1 200 OK\r\n";
+        const QByteArray chunks = head + "Transfer-Encoding: chunked\r\n\r\n";
+        const QByteArray manyFields = QByteArray("A: b\r\n").repeated(1500);
+        const QByteArray letters(9000, 'a');
+        QTest::newRow("endless chunk") << ScriptedAnswer{chunks + "1;", Then::goesOn, letters}
+                                       << u"failed: *cannot be read*larger*"_s;
+        QTest::newRow("endless trailer")
+            << ScriptedAnswer{chunks + "0\r\n", Then::goesOn, manyFields}
+            << u"failed: *cannot be read*head*"_s;
+        QTest::newRow("endless while")
+            << ScriptedAnswer{{},
+                              Then::goesOn,
+                              QByteArray("HTTP/1.1 100 Continue\r\n\r\n").repeated(400)}
+            << u"failed: *cannot be read*head*"_s;
+        QTest::newRow("endless fields")
+            << ScriptedAnswer{head, Then::goesOn, manyFields} << u"failed: *cannot be read*head*"_s;
+        QTest::newRow("endless field")
+            << ScriptedAnswer{head, Then::goesOn, letters} << u"failed: *cannot be read*large*"_s;
         QTest::newRow("moved on this machine") << movedTo("/moved") << u"found 12 after 10"_s;
         QTest::newRow("moved in a circle") << movedTo("/feed") << u"failed: *too often*"_s;
-        QTest::newRow("moved to another host")
-            << movedTo("http://tovel.test/feed") << u"failed: *not secure*"_s;
+        for (const char *target : {"http://tovel.test/feed", "file:///etc/hostname",
+                                   "https://a:b@tovel.test", "http://:"})
+            QTest::addRow("moved to %s", target) << movedTo(target) << u"failed: *not secure*"_s;
     }
 
     void tellsEveryOutcome()
@@ -240,8 +271,15 @@ private Q_SLOTS:
     void endsInTheMiddle()
     {
         enum class By { Limit, User, Controller };
-        for (const By by : {By::Limit, By::User, By::Controller}) {
-            World world({"HTTP/1.1 200 OK\r\n\r\n<", ScriptedAnswer::Then::staysOpen});
+        const struct
+        {
+            By by;
+            QByteArray received;
+        } rows[] = {{By::Limit, ""},
+                    {By::User, "HTTP/1.1 2"},
+                    {By::Controller, "HTTP/1.1 200 OK\r\n\r\n<"}};
+        for (const auto &[by, received] : rows) {
+            World world({received, ScriptedAnswer::Then::staysOpen});
             world.start(world.configuration());
             world.controller->checkForUpdates();
             QTRY_COMPARE(world.server.openConnections, 1);
@@ -262,6 +300,52 @@ private Q_SLOTS:
         }
     }
 
+    void readsFromTrustedServersOnly()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath(u"pem"_s);
+        QCOMPARE(QProcess::execute(
+                     u"openssl"_s,
+                     u"req -x509 -nodes -newkey ec -pkeyopt ec_paramgen_curve:P-256 "
+                     "-subj /CN=localhost -addext subjectAltName=IP:127.0.0.1 -keyout %1 -out %1"_s
+                         .arg(path)
+                         .split(u' ')),
+                 0);
+        QFile pem(path);
+        QVERIFY(pem.open(QIODevice::ReadOnly));
+        const QByteArray bytes = pem.readAll();
+        QSslConfiguration identity;
+        identity.setPrivateKey(QSslKey(bytes, QSsl::Ec));
+        identity.setLocalCertificate(QSslCertificate(bytes));
+        QSslServer server;
+        server.setSslConfiguration(identity);
+        QVERIFY(server.listen(QHostAddress::LocalHost));
+        connect(&server, &QTcpServer::pendingConnectionAvailable, this, [&server] {
+            server.nextPendingConnection()->write(httpAnswer("200 OK", feedWith("11")).bytes);
+        });
+        World world;
+        UpdaterConfiguration configuration = world.configuration();
+        configuration.feed = feedAddress(u"https://127.0.0.1:%1/"_s.arg(server.serverPort()));
+        world.start(configuration);
+        world.controller->checkForUpdates();
+        QTRY_VERIFY(world.user.log.size() > 3);
+        QVERIFY2(world.user.log.last().contains(u"certificate"), qPrintable(world.user.log.last()));
+    }
+
+    void asksAProxyForWhatIsElsewhere()
+    {
+        World world;
+        world.server.answers.insert("tovel.test:443", httpAnswer("403 Forbidden", ""));
+        qputenv("https_proxy", world.server.address(u""_s).toLatin1());
+        UpdaterConfiguration configuration = world.configuration();
+        configuration.feed = feedAddress(u"https://tovel.test/feed"_s);
+        world.start(configuration);
+        world.controller->checkForUpdates();
+        QTRY_VERIFY(world.user.log.size() > 3);
+        qunsetenv("https_proxy");
+        QVERIFY2(world.user.log.last().contains(u"403"), qPrintable(world.user.log.last()));
+    }
+
     void cannotCheckWithoutAFeed()
     {
         World world;
@@ -280,7 +364,7 @@ private Q_SLOTS:
         UpdaterConfiguration configuration = world.configuration();
         configuration.automaticChecks = true;
         // The day goes on where another run of the program left it.
-        world.defaults.setObject(lastCheckTime, world.clock.CFAbsoluteTimeGetCurrent() - day / 2);
+        world.defaults.put(lastCheckTime, world.clock.CFAbsoluteTimeGetCurrent() - day / 2);
         world.start(configuration);
         world.clock.advance(day / 2 - 1);
         QCOMPARE(world.user.take(), QStringList{u"can check"_s});

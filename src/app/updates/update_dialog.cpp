@@ -1,5 +1,6 @@
 #include "app/updates/update_dialog.h"
 
+#include "views/dialog_buttons.h"
 #include "views/text_style.h"
 #include "views/tint.h"
 #include "views/wrapped_text.h"
@@ -86,6 +87,7 @@ void UpdateDialog::adopt(QPushButton *button)
     const bool first = m_buttons->buttons().size() == 1;
     button->setAutoDefault(first);
     button->setDefault(first);
+    letTabReachAll(*m_buttons);
     if (first)
         button->setFocus();
 }
