@@ -40,23 +40,31 @@ private:
 
 } // namespace
 
-void TovelModel::select(const RunningApp &app, bool on)
+DefaultsOutcome TovelModel::select(const RunningApp &app, bool on) { return selectAll({app}, on); }
+
+DefaultsOutcome TovelModel::selectAll(const QList<RunningApp> &apps, bool on)
 {
     setIssues({});
     setMessage({});
     publish(m_hasSkippedWindows, false, Property::hasSkippedWindows);
 
-    takeUpChoices();
-    auto flock = m_selected;
-    if (on) {
-        flock.insert(app.id);
-        m_knownNames.insert(app.id, app.name);
-    } else {
-        flock.remove(app.id);
+    QList<StoredChoices::Change> changes;
+    for (const RunningApp &app : apps) {
+        changes.append({ChoiceKeys::selected + u'/' + app.id,
+                        [id = app.id, name = app.name, on](Choices &choices) {
+                            if (on) {
+                                choices.selected.insert(id);
+                                choices.appNames.insert(id, name);
+                            } else {
+                                choices.selected.remove(id);
+                            }
+                        }});
     }
-    publish(m_selected, flock, Property::selected);
-    storeFlock();
+    const DefaultsOutcome outcome
+        = m_choices.change({ChoiceKeys::selected, ChoiceKeys::appNames}, changes);
+    showChoices();
     refresh();
+    return outcome;
 }
 
 QCoro::Task<> TovelModel::reopen(RunningApp app)

@@ -113,12 +113,13 @@ void TovelModel::refresh()
     publish(m_desktops, readDesktops(), Property::desktops);
 
     const QList<RunningApp> running = runningApps();
-    if (flockIsStored()) {
-        takeUpChoices();
-    } else {
+    m_choices.read();
+    // Without windows to move, as where there is no session, this is not the first run yet.
+    if (m_choices.lacksFlock() && available()) {
         publish(m_apps, running, Property::apps);
         preselect(running);
     }
+    showChoices();
     publish(m_apps, sortedApps(running + rememberedApps(running), m_selected, m_collator),
             Property::apps);
     publish(m_windows, m_trusted ? readWindows() : QList<TravelWindow>(), Property::windows);
@@ -148,15 +149,12 @@ QList<RunningApp> TovelModel::runningApps() const
 
 void TovelModel::preselect(const QList<RunningApp> &running)
 {
-    auto flock = m_selected;
+    QMap<QString, QString> flock;
     for (const RunningApp &app : running) {
-        if (!isDefaultFlockName(app.name))
-            continue;
-        flock.insert(app.id);
-        m_knownNames.insert(app.id, app.name);
+        if (isDefaultFlockName(app.name))
+            flock.insert(app.id, app.name);
     }
-    publish(m_selected, flock, Property::selected);
-    storeFlock();
+    m_choices.preselect(flock);
 }
 
 QList<RunningApp> TovelModel::rememberedApps(const QList<RunningApp> &running) const
@@ -170,7 +168,7 @@ QList<RunningApp> TovelModel::rememberedApps(const QList<RunningApp> &running) c
     for (const QString &id : ids) {
         RunningApp app;
         app.id = id;
-        app.name = m_knownNames.value(id, id);
+        app.name = m_choices.current().appNames.value(id, id);
         apps.append(app);
     }
     return apps;

@@ -98,7 +98,7 @@ QCoro::Task<bool> TovelModel::bringUp(Desktop desktop, std::optional<TravelWindo
         co_return true;
     if (window) {
         const bool shown = co_await jumpDirectly(desktop, *window);
-        if (shown || !guard || m_stopRequested)
+        if (shown || !guard || isStopping())
             co_return shown;
     }
     const bool shown = co_await stepTo(desktop);
@@ -122,7 +122,7 @@ QCoro::Task<bool> TovelModel::stepTo(Desktop desktop)
         if (!arrived || !guard)
             co_return false;
         co_await Sleep(clock, settleDelay);
-        if (!guard || m_stopRequested)
+        if (!guard || isStopping())
             co_return false;
     }
     co_return false;
@@ -134,7 +134,7 @@ QCoro::Task<bool> TovelModel::stepArrived(Desktop desktop, std::int64_t from, st
     Clock &clock = m_platform.clock();
     for (int poll = 0; poll < mostPollsPerStep; ++poll) {
         co_await Sleep(clock, pollInterval);
-        if (!guard || m_stopRequested)
+        if (!guard || isStopping())
             co_return false;
         const auto now = route(desktop);
         if (!now)
@@ -151,7 +151,9 @@ bool TovelModel::mayJump(const Desktop &desktop, const TravelWindow &window) con
         return false;
     const UserDefaults *dock
         = m_platform.userDefaults().initWithSuiteName(QStringLiteral("com.apple.dock"));
-    if (dock && dock->boolean(QStringLiteral("workspaces-auto-swoosh")) == false)
+    if (dock
+        && dock->dictionaryRepresentation().boolean(QStringLiteral("workspaces-auto-swoosh"))
+            == false)
         return false;
     return windowIsMovable(window)
         && readWindowSpaces(window.id) == QList<std::uint64_t>{desktop.id};
@@ -188,7 +190,7 @@ QCoro::Task<bool> TovelModel::jumpDirectly(Desktop desktop, TravelWindow window)
         co_return false;
     for (int poll = 0; poll < mostPollsPerJump; ++poll) {
         co_await Sleep(clock, pollInterval);
-        if (!guard || m_stopRequested)
+        if (!guard || isStopping())
             co_return false;
         const auto now = route(desktop);
         if (!now)

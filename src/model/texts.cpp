@@ -2,6 +2,30 @@
 
 namespace tovel::ModelTexts {
 
+namespace {
+
+QString problem(const WindowRecord &window)
+{
+    return window.appName + QStringLiteral(": ") + reason(window) + QChar(u'.');
+}
+
+QStringList issues(MigrationObstacle obstacle)
+{
+    switch (obstacle) {
+    case MigrationObstacle::noAccess:
+        return {accessNeeded()};
+    case MigrationObstacle::desktopGone:
+        return {QStringLiteral("That desktop is no longer available.")};
+    case MigrationObstacle::nothingToMove:
+        return {QStringLiteral("No movable windows. Add an app or restore its windows.")};
+    case MigrationObstacle::alreadyThere:
+        return {};
+    }
+    Q_UNREACHABLE();
+}
+
+} // namespace
+
 QString fullScreen() { return QStringLiteral(u"Full screen \u2014 leave full screen to move"); }
 
 QString onMultipleDesktops()
@@ -33,14 +57,17 @@ QString couldNotOpen(const QString &application, const QString &reason)
     return QStringLiteral(u"Couldn\u2019t open ") + application + QStringLiteral(": ") + reason;
 }
 
-QString accessNeeded() { return QStringLiteral("Allow Accessibility access to move apps."); }
-
-QString desktopGone() { return QStringLiteral("That desktop is no longer available."); }
-
-QString nothingToMove()
+QString choicesUnreadable(const QString &reason)
 {
-    return QStringLiteral("No movable windows. Add an app or restore its windows.");
+    return QStringLiteral("Your choices cannot be read: ") + reason;
 }
+
+QString choicesNotStored(const QString &reason)
+{
+    return QStringLiteral("Your choices could not be stored: ") + reason;
+}
+
+QString accessNeeded() { return QStringLiteral("Allow Accessibility access to move apps."); }
 
 QString moving(qsizetype position, qsizetype count)
 {
@@ -48,32 +75,73 @@ QString moving(qsizetype position, qsizetype count)
         + QString::number(count) + QChar(u'\u2026');
 }
 
-QString desktopChanged(const QString &application)
+QString reason(const WindowRecord &window)
 {
-    return application + QStringLiteral(": desktop changed; skipped.");
+    switch (window.reason) {
+    case WindowReason::none:
+        return {};
+    case WindowReason::cannotMove:
+        return window.skipReason;
+    case WindowReason::desktopChanged:
+        return QStringLiteral("desktop changed; skipped");
+    case WindowReason::windowChanged:
+        return QStringLiteral("window changed; skipped");
+    case WindowReason::notConfirmed:
+        return QStringLiteral("could not move (") + QString::number(window.status) + QChar(u')');
+    case WindowReason::stopped:
+        return QStringLiteral("stopped before its turn");
+    case WindowReason::cameTooLate:
+        return QStringLiteral("can move only since the move began; not tried");
+    case WindowReason::putBack:
+        return QStringLiteral("arrived, but did not stay");
+    }
+    Q_UNREACHABLE();
 }
 
-QString windowChanged(const QString &application)
-{
-    return application + QStringLiteral(": window changed; skipped.");
-}
-
-QString couldNotMove(const QString &application, std::int32_t status)
-{
-    return application + QStringLiteral(": could not move (") + QString::number(status)
-        + QStringLiteral(").");
-}
-
-QString summary(int moved, int already, qsizetype skipped, int failed)
+QString summary(const MigrationRecord &record)
 {
     const QString separator = QStringLiteral(u" \u00B7 ");
-    QString text = QString::number(moved) + QStringLiteral(" moved") + separator
-        + QString::number(already) + QStringLiteral(" already there");
-    if (skipped > 0)
-        text += separator + QString::number(skipped) + QStringLiteral(" skipped");
-    if (failed > 0)
-        text += separator + QString::number(failed) + QStringLiteral(" failed");
+    const auto counted = [&](WindowOutcome outcome, const QString &words) {
+        return QString::number(count(record, outcome)) + words;
+    };
+    QString text = counted(WindowOutcome::moved, QStringLiteral(" moved")) + separator
+        + counted(WindowOutcome::already, QStringLiteral(" already there"));
+    if (count(record, WindowOutcome::skipped) > 0)
+        text += separator + counted(WindowOutcome::skipped, QStringLiteral(" skipped"));
+    if (count(record, WindowOutcome::failed) > 0)
+        text += separator + counted(WindowOutcome::failed, QStringLiteral(" failed"));
     return text;
+}
+
+QStringList issues(const WindowRecord &window)
+{
+    return window.outcome == WindowOutcome::failed ? QStringList{problem(window)} : QStringList();
+}
+
+QStringList issues(const MigrationRecord &record)
+{
+    if (record.obstacle)
+        return issues(*record.obstacle);
+    QStringList result;
+    for (const WindowRecord &window : record.windows)
+        result += issues(window);
+    if (hasFailedToFollow(record))
+        result += couldNotSwitch();
+    return result;
+}
+
+QStringList laterProblems(const MigrationRecord &record)
+{
+    if (record.obstacle)
+        return {};
+    if (!record.seenAfterwards)
+        return {QStringLiteral("The windows could not be looked at afterwards.")};
+    QStringList result;
+    for (const WindowRecord &window : record.windows) {
+        if (window.reason == WindowReason::cameTooLate || window.reason == WindowReason::putBack)
+            result += problem(window);
+    }
+    return result;
 }
 
 QString couldNotSwitch()

@@ -11,31 +11,15 @@ namespace {
 
 constexpr double refreshInterval = 3.0;
 
-const QString selectedKey = QStringLiteral("selected");
-const QString appNamesKey = QStringLiteral("appNames");
-const QString aliasesKey = QStringLiteral("aliases");
-const QString followKey = QStringLiteral("follow");
-const QString pinnedKey = QStringLiteral("pinned");
-const QString iconStyleKey = QStringLiteral("iconStyle");
-
-QVariantMap asVariants(const QMap<QString, QString> &texts)
-{
-    QVariantMap map;
-    for (auto it = texts.cbegin(); it != texts.cend(); ++it)
-        map.insert(it.key(), it.value());
-    return map;
-}
-
 } // namespace
 
 TovelModel::TovelModel(Platform &platform, QObject *parent)
     : QObject(parent)
     , m_platform(platform)
-    , m_defaults(platform.userDefaults().standardUserDefaults())
+    , m_choices(platform.userDefaults().standardUserDefaults())
     , m_trusted(platform.accessibility().AXIsProcessTrusted())
 {
     m_collator.setCaseSensitivity(Qt::CaseInsensitive);
-    loadChoices();
     m_spaceChanges
         = platform.workspace().observeActiveSpaceDidChange([this] { ++m_spaceChangeSerial; });
     refresh();
@@ -44,35 +28,21 @@ TovelModel::TovelModel(Platform &platform, QObject *parent)
 
 TovelModel::~TovelModel() = default;
 
-void TovelModel::loadChoices()
+void TovelModel::showChoices()
 {
-    const QStringList flock = m_defaults.texts(selectedKey).value_or(QStringList());
-    m_selected = QSet<QString>(flock.cbegin(), flock.cend());
-    m_knownNames = m_defaults.textDictionary(appNamesKey).value_or(QMap<QString, QString>());
-    m_aliases = m_defaults.textDictionary(aliasesKey).value_or(QMap<QString, QString>());
-    m_follow = m_defaults.boolean(followKey).value_or(true);
-    m_pinned = m_defaults.boolean(pinnedKey).value_or(false);
-    m_iconStyle = iconStyleFromRawValue(m_defaults.text(iconStyleKey).value_or(QString()))
-                      .value_or(TovelIconStyle::dark);
-}
-
-void TovelModel::takeUpChoices()
-{
-    const QStringList flock = m_defaults.texts(selectedKey).value_or(QStringList());
-    publish(m_selected, QSet<QString>(flock.cbegin(), flock.cend()), Property::selected);
-    m_knownNames = m_defaults.textDictionary(appNamesKey).value_or(QMap<QString, QString>());
-    publish(m_aliases, m_defaults.textDictionary(aliasesKey).value_or(QMap<QString, QString>()),
-            Property::aliases);
-}
-
-bool TovelModel::flockIsStored() const { return m_defaults.object(selectedKey).has_value(); }
-
-void TovelModel::storeFlock()
-{
-    QStringList flock(m_selected.cbegin(), m_selected.cend());
-    flock.sort();
-    m_defaults.setObject(selectedKey, flock);
-    m_defaults.setObject(appNamesKey, asVariants(m_knownNames));
+    const Choices now = m_choices.current();
+    publish(m_selected, now.selected, Property::selected);
+    publish(m_aliases, now.aliases, Property::aliases);
+    publish(m_follow, now.follow, Property::follow);
+    publish(m_choicesProblem, m_choices.problem(), Property::choicesProblem);
+    const bool isOtherIcon = m_iconStyle != now.iconStyle;
+    publish(m_iconStyle, now.iconStyle, Property::iconStyle);
+    if (isOtherIcon && m_onIconChanged)
+        m_onIconChanged(m_iconStyle);
+    const bool isOtherPin = m_pinned != now.pinned;
+    publish(m_pinned, now.pinned, Property::pinned);
+    if (isOtherPin && m_onPinChanged)
+        m_onPinChanged(m_pinned);
 }
 
 void TovelModel::tick()
@@ -81,26 +51,37 @@ void TovelModel::tick()
         refresh();
 }
 
-void TovelModel::setFollow(bool follow)
+DefaultsOutcome TovelModel::setFollow(bool follow)
 {
-    publish(m_follow, follow, Property::follow);
-    m_defaults.setObject(followKey, follow);
+    const DefaultsOutcome outcome = m_choices.change(
+        {ChoiceKeys::follow},
+        {{ChoiceKeys::follow, [follow](Choices &choices) { choices.follow = follow; }}});
+    showChoices();
+    return outcome;
 }
 
-void TovelModel::setIconStyle(TovelIconStyle style)
+DefaultsOutcome TovelModel::setIconStyle(TovelIconStyle style)
 {
-    publish(m_iconStyle, style, Property::iconStyle);
-    m_defaults.setObject(iconStyleKey, rawValue(style));
-    if (m_onIconChanged)
+    const bool isSame = style == m_iconStyle;
+    const DefaultsOutcome outcome = m_choices.change(
+        {ChoiceKeys::iconStyle},
+        {{ChoiceKeys::iconStyle, [style](Choices &choices) { choices.iconStyle = style; }}});
+    showChoices();
+    if (isSame && m_onIconChanged)
         m_onIconChanged(style);
+    return outcome;
 }
 
-void TovelModel::setPinned(bool pinned)
+DefaultsOutcome TovelModel::setPinned(bool pinned)
 {
-    publish(m_pinned, pinned, Property::pinned);
-    m_defaults.setObject(pinnedKey, pinned);
-    if (m_onPinChanged)
+    const bool isSame = pinned == m_pinned;
+    const DefaultsOutcome outcome = m_choices.change(
+        {ChoiceKeys::pinned},
+        {{ChoiceKeys::pinned, [pinned](Choices &choices) { choices.pinned = pinned; }}});
+    showChoices();
+    if (isSame && m_onPinChanged)
         m_onPinChanged(pinned);
+    return outcome;
 }
 
 void TovelModel::setMessage(const QString &message)
@@ -128,13 +109,16 @@ void TovelModel::onMigrationFinished(std::function<void()> callback)
     m_onMigrationFinished = std::move(callback);
 }
 
-void TovelModel::rename(const Desktop &desktop, const QString &newName)
+DefaultsOutcome TovelModel::rename(const Desktop &desktop, const QString &newName)
 {
-    takeUpChoices();
-    auto aliases = m_aliases;
-    aliases.insert(desktop.key(), newName);
-    publish(m_aliases, aliases, Property::aliases);
-    m_defaults.setObject(aliasesKey, asVariants(m_aliases));
+    const QString key = desktop.key();
+    const DefaultsOutcome outcome
+        = m_choices.change({ChoiceKeys::aliases},
+                           {{ChoiceKeys::aliases + u'/' + key, [key, newName](Choices &choices) {
+                                 choices.aliases.insert(key, newName);
+                             }}});
+    showChoices();
+    return outcome;
 }
 
 } // namespace tovel

@@ -1,10 +1,11 @@
 #pragma once
 
+#include "model/choices.h"
 #include "model/desktop.h"
+#include "model/migration_record.h"
 #include "model/running_app.h"
 #include "model/travel_window.h"
 #include "platform/platform.h"
-#include "settings/icon_style.h"
 
 #include <QCollator>
 #include <QMap>
@@ -23,7 +24,6 @@
 namespace tovel {
 
 class Timer;
-class UserDefaults;
 
 // What Tovel knows and does: the desktops, the applications, the flock's windows, the user's
 // choices, and moving the flock. The only state that views show; they read it and call its
@@ -50,6 +50,7 @@ public:
         follow,
         iconStyle,
         pinned,
+        choicesProblem,
     };
     Q_ENUM(Property)
 
@@ -72,12 +73,15 @@ public:
     bool follow() const { return m_follow; } // whether to show the target after a migration
     TovelIconStyle iconStyle() const { return m_iconStyle; }
     bool pinned() const { return m_pinned; } // whether the panel stays above other windows
+    // Why the choices above are not those that are stored; empty when they are. Choices that cannot
+    // be read stay as they were, those that cannot be stored hold for this process.
+    const QString &choicesProblem() const { return m_choicesProblem; }
 
     // Assignments that store the choice and call the callback, if any, also when the value is the
-    // same as before.
-    void setFollow(bool follow);
-    void setIconStyle(TovelIconStyle style);
-    void setPinned(bool pinned);
+    // same as before. They give what storing came to.
+    DefaultsOutcome setFollow(bool follow);
+    DefaultsOutcome setIconStyle(TovelIconStyle style);
+    DefaultsOutcome setPinned(bool pinned);
 
     void setMessage(const QString &message);
     void setIssues(const QStringList &issues);
@@ -99,8 +103,8 @@ public:
     QMap<std::uint64_t, int> distribution() const;
     std::optional<std::uint64_t> flockDesktopID() const;
 
-    // Looks at everything afresh; on the very first run also preselects a flock. Nothing while a
-    // migration runs.
+    // Looks at everything afresh, also at what is stored; on the very first run also preselects a
+    // flock, where there are windows to move. Nothing while a migration runs.
     void refresh();
 
     // Looks afresh at trust and desktops alone. Nothing while a migration runs.
@@ -113,14 +117,16 @@ public:
     QString name(const Desktop &desktop) const;
 
     // Stores the name as typed. One that is blank brings the default name back.
-    void rename(const Desktop &desktop, const QString &newName);
+    DefaultsOutcome rename(const Desktop &desktop, const QString &newName);
 
     // For a display of one of desktops(). "Unknown display" and false for any other.
     QString displayName(const QString &display) const;
     bool displayIsBuiltIn(const QString &display) const;
 
     // Adds the application to the flock or removes it, and stores the flock.
-    void select(const RunningApp &app, bool on);
+    DefaultsOutcome select(const RunningApp &app, bool on);
+    // The same of several: all of them are stored or none.
+    DefaultsOutcome selectAll(const QList<RunningApp> &apps, bool on);
 
     // Starts an application; finishes when the outcome is known. A failure goes to issues().
     // Nothing while a migration runs.
@@ -140,8 +146,9 @@ public:
     // towards it is made. Windows moved already stay. Nothing when no migration runs.
     void stopMigration();
 
-    // How many windows the latest migration did not try because it was asked to stop.
-    int untriedWindows() const { return m_untriedWindows; }
+    // What the latest migration, or the one that runs, came to; it stays until the next is asked
+    // for. It tells what message() and issues() tell, and more, and nobody is notified of it.
+    const MigrationRecord &latestMigration() const { return m_latestMigration; }
 
     // Shows the desktop on its display: by bringing the window forward, when one is given that can
     // do it, else by pressing the keys that step between desktops. True when the desktop is shown.
@@ -161,17 +168,11 @@ private:
         std::int64_t target = 0;
     };
 
-    struct MigrationCounts;
-
     template <typename Value>
     void publish(Value &field, const Value &value, Property property);
 
-    void loadChoices();
-    // The flock and the names as they are stored now: other programs store them, too, and what is
-    // stored is whole each time.
-    void takeUpChoices();
-    bool flockIsStored() const;
-    void storeFlock();
+    // Publishes the choices, and calls back for those that are others now.
+    void showChoices();
     void preselect(const QList<RunningApp> &running);
     void tick();
 
@@ -180,11 +181,17 @@ private:
     QList<TravelWindow> readWindows() const;
     bool windowIsMovable(const TravelWindow &window) const;
 
-    std::optional<QString> migrationObstacle(const Desktop &target) const;
-    QCoro::Task<> moveWindow(TravelWindow window, std::uint64_t target,
-                             std::shared_ptr<MigrationCounts> counts);
-    bool mayStartMove(const TravelWindow &window, const QList<std::uint64_t> &spaces) const;
-    void appendIssue(const QString &issue);
+    // A record of a migration that has not tried any window yet.
+    MigrationRecord newRecord(std::uint64_t target) const;
+    // Moves the window of this place in the record, and records what came of it.
+    QCoro::Task<> moveWindow(TravelWindow window, qsizetype place);
+    void settle(qsizetype place, WindowOutcome outcome, WindowReason reason = WindowReason::none,
+                std::int32_t status = 0);
+    // Shows the target if that is wanted for a window that is there; the windows are those moved.
+    QCoro::Task<> follow(Desktop target, QList<TravelWindow> windows);
+    // Adds to the record what is seen after the migration.
+    void conclude();
+    bool isStopping() const { return m_busy && m_latestMigration.stopped; }
 
     std::optional<Route> route(const Desktop &desktop) const;
     std::optional<QPointF> moveCursorTo(const Desktop &desktop);
@@ -196,7 +203,7 @@ private:
     QCoro::Task<bool> jumpDirectly(Desktop desktop, TravelWindow window);
 
     Platform &m_platform;
-    UserDefaults &m_defaults;
+    StoredChoices m_choices;
     QCollator m_collator;
 
     QList<Desktop> m_desktops;
@@ -212,15 +219,14 @@ private:
     bool m_follow = true;
     TovelIconStyle m_iconStyle = TovelIconStyle::dark;
     bool m_pinned = false;
+    QString m_choicesProblem;
 
     std::function<void(TovelIconStyle)> m_onIconChanged;
     std::function<void(bool)> m_onPinChanged;
     std::function<void()> m_onMigrationFinished;
 
-    QMap<QString, QString> m_knownNames; // names of applications by bundle identifier
     std::int64_t m_spaceChangeSerial = 0;
-    bool m_stopRequested = false;
-    int m_untriedWindows = 0;
+    MigrationRecord m_latestMigration;
     Subscription m_spaceChanges;
     std::unique_ptr<Timer> m_timer;
 };

@@ -1,4 +1,5 @@
 #include "bridge/bridge.h"
+#include "platform/quartz.h"
 #include "platform/simulated/simulated_desktop.h"
 
 #include <QTest>
@@ -81,11 +82,17 @@ private Q_SLOTS:
         // What is lost without the symbol, or where it replies nothing.
         const auto lost = [](const char *symbol, bool replies = false) {
             World world;
-            world.desktop.addWindow({.number = 102, .pid = pid, .orderedIn = false});
+            world.desktop.addWindow({.number = 102,
+                                     .pid = pid,
+                                     .orderedIn = false,
+                                     .listed = false,
+                                     .remoteElement = 5});
+            world.desktop.dropSymbol(SimulatedDesktop::submitMoveSymbol()); // moves by tag
             if (replies)
                 world.desktop.replaceReply(symbol, std::nullopt);
             else
                 world.desktop.dropSymbol(symbol);
+            const auto elements = world.numbers();
             const std::pair<QString, bool> answers[] = {
                 {u"available"_s, TAvailable()},
                 {u"move"_s, TMove(101, 10) != kBridgeUnavailable},
@@ -93,7 +100,8 @@ private Q_SLOTS:
                 {u"spaces"_s, TWindowSpaces(101) == QVariantList{quint64(10)}},
                 {u"ordered"_s, TWindowIsOrderedOut(102)},
                 {u"inventory"_s, !TWindowInventory().isEmpty()},
-                {u"elements"_s, !TApplicationWindows(pid).isEmpty()},
+                {u"elements"_s, elements.contains(101)},
+                {u"probing"_s, elements.contains(102)},
             };
             QStringList result;
             for (const auto &[name, answered] : answers) {
@@ -107,11 +115,18 @@ private Q_SLOTS:
                  u"available move displays spaces ordered inventory"_s);
         QCOMPARE(lost("SLSCopyManagedDisplaySpaces"), u"available move displays inventory"_s);
         QCOMPARE(lost("SLSCopySpacesForWindows"), u"available move spaces"_s);
+        QCOMPARE(lost("SLSSpaceSetCompatID"), u"available move"_s);
+        QCOMPARE(lost("SLSSetWindowListWorkspace"), u"available move"_s);
         QCOMPARE(lost("SLSWindowIsOrderedIn"), u"ordered"_s);
-        QCOMPARE(lost("_AXUIElementGetWindow"), u"available move elements"_s);
+        QCOMPARE(lost("SLSCopyWindowsWithOptionsAndTags"), u"inventory"_s);
+        QCOMPARE(lost("_AXUIElementGetWindow"), u"available move elements probing"_s);
+        QCOMPARE(lost("_AXUIElementCreateWithRemoteToken"), u"probing"_s);
+        for (const char *list :
+             {"SLSCopyWindowsWithOptionsAndTags 7", "SLSCopyWindowsWithOptionsAndTags 2",
+              "CGWindowListCopyWindowInfo"})
+            QCOMPARE(lost(list, true), u"inventory"_s);
         QCOMPARE(lost("SLSCopyManagedDisplaySpaces", true), u"displays inventory"_s);
         QCOMPARE(lost("SLSCopySpacesForWindows", true), u"spaces"_s);
-        QCOMPARE(lost("CGWindowListCopyWindowInfo", true), u"inventory"_s);
     }
 
     void inventory()
@@ -131,14 +146,41 @@ private Q_SLOTS:
         QCOMPARE(minimized([](auto &) {}), 0);
         QCOMPARE(minimized([](auto &d) { d.window(101).minimized = true; }), 1);
         QCOMPARE(minimized([](auto &d) { d.window(101).frame.setWidth(31); }), -1);
+        QCOMPARE(minimized([](auto &d) { d.window(101).frame.setHeight(31); }), -1);
         QCOMPARE(minimized([](auto &d) { d.window(101).frame = QRectF(0, 0, 32, 32); }), 0);
-        QCOMPARE(minimized([](auto &d) { d.window(101).layer = 3; }), -1);
+        QCOMPARE(minimized([](auto &d) { d.window(101).spaces = {99}; }), -1); // nobody's desktop
+        for (const int layer : {-1, 1})
+            QCOMPARE(minimized([&](auto &d) { d.window(101).layer = layer; }), -1);
         QCOMPARE(minimized([](auto &d) { d.window(101).orderedIn = false; }), -1);
         const Change hide = [](auto &d) {
             d.window(101).orderedIn = false;
             d.application(pid).hidden = true;
         };
         QCOMPARE(minimized(hide), 0);
+        const Change nobodys = [](auto &d) {
+            d.window(101).orderedIn = false;
+            d.window(101).pid = 999;
+        };
+        QCOMPARE(minimized(nobodys), -1);
+        const Change failing = [](auto &d) {
+            d.window(101).orderedIn = false;
+            QVERIFY(TWindowIsOrderedOut(101));
+            d.window(101).orderedInStatus = 5;
+            QVERIFY(!TWindowIsOrderedOut(101));
+        };
+        QCOMPARE(minimized(failing), 0);
+        for (const auto *key :
+             {kCGWindowNumber, kCGWindowOwnerPID, kCGWindowLayer, kCGWindowBounds}) {
+            const Change without = [key](SimulatedDesktop &desktop) {
+                desktop.alterReply("CGWindowListCopyWindowInfo", [key](auto list) {
+                    QVariantMap information = list->at(0).toMap();
+                    information.remove(QString::fromUtf16(key));
+                    list->replace(0, information);
+                    return list;
+                });
+            };
+            QCOMPARE(minimized(without), -1);
+        }
     }
 
     void identification()
@@ -152,12 +194,17 @@ private Q_SLOTS:
         const Numbers both{101, 102};
         const Numbers other{102};
         QCOMPARE(found([](auto &) {}), both);
+        QCOMPARE(found([](auto &d) { d.window(101).subrole = u"AXDialog"_s; }), both);
         QCOMPARE(found([](auto &d) { d.window(101).subrole = u"AXFloatingWindow"_s; }), other);
+        const AXAttributeValue failed{kAXErrorCannotComplete, u"AXDialog"_s};
+        QCOMPARE(found([&](auto &d) { d.window(101).attributes[u"AXSubrole"_s] = failed; }), other);
         QCOMPARE(found([](auto &d) { d.window(101).elementNumber = 0; }), other);
         QCOMPARE(found([](auto &d) { d.window(101).elementNumber = 102; }), other);
-        const AXProcessIdentifier stranger{kAXErrorSuccess, pid + 1};
-        QCOMPARE(found([&](auto &d) { d.window(101).elementPid = stranger; }), other);
-        // What is not listed is the main window, or found by the last probe, or not at all.
+        for (const AXProcessIdentifier stranger :
+             {AXProcessIdentifier{kAXErrorSuccess, pid + 1}, {kAXErrorCannotComplete, pid}})
+            QCOMPARE(found([&](auto &d) { d.window(101).elementPid = stranger; }), other);
+        // What is not listed is the main or the focused window, or found by the last probe, or not
+        // at all.
         const auto unlisted = [&](const Change &change) {
             return found([&](auto &d) {
                 d.window(101).listed = false;
@@ -165,6 +212,7 @@ private Q_SLOTS:
             });
         };
         QCOMPARE(unlisted([](auto &d) { d.application(pid).mainWindow = 101; }), both);
+        QCOMPARE(unlisted([](auto &d) { d.application(pid).focusedWindow = 101; }), both);
         QCOMPARE(unlisted([](auto &d) { d.window(101).remoteElement = 1151; }), both);
         QCOMPARE(unlisted([](auto &d) { d.window(101).remoteElement = 1152; }), other);
         QCOMPARE(found([](auto &d) {
@@ -196,6 +244,9 @@ private Q_SLOTS:
             TApplicationWindows(pid);
             return world.desktop.takeProbes(pid);
         };
+        world.desktop.world().trusted = false;
+        QCOMPARE(probes(), range(0, 0));
+        world.desktop.world().trusted = true;
         QCOMPARE(probes(), range(0, 1152));
         QCOMPARE(probes(), range(0, 128) + range(1152, 2176));
 
@@ -204,6 +255,8 @@ private Q_SLOTS:
         world.desktop.addApplication({.pid = pid, .launchDate = World::started(2)});
         world.desktop.world().probeCost = 0.06;
         QCOMPARE(probes(), range(0, 1));
+        world.desktop.world().probeCost = 0.055;
+        QCOMPARE(probes(), range(0, 2));
         world.desktop.world().probeCost = 0;
         QList<std::uint64_t> last;
         for (int call = 0; call < 64; ++call)
@@ -254,16 +307,17 @@ private Q_SLOTS:
     {
         World world;
         SimWorld &facts = world.desktop.world();
-        for (bool *fault :
-             {&facts.eventSourceFails, &facts.keyDownEventFails, &facts.keyUpEventFails}) {
-            *fault = true;
+        for (bool *fact : {&facts.trusted, &facts.eventSourceFails, &facts.keyDownEventFails,
+                           &facts.keyUpEventFails}) {
+            *fact = !*fact;
             QVERIFY(!TPostDesktopStep(true));
-            *fault = false;
+            *fact = !*fact;
         }
         QCOMPARE(world.desktop.takeJournal(), QStringList());
-        QVERIFY(TPostDesktopStep(true));
-        QCOMPARE(world.desktop.takeJournal(),
-                 (QStringList{u"post 0 down 124 840000"_s, u"post 0 up 124 840000"_s}));
+        QVERIFY(TPostDesktopStep(true) && TPostDesktopStep(false));
+        QCOMPARE(world.desktop.takeJournal().join(u", "),
+                 u"post 0 down 124 840000, post 0 up 124 840000, "
+                 "post 0 down 123 840000, post 0 up 123 840000"_s);
     }
 };
 

@@ -91,6 +91,7 @@ private Q_SLOTS:
             copy.bytes[i] = whole.memory[i];
         }
         QVERIFY(find(copy.image) == address);
+        QVERIFY(findLocalSymbol({&whole, 1}, part, "_main")); // the first of the table
     }
 };
 

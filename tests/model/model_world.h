@@ -49,10 +49,11 @@ public:
             {.pid = mailPid, .bundleIdentifier = u"org.mail"_s, .name = u"Mail"_s});
         desktop.addWindow({.number = 101, .pid = notesPid, .title = u"List"_s, .spaces = {10}});
         desktop.addWindow({.number = 102, .pid = mailPid, .spaces = {11}});
-        defaults().setObject(u"selected"_s, QStringList{u"org.notes"_s, u"org.mail"_s});
+        defaults().put(u"selected"_s, QStringList{u"org.notes"_s, u"org.mail"_s});
     }
 
     MemoryUserDefaults &defaults() { return desktop.userDefaults().standardUserDefaults(); }
+    DefaultsReading stored() { return defaults().dictionaryRepresentation(); }
     SimWorld &facts() { return desktop.world(); }
     SimApplication &app(std::int32_t pid) { return desktop.application(pid); }
     SimWindow &window(std::uint32_t number) { return desktop.window(number); }

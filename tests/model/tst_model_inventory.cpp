@@ -1,5 +1,7 @@
 #include "model_world.h"
 
+#include "model/texts.h"
+
 #include <QTest>
 
 using namespace tovel;
@@ -96,7 +98,7 @@ private Q_SLOTS:
         const Desktop first = world.target(10);
         const auto renamed = [&](const QString &typed) {
             model.rename(first, typed);
-            const auto stored = *world.defaults().textDictionary(u"aliases"_s);
+            const auto stored = *world.stored().textDictionary(u"aliases"_s);
             return stored.value(first.key(), u"nothing"_s) + u'|' + model.name(first) + u'|'
                 + world.takeChanges().join(u',');
         };
@@ -109,8 +111,8 @@ private Q_SLOTS:
     {
         ModelWorld world;
         const QStringList flock{u"org.mail"_s, u"org.gone"_s, u"org.lost"_s};
-        world.defaults().setObject(u"selected"_s, flock);
-        world.defaults().setObject(u"appNames"_s, QVariantMap{{u"org.gone"_s, u"Gone"_s}});
+        world.defaults().put(u"selected"_s, flock);
+        world.defaults().put(u"appNames"_s, QVariantMap{{u"org.gone"_s, u"Gone"_s}});
         std::int32_t pid = 502;
         using Text = std::optional<QString>;
         for (const auto &[id, name] : {std::pair(Text(u"org.mail"_s), Text(u"Second Mail"_s)),
@@ -131,19 +133,59 @@ private Q_SLOTS:
     void preselectsOnce()
     {
         ModelWorld world;
-        world.defaults().removeObject(u"selected"_s);
+        world.defaults().put(u"selected"_s, std::nullopt);
         world.app(notesPid).name = u"SLACK"_s;
         world.app(mailPid).name = u"Toggl Track"_s;
         world.desktop.addApplication({.pid = 502, .bundleIdentifier = u"c"_s, .name = u"Notes"_s});
         TovelModel &model = world.start();
         QCOMPARE(model.selected(), (QSet<QString>{u"org.notes"_s, u"org.mail"_s}));
         QCOMPARE(model.windows().size(), 2);
-        const auto names = *world.defaults().textDictionary(u"appNames"_s);
+        const auto names = *world.stored().textDictionary(u"appNames"_s);
         QCOMPARE(QStringList(names.values()).join(u','), u"Toggl Track,SLACK"_s);
 
+        // One that cannot be stored is not over.
+        world.defaults().put(u"selected"_s, std::nullopt);
+        world.defaults().failWrites(u"full"_s);
+        TovelModel &unstored = world.start();
+        QCOMPARE(unstored.choicesProblem(), ModelTexts::choicesNotStored(u"full"_s));
+        QCOMPARE(unstored.selected().size(), 2);
+        world.defaults().failWrites({});
+        unstored.refresh();
+        QCOMPARE(unstored.choicesProblem(), QString());
+        QCOMPARE(world.stored().texts(u"selected"_s)->size(), 2);
+
+        // Neither is one without windows to move, nor is it one when another program was first.
+        ModelWorld unbound;
+        unbound.defaults().put(u"selected"_s, std::nullopt);
+        unbound.app(notesPid).name = u"Slack"_s;
+        unbound.desktop.dropSymbol("SLSMainConnectionID");
+        QCOMPARE(unbound.start().selected(), QSet<QString>());
+        QVERIFY(!unbound.stored().object(u"selected"_s));
+        world.defaults().put(u"selected"_s, std::nullopt);
+        StoredChoices choices(world.defaults());
+        choices.read();
+        QVERIFY(choices.lacksFlock());
+        world.defaults().put(u"selected"_s, QStringList{u"org.mail"_s});
+        choices.preselect({{u"org.notes"_s, u"SLACK"_s}});
+        QCOMPARE(choices.current().selected, QSet<QString>{u"org.mail"_s});
+        QCOMPARE(world.stored().texts(u"selected"_s), QStringList{u"org.mail"_s});
+
         // Nobody was there on the very first run.
-        world.defaults().setObject(u"selected"_s, QStringList());
+        world.defaults().put(u"selected"_s, QStringList());
         QCOMPARE(world.start().selected(), QSet<QString>());
+    }
+
+    void preselectsNobodyOnce()
+    {
+        SimulatedDesktop desktop;
+        const PlatformInstallation installation(desktop.platform());
+        desktop.addApplication({.pid = 1, .bundleIdentifier = u"a"_s, .name = u"Notes"_s});
+        TovelModel model(desktop.platform());
+        QCOMPARE(desktop.userDefaults().standardUserDefaults().takeWrites(),
+                 (QStringList{u"appNames"_s, u"selected"_s}));
+        desktop.addApplication({.pid = 2, .bundleIdentifier = u"b"_s, .name = u"Slack"_s});
+        model.refresh();
+        QCOMPARE(model.selected(), QSet<QString>());
     }
 
     void listsWindow()
@@ -162,18 +204,36 @@ private Q_SLOTS:
         const auto on = [&](const QList<std::uint64_t> &spaces) {
             return listed([&](ModelWorld &world) { world.window(101).spaces = spaces; });
         };
-        const auto orderedOut = [&](bool hidden) {
+        const auto onNone = [&](bool orderedIn, const Change &change) {
             return listed([=](ModelWorld &world) {
                 world.window(101).spaces = {};
-                world.window(101).orderedIn = false;
-                world.app(notesPid).hidden = hidden;
+                world.window(101).orderedIn = orderedIn;
+                change(world);
             });
         };
+        const QString unavailable = with(u"[] Desktop unavailable"_s);
+        const QString fullScreen = u"Full screen \u2014 leave full screen to move"_s;
         QCOMPARE(on({10}), with(u"[10] moves"_s));
         QCOMPARE(on({50}), with(u"[50] Not on a regular desktop"_s));
-        QCOMPARE(orderedOut(false), QString());
-        QCOMPARE(orderedOut(true), with(u"[] Desktop unavailable"_s));
+        QCOMPARE(listed([](auto &w) { w.window(101).orderedIn = false; }), with(u"[10] moves"_s));
+        QCOMPARE(onNone(true, nothing), unavailable);
+        QCOMPARE(onNone(false, nothing), QString());
+        QCOMPARE(onNone(false, [](auto &w) { w.app(notesPid).hidden = true; }), unavailable);
+        QCOMPARE(onNone(false, [](auto &w) { w.window(101).minimized = true; }), unavailable);
+        QCOMPARE(onNone(false, [](auto &w) { w.window(101).fullScreen = true; }),
+                 with(u"[] "_s + fullScreen));
+        QCOMPARE(listed([](auto &w) {
+                     w.window(101).fullScreen = true;
+                     w.window(101).spaces = {10, 11};
+                 }),
+                 with(u"[10,11] "_s + fullScreen));
         QCOMPARE(listed([](auto &w) { w.window(101).minimized = true; }), with(u"[10] moves"_s));
+        QCOMPARE(listed([](auto &w) { w.window(101).subrole = u"AXDialog"_s; }),
+                 with(u"[10] moves"_s));
+        QCOMPARE(listed([](auto &w) {
+                     w.app(notesPid).policy = NSApplicationActivationPolicy::Accessory;
+                 }),
+                 with(u"[10] moves"_s));
         QCOMPARE(listed([](auto &w) { w.window(101).subrole = u"AXUnknown"_s; }),
                  u"101 org.notes Notes 'Window' [10] pid 500 moves"_s);
         QCOMPARE(listed([](auto &w) { w.facts().trusted = false; }), QString());

@@ -1,5 +1,7 @@
 #include "model_world.h"
 
+#include "model/texts.h"
+
 #include <QTest>
 
 using namespace tovel;
@@ -27,8 +29,8 @@ private Q_SLOTS:
     {
         const auto load = [](const QString &key, const QVariant &value) {
             ModelWorld world;
-            world.defaults().setObject(u"selected"_s, QStringList());
-            world.defaults().setObject(key, value);
+            world.defaults().put(u"selected"_s, QStringList());
+            world.defaults().put(key, value);
             return describe(TovelModel(world.desktop.platform()));
         };
         const QString usual = u"follows loose dark [] []"_s;
@@ -36,6 +38,10 @@ private Q_SLOTS:
         const QVariantMap notNames{{u"A/ten"_s, u"Work"_s}, {u"A/12"_s, 12}};
         QCOMPARE(load(u"unrelated"_s, 1), usual);
         QCOMPARE(load(u"iconStyle"_s, u"Light"_s), usual);
+        QCOMPARE(load(u"follow"_s, u"false"_s), usual);
+        QCOMPARE(load(u"follow"_s, 0), usual);
+        QCOMPARE(load(u"pinned"_s, u"true"_s), usual);
+        QCOMPARE(load(u"pinned"_s, 1), usual);
         QCOMPARE(load(u"aliases"_s, names), u"follows loose dark [] [Work]"_s);
         QCOMPARE(load(u"aliases"_s, notNames), usual);
     }
@@ -50,7 +56,7 @@ private Q_SLOTS:
         connect(&model, &TovelModel::didChange, this, look, Qt::SingleShotConnection);
         QStringList calls;
         const auto note = [&](const QString &key) {
-            calls.append(world.defaults().object(key).value_or(QVariant()).toString());
+            calls.append(world.stored().object(key).value_or(QVariant()).toString());
         };
         model.onPinChanged([&](bool) { note(u"pinned"_s); });
         model.onIconChanged([&](TovelIconStyle) { note(u"iconStyle"_s); });
@@ -67,6 +73,19 @@ private Q_SLOTS:
         QCOMPARE(seen, (QStringList{u"on"_s, u"off"_s}));
         QCOMPARE(describe(TovelModel(world.desktop.platform())),
                  u"stays pinned light [org.mail,org.notes] []"_s);
+    }
+
+    void keepsNamesThatOtherProgramsStored()
+    {
+        ModelWorld world;
+        TovelModel &model = world.start();
+        TovelModel(world.desktop.platform()).select({.id = u"a"_s, .name = u"Agenda"_s}, true);
+        model.select({.id = u"org.mail"_s}, false);
+        QStringList names;
+        const TovelModel later(world.desktop.platform());
+        for (const RunningApp &app : later.apps())
+            names.append(app.name);
+        QCOMPARE(names.join(u','), u"Agenda,Notes,Mail"_s);
     }
 
     void refreshesOnlyWhileLookedAt()
@@ -108,21 +127,104 @@ private Q_SLOTS:
     {
         ModelWorld world;
         TovelModel &model = world.start();
-        world.defaults().setObject(u"selected"_s,
-                                   QStringList{u"org.mail"_s, u"org.notes"_s, u"org.other"_s});
-        world.defaults().setObject(u"aliases"_s, QVariantMap{{u"A/ten"_s, u"Work"_s}});
+        world.defaults().put(u"selected"_s,
+                             QStringList{u"org.mail"_s, u"org.notes"_s, u"org.other"_s});
+        world.defaults().put(u"aliases"_s, QVariantMap{{u"A/ten"_s, u"Work"_s}});
         for (const RunningApp &app : QList<RunningApp>(model.apps())) {
             if (app.id == u"org.mail"_s)
                 model.select(app, false);
         }
         model.rename(world.target(11), u"Home"_s);
-        QCOMPARE(world.defaults().texts(u"selected"_s),
+        QCOMPARE(world.stored().texts(u"selected"_s),
                  (QStringList{u"org.notes"_s, u"org.other"_s}));
-        QCOMPARE(world.defaults().textDictionary(u"aliases"_s),
+        QCOMPARE(world.stored().textDictionary(u"aliases"_s),
                  (QMap<QString, QString>{{u"A/ten"_s, u"Work"_s}, {u"A/eleven"_s, u"Home"_s}}));
-        world.defaults().setObject(u"selected"_s, QStringList());
+        world.defaults().put(u"selected"_s, QStringList());
         model.refresh();
         QVERIFY(model.selected().isEmpty());
+    }
+
+    void keepsItsChoicesWhileTheirFileIsAway()
+    {
+        ModelWorld world;
+        TovelModel &model = world.start();
+        model.rename(world.target(11), u"Home"_s);
+        model.setFollow(false);
+        const QSet<QString> flock = model.selected();
+        const QStringList keys = world.defaults().values().keys();
+        for (const QString &key : keys)
+            world.defaults().put(key, std::nullopt);
+        model.refresh();
+        QCOMPARE(model.selected(), flock);
+        QCOMPARE(model.name(world.target(11)), u"Home"_s);
+        QVERIFY(world.defaults().values().isEmpty());
+        model.setPinned(true);
+        QCOMPARE(world.stored().boolean(u"follow"_s), false);
+        QCOMPARE(world.stored().textDictionary(u"aliases"_s)->value(u"A/eleven"_s), u"Home"_s);
+        QCOMPARE(world.stored().texts(u"selected"_s).value_or(QStringList()).size(), flock.size());
+    }
+
+    void keepsWhatItKnowsWhileTheStoreIsUnreadable()
+    {
+        ModelWorld world;
+        world.defaults().put(u"aliases"_s, QVariantMap{{u"A/ten"_s, u"Work"_s}});
+        TovelModel &model = world.start();
+        const auto before = std::pair(model.selected(), model.aliases());
+        const QVariantMap values = world.defaults().values();
+        world.defaults().failReads(u"locked"_s);
+        model.refresh();
+        QCOMPARE(world.takeChanges(), QStringList{u"choicesProblem"_s});
+        QCOMPARE(model.choicesProblem(), ModelTexts::choicesUnreadable(u"locked"_s));
+        QVERIFY(before == std::pair(model.selected(), model.aliases()));
+
+        QCOMPARE(model.select({.id = u"org.own"_s, .name = u"Own"_s}, true).failure, u"locked"_s);
+        QCOMPARE(model.rename(world.target(11), u"Home"_s).failure, u"locked"_s);
+        QCOMPARE(model.setPinned(true).failure, u"locked"_s);
+        QCOMPARE(world.defaults().values(), values);
+        QVERIFY(model.selected().contains(u"org.own"_s) && model.pinned());
+        QCOMPARE(model.name(world.target(11)), u"Home"_s);
+
+        // What could not be stored holds on top of what is, and is not stored later.
+        world.defaults().failReads({});
+        world.defaults().put(u"selected"_s, QStringList{u"org.mail"_s, u"org.other"_s});
+        world.defaults().put(u"aliases"_s, QVariantMap{{u"A/ten"_s, u"Play"_s}});
+        model.refresh();
+        QCOMPARE(model.choicesProblem(), ModelTexts::choicesNotStored(u"locked"_s));
+        QCOMPARE(model.selected(), (QSet<QString>{u"org.mail"_s, u"org.other"_s, u"org.own"_s}));
+        QCOMPARE(model.name(world.target(10)) + model.name(world.target(11)), u"PlayHome"_s);
+        QVERIFY(model.rename(world.target(12), u"Sea"_s).isStored());
+        QCOMPARE(model.choicesProblem(), ModelTexts::choicesNotStored(u"locked"_s));
+        QCOMPARE(world.stored().textDictionary(u"aliases"_s)->values(),
+                 (QStringList{u"Sea"_s, u"Play"_s}));
+        QCOMPARE(world.stored().texts(u"selected"_s)->size(), 2);
+        QVERIFY(!world.stored().object(u"pinned"_s));
+
+        // Until the user does the same or the opposite.
+        QVERIFY(model.select({.id = u"org.own"_s, .name = u"Own"_s}, false).isStored());
+        QVERIFY(!model.selected().contains(u"org.own"_s));
+        model.refresh();
+        QVERIFY(!model.selected().contains(u"org.own"_s) && model.pinned());
+    }
+
+    void takesUpLateWhatItCouldNotReadAtFirst()
+    {
+        ModelWorld world;
+        world.app(notesPid).name = u"Slack"_s;
+        world.defaults().put(u"iconStyle"_s, u"light"_s);
+        world.defaults().put(u"pinned"_s, true);
+        world.defaults().failReads(u"locked"_s);
+        TovelModel &model = world.start();
+        QStringList calls;
+        model.onPinChanged([&](bool on) { calls.append(on ? u"pinned"_s : u"loose"_s); });
+        model.onIconChanged([&](TovelIconStyle style) { calls.append(rawValue(style)); });
+        QCOMPARE(describe(model), u"follows loose dark [] []"_s);
+        world.defaults().failReads({});
+        model.refresh();
+        model.refresh();
+        QCOMPARE(describe(model), u"follows pinned light [org.mail,org.notes] []"_s);
+        QCOMPARE(calls, (QStringList{u"light"_s, u"pinned"_s}));
+        QCOMPARE(model.choicesProblem(), QString());
+        QCOMPARE(world.defaults().takeWrites(), QStringList()); // no first run
     }
 
     void selects()
@@ -134,9 +236,9 @@ private Q_SLOTS:
             model.setMessage(u"old"_s);
             world.takeChanges();
             model.select({.id = u"org.agenda"_s, .name = name}, on);
-            const QStringList names = world.defaults().textDictionary(u"appNames"_s)->values();
-            return world.defaults().texts(u"selected"_s)->join(u',') + u' ' + names.join(u',')
-                + u' ' + world.takeChanges().join(u',');
+            const QStringList names = world.stored().textDictionary(u"appNames"_s)->values();
+            return world.stored().texts(u"selected"_s)->join(u',') + u' ' + names.join(u',') + u' '
+                + world.takeChanges().join(u',');
         };
         const QString with = u"org.agenda,org.mail,org.notes "_s;
         const QString without = u"org.mail,org.notes "_s;

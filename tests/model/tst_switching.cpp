@@ -44,14 +44,28 @@ private Q_SLOTS:
         jump("at once", activated, 0.1 + 0.35, nothing);
         jump("too late", thenKeys, 2.5 + keys,
              [](auto &w) { w.app(notesPid).activation = SimActivation::Stays; });
+        jump("notified without a change", thenKeys, 2.5 + keys, [](auto &w) {
+            w.app(notesPid).activation = SimActivation::Stays;
+            w.desktop.after(0.25, [&w] { w.desktop.postActiveSpaceDidChange(); });
+        });
+        jump("changed without a notification", activated, 2.5, [](auto &w) {
+            w.app(notesPid).activation = SimActivation::Stays;
+            w.desktop.after(0.25, [&w] { w.desktop.display(u"A"_s).currentSpace = 11; });
+        });
         jump("refused", thenKeys, keys,
              [](auto &w) { w.app(notesPid).activation = SimActivation::Refused; });
         jump("minimized unreadable", u"R"_s, keys, [](auto &w) {
             w.window(101).attributes[u"AXMinimized"_s] = {kAXErrorSuccess, 0};
         });
-        jump("activation stays here", u"R"_s, keys, [](auto &w) {
-            w.desktop.dockDefaults().setObject(u"workspaces-auto-swoosh"_s, false);
-        });
+        const Change minimize = [](auto &w) { w.window(101).minimized = true; };
+        jump("minimized", u"R"_s, keys, minimize);
+        jump("inventory only, minimized", u"R"_s, keys, minimize, false);
+        jump("on another desktop meanwhile", u"R"_s, keys,
+             [](auto &w) { w.window(101).spaces = {12}; });
+        jump("element of another window", u"R"_s, keys,
+             [](auto &w) { w.window(101).elementNumber = 103; });
+        jump("activation stays here", u"R"_s, keys,
+             [](auto &w) { w.desktop.dockDefaults().put(u"workspaces-auto-swoosh"_s, false); });
         jump("inventory only", u"activate 500"_s, 0.1 + 0.35, nothing, false);
 
         // Without one.
@@ -70,6 +84,10 @@ private Q_SLOTS:
         const auto cutRow = [](ModelWorld &w) { w.spacesOfA().removeLast(); };
         steps("shown already", 11, 11, {}, true, 0, nothing);
         steps("right, over a full-screen space", 10, 12, u"R,R,R"_s, true, 3 * step, nothing);
+        steps("no key", 10, 11, {}, false, 0, [](auto &w) { w.facts().keyDownEventFails = true; });
+        QTest::newRow("no screen") << Switch{
+            10,    11, [](auto &w) { w.desktop.display(u"A"_s).hasScreen = false; }, nothing, {},
+            false, 0};
         steps("target gone", 10, 12, {}, false, 0, cutRow);
         steps("target gone on the way", 10, 12, u"R"_s, false, 0.2, later(0.18, cutRow));
         steps("user went too far meanwhile", 10, 11, u"R,L"_s, true, 2 * step,
