@@ -1,18 +1,20 @@
 #include "app/panel/appearance_follower.h"
 #include "app/panel/appearance_palette.h"
-#include "views/contrast.h"
 #include "views/theme.h"
 
 #include <QApplication>
 #include <QDBusConnection>
 #include <QDBusContext>
 #include <QDBusMessage>
+#include <QDBusPendingCall>
 #include <QDBusVariant>
 #include <QElapsedTimer>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <algorithm>
+#include <cmath>
 #include <csignal>
 
 #include <sys/prctl.h>
@@ -27,6 +29,22 @@ constexpr char Path[] = "/org/freedesktop/portal/desktop";
 const QString Appearance = QStringLiteral("org.freedesktop.appearance");
 const QString Scheme = QStringLiteral("color-scheme");
 
+// Contrast ratio of the Web Content Accessibility Guidelines, of a colour on an opaque one.
+double contrast(const QColor &color, const QColor &ground)
+{
+    const auto luminance = [&](const QColor &of) {
+        const auto linear = [&](float part, float below) {
+            const double mixed = part * of.alphaF() + below * (1 - of.alphaF());
+            return mixed <= 0.04045 ? mixed / 12.92 : std::pow((mixed + 0.055) / 1.055, 2.4);
+        };
+        return 0.2126 * linear(of.redF(), ground.redF())
+            + 0.7152 * linear(of.greenF(), ground.greenF())
+            + 0.0722 * linear(of.blueF(), ground.blueF());
+    };
+    const auto [low, high] = std::minmax({luminance(color), luminance(ground)});
+    return (high + 0.05) / (low + 0.05);
+}
+
 } // namespace
 
 // A portal that answers as it is told, or not at all.
@@ -38,12 +56,14 @@ class FakePortal final : public QObject, protected QDBusContext
 public:
     QVariant answer; // invalid: the setting is not there
     bool isSilent = false;
+    QDBusMessage held; // the question that was asked last
     int questions = 0;
 
 public Q_SLOTS:
     QDBusVariant Read(const QString &space, const QString &key)
     {
         ++questions;
+        held = message();
         if (isSilent)
             setDelayedReply(true);
         else if (!answer.isValid() || space != Appearance || key != Scheme)
@@ -134,6 +154,17 @@ private Q_SLOTS:
         QVERIFY(m_portal.questions - before < 25);
         QCOMPARE(QApplication::palette(), m_session);
 
+        // Also what is said while an older answer is on its way.
+        m_portal.isSilent = true;
+        change(1U);
+        settle();
+        m_portal.isSilent = false;
+        change(2U);
+        settle();
+        m_portals->send(m_portal.held.createReply(QVariant::fromValue(QDBusVariant(1U))));
+        settle();
+        QCOMPARE(QApplication::palette(), m_session);
+
         const int asked = m_portal.questions;
         signal(Appearance, u"accent-color"_s, 1U);
         signal(u"org.example"_s, Scheme, 1U);
@@ -151,6 +182,7 @@ private Q_SLOTS:
         QTRY_VERIFY(isDark(QApplication::palette()));
         // What it said last holds while it is away, or silent.
         stopPortal();
+        change(2U);
         settle();
         QVERIFY(isDark(QApplication::palette()));
         m_portal.isSilent = true;
@@ -173,12 +205,12 @@ private Q_SLOTS:
         const AppearanceFollower onSilentBus(*m_ours);
         QCOMPARE(kill(daemon, SIGCONT), 0);
         const AppearanceFollower withoutBus{QDBusConnection(u"none"_s)};
-        QVERIFY(time.elapsed() < 100);
+        QVERIFY(time.elapsed() < 10000); // of the 25 seconds that a question waits
         settle();
         QCOMPARE(QApplication::palette(), m_session);
     }
 
-    void bothPalettesCanBeRead()
+    void textCanBeRead()
     {
         using enum QPalette::ColorRole;
         const std::pair<QPalette::ColorRole, QList<QPalette::ColorRole>> pairs[] = {
@@ -192,8 +224,15 @@ private Q_SLOTS:
         for (const QPalette &palette : {appearancePalette(false), appearancePalette(true)}) {
             for (const auto &[ground, texts] : pairs) {
                 for (const auto text : texts)
-                    QVERIFY(contrast(palette.color(ground), palette.color(text)) >= 4.5);
+                    QVERIFY(contrast(palette.color(text), palette.color(ground)) >= 4.5);
             }
+        }
+        // Our own colours, also on what a session brings.
+        for (const QColor &window : {QColor(246, 245, 248), QColor(30, 27, 42)}) {
+            const QPalette palette(window);
+            for (const QColor &ground : {windowBackground(palette), controlBackground(palette)})
+                QVERIFY(contrast(secondary(palette), ground) > 4.5);
+            QVERIFY(contrast(systemOrange(palette), TovelTheme::chrome(palette)) > 4.5);
         }
     }
 
@@ -234,8 +273,17 @@ private:
         m_portal.answer = value;
         signal(Appearance, Scheme, value);
     }
-    // Time for a message to go to and fro many times.
-    static void settle() { QTest::qWait(60); }
+    // Until what was said has arrived, been asked about, and been answered.
+    void settle()
+    {
+        const QDBusMessage ping = QDBusMessage::createMethodCall(
+            m_portals->baseService(), u"/"_s, u"org.freedesktop.DBus.Peer"_s, u"Ping"_s);
+        for (int i = 0; i < 4; ++i) {
+            const QDBusPendingCall answer = m_ours->asyncCall(ping);
+            QTRY_VERIFY(answer.isFinished());
+            QCoreApplication::processEvents();
+        }
+    }
 
     QTemporaryDir m_folder;
     QProcess m_daemon;
@@ -245,13 +293,5 @@ private:
     QPalette m_session;
 };
 
-int main(int argc, char *argv[])
-{
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication::setStyle(u"fusion"_s);
-    QApplication application(argc, argv);
-    TestAppearance test;
-    return QTest::qExec(&test, argc, argv);
-}
-
+QTEST_MAIN(TestAppearance)
 #include "tst_appearance.moc"

@@ -3,7 +3,6 @@
 #include "platform/simulated/simulated_desktop.h"
 
 #include <QApplication>
-#include <QTemporaryFile>
 #include <QTest>
 
 using namespace tovel;
@@ -74,6 +73,9 @@ private Q_SLOTS:
         QCOMPARE(fitted({3300, 200, 940, 700}, two), QRect(2260, 200, 940, 700));
         QCOMPARE(fitted({300, 900, 940, 700}, two), QRect(300, 100, 940, 700));
         QCOMPARE(fitted({5000, 5000, 940, 700}, {}), QRect(5000, 5000, 940, 700));
+        // On a screen that is not what it was, reach is not enough.
+        QCOMPARE(wholeFrame({1200, 700, 940, 700}, {Left}), QRect(340, 100, 940, 700));
+        QCOMPARE(wholeFrame({800, 10, 1600, 700}, two), QRect(800, 10, 1600, 700));
         QCOMPARE(centeredFrame({1400, 700}, Left), QRect(0, 50, 1280, 700));
     }
 
@@ -118,7 +120,7 @@ private Q_SLOTS:
         QCOMPARE(defaults().takeWrites(), QStringList());
         m_simulation->clock().advance(0.2);
         QCOMPARE(defaults().takeWrites(), QStringList{Key});
-        QVERIFY(defaults().text(Key)->contains(u" 910 520 "_s));
+        QVERIFY(defaults().dictionaryRepresentation().text(Key)->contains(u" 910 520 "_s));
         m_panel->orderOut();
         QCOMPARE(defaults().takeWrites(), QStringList());
         m_simulation->clock().advance(1);
@@ -128,7 +130,7 @@ private Q_SLOTS:
         m_panel->resize(920, 530);
         m_panel->orderOut();
         QCOMPARE(defaults().takeWrites(), QStringList{Key});
-        QVERIFY(defaults().text(Key)->contains(u" 920 530 "_s));
+        QVERIFY(defaults().dictionaryRepresentation().text(Key)->contains(u" 920 530 "_s));
         m_simulation->clock().advance(1);
         m_panel->setFrameAutosaveName({});
         show();
@@ -143,15 +145,22 @@ private Q_SLOTS:
         m_panel->center();
         const QRect centered = m_panel->geometry();
         QVERIFY(Left.contains(centered));
-        defaults().setObject(Key, u"1 2 3"_s);
+        defaults().put(Key, u"1 2 3"_s);
         QVERIFY(!m_panel->setFrameUsingName(Name));
-        defaults().setObject(Key, 12);
+        defaults().put(Key, 12);
         QVERIFY(!m_panel->setFrameUsingName(Name));
         QCOMPARE(m_panel->geometry(), centered);
-        defaults().setObject(Key, u"5000 5000 900 500 4000 4000 2000 2000"_s);
+        defaults().put(Key, u"5000 5000 900 500 4000 4000 2000 2000"_s);
         QVERIFY(m_panel->setFrameUsingName(Name));
         QCOMPARE(m_panel->size(), QSize(900, 500));
-        QVERIFY(QRect(0, 0, 1280, 800).contains(QRect(m_panel->pos(), QSize(902, 530))));
+        QVERIFY(Left.contains(QRect(m_panel->pos(), QSize(902, 530))));
+        // Partly out of the screen: only as long as it is the same one.
+        defaults().put(Key, u"700 200 900 500 0 0 1280 800"_s);
+        QVERIFY(m_panel->setFrameUsingName(Name));
+        QCOMPARE(m_panel->pos(), QPoint(700, 200));
+        defaults().put(Key, u"700 200 900 500 0 0 1920 1080"_s);
+        QVERIFY(m_panel->setFrameUsingName(Name));
+        QVERIFY(Left.contains(QRect(m_panel->pos(), QSize(902, 530))));
     }
 
 private:
@@ -171,19 +180,5 @@ private:
     int m_hidden = 0;
 };
 
-int main(int argc, char *argv[])
-{
-    QTemporaryFile screens;
-    if (!screens.open())
-        return 1;
-    screens.write(R"({"screens": [{"name": "one", "x": 0, "y": 0, "width": 1280, "height": 800,
-                                   "logicalDpi": 96, "logicalBaseDpi": 96, "dpr": 1}]})");
-    screens.close();
-    qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" + screens.fileName().toLocal8Bit());
-    QApplication application(argc, argv);
-    QApplication::setQuitOnLastWindowClosed(false);
-    TestPanelWindow test;
-    return QTest::qExec(&test, argc, argv);
-}
-
+QTEST_MAIN(TestPanelWindow)
 #include "tst_panel_window.moc"

@@ -5,7 +5,6 @@
 #include "model/model_world.h"
 
 #include <QCoreApplication>
-#include <QRegularExpression>
 #include <QTest>
 
 using namespace tovel;
@@ -16,6 +15,7 @@ constexpr std::uint32_t movingWindow = 901;
 constexpr std::uint32_t stayingWindow = 902;
 
 // Two windows on the simulated desktop, of this process or of another that prints their numbers.
+// The second takes its time to come, and the first to move.
 class SimulatedFixture final : public FixtureWindows, public FixtureProcess
 {
 public:
@@ -26,11 +26,16 @@ public:
         m_desktop.addApplication({.pid = m_pid});
     }
 
-    std::uint32_t open(const QString &, const QRect &content) override
+    std::uint32_t open(const QString &title, const QRect &content) override
     {
-        const std::uint32_t number = m_opened++ == 0 ? movingWindow : stayingWindow;
-        m_desktop.addWindow(
-            {.number = number, .pid = m_pid, .spaces = {10}, .frame = QRectF(content)});
+        const bool isFirst = m_opened++ == 0;
+        const std::uint32_t number = isFirst ? movingWindow : stayingWindow;
+        SimWindow &window = m_desktop.addWindow({.number = number,
+                                                 .pid = m_pid,
+                                                 .title = title,
+                                                 .frame = QRectF(content),
+                                                 .moveDelay = 0.25});
+        m_desktop.after(isFirst ? 0 : 0.2, [&window] { window.spaces = {10}; });
         return number;
     }
 
@@ -69,11 +74,13 @@ private:
 // The simulated desktop, and what the mode under test prints.
 struct World : ModelWorld
 {
-    // The exit status; -1 when the mode does not end.
-    int finish(QCoro::Task<int> task)
+    // The exit status, -1 when the mode does not end, and what was printed.
+    QString run(QCoro::Task<int> task)
     {
         desktop.clock().runUntil([&] { return task.isReady(); }, 600);
-        return task.isReady() ? QCoro::waitFor(std::move(task)) : -1;
+        const int status = task.isReady() ? QCoro::waitFor(std::move(task)) : -1;
+        return u"%1\n"_s.arg(status) + outText + errText
+            + (shownOnA() == 10 ? QString() : u"on another desktop"_s);
     }
 
     QString outText;
@@ -84,18 +91,13 @@ struct World : ModelWorld
     SimulatedFixture fixture{desktop};
 };
 
-// The exit status, the values that the mode printed, and what its complaint begins with.
-QString told(World &world, int status)
+// The exit status and the lines, with the values in their places.
+QString lines(const QString &form, const QString &values)
 {
-    QStringList result{QString::number(status)};
-    static const QRegularExpression value(u"true|false|\\d+"_s);
-    for (const QRegularExpressionMatch &match : value.globalMatch(world.outText))
-        result.append(match.captured());
-    if (!world.errText.isEmpty())
-        result.append(world.errText.section(u':', 0, 0));
-    if (world.shownOnA() != 10)
-        result.append(u"on another desktop"_s);
-    return result.join(u' ');
+    QString result = u"%\n"_s + form;
+    for (const QString &value : values.split(u' '))
+        result.replace(result.indexOf(u'%'), 1, value);
+    return result;
 }
 
 const Change oneDesktop = [](ModelWorld &world) {
@@ -130,17 +132,46 @@ private Q_SLOTS:
         QCOMPARE(failing.errText, u"FAIL: two\n"_s);
     }
 
-    void diagnosisListsWhatIsThere()
+    void everyRuleHolds()
     {
         World world;
-        world.window(101).fullScreen = true;
-        QCOMPARE(diagnose(world.setting), 0);
-        QCOMPARE(world.outText,
-                 u"Private window APIs: available\nAccessibility: allowed\nDisplays: 2\n"
-                 "Display 1: 3 regular desktops, 1 full-screen spaces\n"
-                 "Display 2: 2 regular desktops, 0 full-screen spaces\n"
-                 "Selected windows: 2; skipped: 1\n"
-                 "Notes: Full screen — leave full screen to move\n"_s);
+        QCOMPARE(runRuleChecks(ruleChecks(), world.out, world.err), SelfTestPassed);
+        QVERIFY(world.outText.startsWith(u"PASS: regular window can move\nPASS: minimized"_s));
+        QVERIFY(world.outText.endsWith(u"does not disable a monitor's visible desktop\n"_s));
+        QCOMPARE(world.outText.count(u'\n'), 11);
+    }
+
+    void diagnosisListsWhatIsThere()
+    {
+        const auto diagnosis = [](const Change &change) {
+            World world;
+            world.window(101).fullScreen = true;
+            change(world);
+            const int status = diagnose(world.setting);
+            return u"%1\n"_s.arg(status) + world.outText;
+        };
+        const QString head = u"Private window APIs: %\nAccessibility: allowed\nDisplays: %\n"_s;
+        const QString displays = u"Display 1: 3 regular desktops, 1 full-screen spaces\n"
+                                 "Display 2: 2 regular desktops, 0 full-screen spaces\n"_s;
+        const QString windows = u"Selected windows: 2; skipped: 1\n"
+                                "Notes: Full screen — leave full screen to move\n"_s;
+        QCOMPARE(diagnosis(nothing), lines(head + displays + windows, u"0 available 2"_s));
+        QCOMPARE(diagnosis([](auto &w) { w.facts().trusted = false; }),
+                 u"0\nPrivate window APIs: available\nAccessibility: not yet allowed\n"
+                 "Displays: 2\n"_s
+                     + displays);
+        const Change withoutMove = [](auto &w) { w.desktop.dropSymbol("SLSSpaceSetCompatID"); };
+        QCOMPARE(diagnosis(withoutMove), lines(head + displays + windows, u"1 missing 2"_s));
+        const Change withoutDisplays = [](auto &w) {
+            w.desktop.replaceReply("SLSCopyManagedDisplaySpaces", QVariantList());
+        };
+        QVERIFY(diagnosis(withoutDisplays).startsWith(lines(head, u"1 available 0"_s)));
+        const Change unreadable = [](auto &w) {
+            w.desktop.replaceReply("SLSCopyManagedDisplaySpaces",
+                                   QVariantList{QVariantMap{{u"Spaces"_s, QVariantList{7}}}});
+        };
+        QVERIFY(diagnosis(unreadable)
+                    .contains(u"Display 1: 0 regular desktops, 1 full-screen spaces\n"_s));
     }
 
     void switchingGoesThereAndBack()
@@ -148,70 +179,132 @@ private Q_SLOTS:
         const auto switching = [](const Change &change) {
             World world;
             change(world);
-            return told(world, world.finish(testSwitching(world.setting)));
+            return world.run(testSwitching(world.setting));
         };
+        const QString form = u"Native destination transition: %\n"
+                             "Real workspace notifications: %\nOriginal desktop restored: %\n"_s;
         // To the last desktop, over the full-screen space: three steps.
-        QCOMPARE(switching(nothing), u"0 true 3 true"_s);
-        QCOMPARE(switching([](auto &w) { w.facts().stepsEnabled = false; }), u"1 false 0 true"_s);
-        QCOMPARE(switching(oneDesktop), u"2"_s);
+        QCOMPARE(switching(nothing), lines(form, u"0 true 3 true"_s));
+        const Change neighbours = [](auto &w) { w.spacesOfA().remove(1, 2); };
+        QCOMPARE(switching(neighbours), lines(form, u"0 true 1 true"_s));
+        const Change noSteps = [](auto &w) { w.facts().stepsEnabled = false; };
+        QCOMPARE(switching(noSteps), lines(form, u"1 false 0 true"_s));
+        const Change oneWay
+            = [](auto &w) { w.desktop.after(1.4, [&w] { w.facts().stepsEnabled = false; }); };
+        QCOMPARE(switching(oneWay), lines(form, u"1 true 3 false"_s) + u"on another desktop"_s);
+        const Change onTheSecond = [](auto &w) { w.desktop.showSpace(11); };
+        QCOMPARE(switching(onTheSecond), lines(form, u"0 true 2 true"_s) + u"on another desktop"_s);
+        const Change noArrival = [](auto &w) {
+            w.desktop.after(0.6, [&w] { w.facts().stepsEnabled = false; });
+            w.desktop.after(1.6, [&w] { w.facts().stepsEnabled = true; });
+        };
+        QCOMPARE(switching(noArrival), lines(form, u"1 false 2 true"_s));
+        QCOMPARE(switching(oneDesktop), u"2\n"_s);
     }
 
-    // State kept, status of the move and of the way back, moved, other stayed, frame kept,
-    // restored.
+    void theFixtureShowsTwoWindows()
+    {
+        World world;
+        QVERIFY(world.finish(showFixture(world.setting, world.fixture)));
+        QCOMPARE(world.outText, u"901,902\n"_s);
+        QVERIFY(world.elapsed() > 0.2 + 0.29);
+        const SimWindow &second = world.window(stayingWindow);
+        QCOMPARE(second.title, u"Tovel test fixture 2"_s);
+        QCOMPARE(second.frame, QRectF(160, 180, 260, 120));
+    }
+
     void movementMovesOneWindowThereAndBack()
     {
-        const auto movement = [](const Change &before, const Change &atMove = nothing,
-                                 bool minimized = false) {
-            World world;
-            before(world);
-            world.desktop.dropSymbol(SimulatedDesktop::submitMoveSymbol());
-            world.desktop.onMoveRequested([&](auto, std::uint64_t space) {
-                if (space == 11)
-                    atMove(world);
-            });
-            const int status = world.finish(testMovement(world.setting, world.fixture, minimized));
-            return told(world, status);
+        const auto movement
+            = [](const Change &before, const Change &atMove = nothing, bool minimized = false) {
+                  World world;
+                  before(world);
+                  world.desktop.dropSymbol(SimulatedDesktop::submitMoveSymbol());
+                  world.desktop.onMoveRequested([&](auto, std::uint64_t space) {
+                      if (space == 11)
+                          atMove(world);
+                  });
+                  return world.run(testMovement(world.setting, world.fixture, minimized));
+              };
+        const auto said = [](const QString &values) {
+            return lines(u"Minimized state preserved: %\n"
+                         "Move return code: %; restore return code: %\n"
+                         "Moved to requested desktop: %\nOther window stayed: %\n"
+                         "Window position and size preserved: %\n"
+                         "Original desktop restored: %\n"_s,
+                         values);
         };
-        const QString good = u"0 true 0 0 true true true true"_s;
+        const QString good = said(u"0 true 0 0 true true true true"_s);
+        const Change minimize = [](auto &w) { w.window(movingWindow).minimized ^= true; };
         QCOMPARE(movement(nothing), good);
         QCOMPARE(movement(nothing, nothing, true), good);
-        const Change minimize = [](auto &w) { w.window(movingWindow).minimized = true; };
-        QCOMPARE(movement(nothing, minimize), u"1 false 0 0 true true true true"_s);
+        QCOMPARE(movement(nothing, minimize), said(u"1 false 0 0 true true true true"_s));
+        QCOMPARE(movement(nothing, minimize, true), said(u"1 false 0 0 true true true true"_s));
         const Change shiftOnly = [](auto &w) {
             w.window(movingWindow).frame.translate(0.5, 0);
             w.window(movingWindow).move = SimMove::Never;
         };
-        QCOMPARE(movement(nothing, shiftOnly), u"1 true 0 0 false true false true"_s);
+        QCOMPARE(movement(nothing, shiftOnly), said(u"1 true 0 0 false true false true"_s));
         const Change takeOtherAlong = [](auto &w) {
             w.window(stayingWindow).spaces = {11};
             w.desktop.after(0.1, [&w] { w.facts().setWorkspaceStatus = 1001; });
         };
-        QCOMPARE(movement(nothing, takeOtherAlong), u"1 true 0 1001 true false true false"_s);
-        QCOMPARE(movement(oneDesktop), u"2 SKIP"_s);
-        const Change withdraw
-            = [](auto &w) { w.desktop.after(0.1, [&w] { w.window(movingWindow).spaces = {}; }); };
-        QCOMPARE(movement(withdraw), u"1 FAIL"_s);
+        QCOMPARE(movement(nothing, takeOtherAlong), said(u"1 true 0 1001 true false true false"_s));
+        const Change unlike = [](auto &w) {
+            w.desktop.after(0.3, [&w] { w.window(stayingWindow).spaces = {12}; });
+            w.desktop.replaceReply("CGWindowListCopyWindowInfo", std::nullopt);
+        };
+        QCOMPARE(movement(unlike), said(u"1 true 0 0 true true false true"_s));
+        QCOMPARE(movement(oneDesktop), u"2\nSKIP: need two regular desktops on one display\n"_s);
+        for (const std::uint32_t number : {movingWindow, stayingWindow}) {
+            const Change withdraw = [number](auto &w) {
+                w.desktop.after(0.3, [&w, number] { w.window(number).spaces = {}; });
+            };
+            QCOMPARE(movement(withdraw), u"1\nFAIL: could not determine test window desktop\n"_s);
+        }
     }
 
-    // Identified, moved, other stayed, frame kept, restored.
     void movementOfAnotherProcessEndsIt()
     {
         const auto across = [](const QByteArray &line, const Change &change = nothing) {
             World world;
             world.fixture.line = line;
             world.desktop.after(0.5, [&] { change(world); });
-            const int status = world.finish(testAcrossProcesses(world.setting, world.fixture));
-            return world.fixture.ends == (line.isNull() ? 0 : 1) ? told(world, status) : u"?"_s;
+            const QString said = world.run(testAcrossProcesses(world.setting, world.fixture));
+            return world.fixture.ends == (line.isNull() ? 0 : 1)
+                ? said + world.desktop.takeJournal().join(u' ')
+                : u"left running"_s;
         };
-        QCOMPARE(across("x,901,,902,-3,99999999999"), u"0 true true true true true"_s);
+        const auto said = [](const QString &values) {
+            return lines(u"Cross-process AX window identified: %\n"
+                         "Cross-process move confirmed: %\nUnselected window stayed: %\n"
+                         "Frame preserved: %\nOriginal desktop restored: %\n"
+                         "submit 901 % submit 901 %"_s,
+                         values);
+        };
+        QCOMPARE(across("x,901,,902,-3,99999999999,3x"),
+                 said(u"0 true true true true true 11 10"_s));
         const Change hide = [](auto &w) {
             w.window(movingWindow).listed = false;
             w.desktop.replaceReply("CGWindowListCopyWindowInfo", std::nullopt);
         };
-        QCOMPARE(across("901,902", hide), u"1 false true true false true"_s);
-        for (const QByteArray &line : {QByteArray(""), QByteArray("901"), QByteArray("77,902")})
-            QCOMPARE(across(line), u"1"_s);
-        QCOMPARE(across({}), u"1 FAIL"_s); // it does not start
+        QCOMPARE(across("901,902", hide), said(u"1 false true true false true 11 10"_s));
+        const Change shift = [](auto &w) {
+            w.desktop.onMoveRequested(
+                [&w](auto...) { w.window(movingWindow).frame.translate(0.5, 0); });
+        };
+        QCOMPARE(across("901,902", shift), said(u"1 true true true false true 11 10"_s));
+        const Change elsewhere = [](auto &w) { w.window(movingWindow).spaces = {21}; };
+        QCOMPARE(across("901,902", elsewhere), said(u"1 true true false true true 20 21"_s));
+        const Change onTwoDesktops = [](auto &w) {
+            w.desktop.replaceReply("SLSCopySpacesForWindows", QVariantList{10ULL, 11ULL});
+        };
+        QCOMPARE(across("901,902", onTwoDesktops), said(u"1 true false false true false 11 10"_s));
+        for (const QByteArray &line :
+             {QByteArray(""), QByteArray("901"), QByteArray("77,902"), QByteArray("901,902,3")})
+            QCOMPARE(across(line), u"1\n"_s);
+        QCOMPARE(across("901,902", oneDesktop), u"2\n"_s);
+        QCOMPARE(across({}), u"1\nFAIL: fixture launch failed\n"_s);
     }
 };
 

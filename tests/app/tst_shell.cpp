@@ -1,20 +1,27 @@
 #include "app/panel/tovel_window.h"
 #include "app/shell/about_panel.h"
+#include "app/shell/access_note.h"
 #include "app/shell/app_delegate.h"
 #include "app/shell/hidden_panel_note.h"
 #include "app/shell/shortcut_editor.h"
 #include "app/shell/shortcut_record_button.h"
 #include "app/shell/status_menu.h"
 #include "app/tovel/command_line.h"
+#include "app/tray/bus_menu_item.h"
 #include "model/model_world.h"
+#include "model/texts.h"
 #include "settings/fake_updater.h"
+#include "views/status_values.h"
 
 #include <QApplication>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
 #include <QTest>
 #include <QTimer>
+
+#include <linux/input-event-codes.h>
 
 using namespace tovel;
 
@@ -68,39 +75,23 @@ QList<Dialog *> visible()
     return found;
 }
 
-// A program can quit in its event loop alone.
-class QuitWatch final : public QObject
+// Whether the action ends the program, which it can in the event loop alone.
+bool quits(const std::function<void()> &action)
 {
-public:
-    // Whether the action ends the program.
-    bool quits(const std::function<void()> &action)
-    {
-        m_quit = false;
-        QTimer::singleShot(0, this, [&action] {
-            action();
-            QCoreApplication::exit();
-        });
-        qApp->installEventFilter(this);
-        QCoreApplication::exec();
-        return m_quit;
-    }
-
-    bool eventFilter(QObject *watched, QEvent *event) override
-    {
-        m_quit = m_quit || (watched == qApp && event->type() == QEvent::Quit);
-        return QObject::eventFilter(watched, event);
-    }
-
-private:
-    bool m_quit = false;
-};
+    QObject scope;
+    QTimer::singleShot(0, &scope, [&] {
+        action();
+        QTimer::singleShot(0, &scope, [] { QCoreApplication::exit(1); });
+    });
+    return QCoreApplication::exec() == 0;
+}
 
 // The running program, without an updater and a tray.
 class Program
 {
 public:
-    Program()
-        : delegate(world.desktop.platform(),
+    explicit Program(const Change &prepare = [](ModelWorld &) {})
+        : delegate((prepare(world), world.desktop.platform()),
                    [this](bool, SPUUpdaterDelegate *, SPUStandardUserDriverDelegate *) {
                        return std::make_unique<FakeUpdater>(updater);
                    })
@@ -116,7 +107,7 @@ public:
         return qobject_cast<QMenu *>(QApplication::activePopupWidget());
     }
     // As it was kept, by this program or one before it.
-    bool told() { return world.defaults().boolean(u"toldWhereThePanelWent"_s).value_or(false); }
+    bool told() { return world.stored().boolean(u"toldWhereThePanelWent"_s).value_or(false); }
 };
 
 } // namespace
@@ -229,16 +220,14 @@ private Q_SLOTS:
         delegate.setReachableByStarting(reachableByStarting);
         delegate.applicationDidFinishLaunching();
         QVERIFY(QTest::qWaitForWindowActive(&delegate.panel()));
-        QuitWatch watch;
-        const auto close = [&] { delegate.panel().close(); };
-        QCOMPARE(watch.quits(close), text.isEmpty());
+        QCOMPARE(quits([&] { delegate.panel().close(); }), text.isEmpty());
         QCOMPARE(program.told(), !text.isEmpty());
         QCOMPARE(visible<HiddenPanelNote>().size(), text.isEmpty() ? 0 : 1);
         if (text.isEmpty())
             return;
         HiddenPanelNote &note = *visible<HiddenPanelNote>().first();
         QCOMPARE(informativeText(note), text);
-        QVERIFY(watch.quits([&] { button(note, u"Quit Tovel"_s)->click(); }));
+        QVERIFY(quits([&] { button(note, u"Quit Tovel"_s)->click(); }));
 
         program.world.desktop.clock().advance(1);
         delegate.show();
@@ -250,15 +239,14 @@ private Q_SLOTS:
         Program program;
         program.delegate.applicationDidFinishLaunching();
         QVERIFY(QTest::qWaitForWindowActive(&program.delegate.panel()));
-        QuitWatch watch;
-        QVERIFY(watch.quits(
-            [&] { QTest::keyClick(program.openMenu(), Qt::Key_Q, Qt::ControlModifier); }));
+        QVERIFY(
+            quits([&] { QTest::keyClick(program.openMenu(), Qt::Key_Q, Qt::ControlModifier); }));
         QVERIFY(!program.told() && visible<HiddenPanelNote>().isEmpty());
 
         Program second;
-        second.world.defaults().setObject(u"toldWhereThePanelWent"_s, true);
+        second.world.defaults().put(u"toldWhereThePanelWent"_s, true);
         second.delegate.applicationDidFinishLaunching();
-        QVERIFY(!watch.quits([&] { second.delegate.panel().close(); }));
+        QVERIFY(!quits([&] { second.delegate.panel().close(); }));
         QVERIFY(!second.delegate.isPanelVisible() && visible<HiddenPanelNote>().isEmpty());
     }
 
@@ -278,18 +266,68 @@ private Q_SLOTS:
 
     void asksForAccessOnceForAll()
     {
-        const auto prompts = [](bool trusted, bool askedBefore) {
+        const auto prompts = [](bool trusted, bool askedBefore, bool isReadable = true) {
             Program program;
+            program.world.defaults().failReads(isReadable ? QString() : u"locked"_s);
             program.world.facts().trusted = trusted;
             if (askedBefore)
-                program.world.defaults().setObject(accessRequested, true);
+                program.world.defaults().put(accessRequested, true);
             program.delegate.applicationDidFinishLaunching();
-            const bool asked = program.world.defaults().boolean(accessRequested).value_or(false);
+            const bool asked = program.world.stored().boolean(accessRequested).value_or(false);
             return std::pair(program.world.desktop.takeJournal().count(u"prompt"_s), asked);
         };
         QCOMPARE(prompts(false, false), std::pair(qsizetype(1), true));
         QCOMPARE(prompts(false, true), std::pair(qsizetype(0), true));
         QCOMPARE(prompts(true, false), std::pair(qsizetype(0), false));
+        QCOMPARE(prompts(false, false, false), std::pair(qsizetype(0), false));
+    }
+
+    void tellsOfAShortcutThatIsNotTheStoredOne()
+    {
+        Program program([](ModelWorld &world) {
+            world.defaults().put(u"globalShortcut"_s, encodeShortcut(shiftSpace));
+            world.defaults().failReads(u"locked"_s);
+        });
+        SimulatedDesktop &desktop = program.world.desktop;
+        const auto key = [&] { return desktop.registeredHotKeys().value(0).keyCode; };
+        program.delegate.applicationDidFinishLaunching();
+        TovelModel &model = program.delegate.model();
+        QCOMPARE(key(), TovelShortcut::standard().keyCode);
+        QCOMPARE(statusWarning(model), ModelTexts::choicesUnreadable(u"locked"_s));
+        program.world.defaults().failReads({});
+        model.refresh();
+        QCOMPARE(key(), shiftSpace.keyCode);
+        QVERIFY(!statusWarning(model));
+
+        const auto reset = [&] {
+            QTimer::singleShot(0, qApp, [] {
+                button(*QApplication::activeModalWidget(), u"Reset to Default"_s)->click();
+            });
+            program.delegate.editShortcut();
+        };
+        program.world.defaults().failWrites(u"the disk is full"_s);
+        reset();
+        QVERIFY(statusWarning(model)->endsWith(u"the disk is full"_s));
+        QCOMPARE(key(), TovelShortcut::standard().keyCode);
+        model.refresh();
+        QCOMPARE(key(), TovelShortcut::standard().keyCode);
+        program.world.defaults().failWrites({});
+        reset();
+        QVERIFY(!statusWarning(model));
+        QCOMPARE(program.world.stored().object(u"globalShortcut"_s),
+                 encodeShortcut(TovelShortcut::standard()));
+    }
+
+    void aMenuIsCutAtAnyDepth()
+    {
+        const BusMenuItem menu{0, {}, {{1, {}, {{2, {}, {}}}}}};
+        const auto depth = [&](int asked) {
+            const BusMenuItem left = cut(menu, asked);
+            return left.children.empty() ? 0 : left.children[0].children.empty() ? 1 : 2;
+        };
+        for (const auto &[asked, left] :
+             {std::pair(0, 0), {1, 1}, {2, 2}, {-1, 2}, {std::numeric_limits<int>::min(), 2}})
+            QCOMPARE(depth(asked), left);
     }
 
     void commandLines()
@@ -336,6 +374,63 @@ private Q_SLOTS:
         QVERIFY(refused.world.desktop.registeredHotKeys().isEmpty());
     }
 
+    void aHeldKeyActsOnce()
+    {
+        Program program;
+        program.delegate.applicationDidFinishLaunching();
+        QVERIFY(QTest::qWaitForWindowActive(&program.delegate.panel()));
+        const auto send = [](QWidget *to, Qt::Key key, bool repeated, quint64 time = 0,
+                             QEvent::Type type = QEvent::KeyPress) {
+            QKeyEvent event(type, key, Qt::NoModifier, 36, 0, 0, u" "_s, repeated);
+            event.setTimestamp(time);
+            QApplication::sendEvent(to->windowHandle(), &event);
+        };
+        for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space, Qt::Key_Escape}) {
+            QMenu *menu = program.openMenu();
+            send(menu, key, true);
+            QVERIFY(menu->isVisible());
+            send(menu, key, false, 5000, QEvent::KeyRelease); // as an X server repeats
+            send(menu, key, false, 5000);
+            QVERIFY(menu->isVisible());
+            send(menu, Qt::Key_Escape, false, 5001);
+            QVERIFY(!menu->isVisible());
+        }
+        QLineEdit field;
+        field.show();
+        QVERIFY(QTest::qWaitForWindowActive(&field));
+        send(&field, Qt::Key_Space, true);
+        QCOMPARE(field.text(), u" "_s);
+    }
+
+    void tellsWhatAccessNeeds()
+    {
+        const QString wanted = u"Allow Accessibility access to move apps."_s;
+        Program program;
+        program.world.facts().trusted = false;
+        program.delegate.setAccessAdvice([] { return u"Start something."_s; });
+        program.delegate.applicationDidFinishLaunching();
+        QStringList texts;
+        const auto shown = [&](const QString &text) {
+            QCoreApplication::processEvents();
+            texts.clear();
+            for (const QLabel *label : program.delegate.panel().findChildren<QLabel *>())
+                texts.append(label->text());
+            return texts.contains(text);
+        };
+        QVERIFY(shown(wanted + u"\nStart something."_s));
+        program.delegate.panel().close();
+        program.world.desktop.clock().advance(1);
+        program.delegate.tellAccess(u"Start something."_s);
+        QVERIFY(program.delegate.isPanelVisible());
+        QCOMPARE(visible<AccessNote>().size(), 1);
+        QCOMPARE(informativeText(*visible<AccessNote>().first()), u"Start something."_s);
+
+        program.world.facts().trusted = true;
+        program.delegate.model().refresh();
+        QVERIFY(!shown(wanted + u"\nStart something."_s));
+        QVERIFY(visible<AccessNote>().isEmpty());
+    }
+
     void cancellingTheEditorGivesTheKeyBack()
     {
         Program program;
@@ -350,7 +445,60 @@ private Q_SLOTS:
         });
         program.delegate.editShortcut();
         QCOMPARE(desktop.registeredHotKeys().size(), 1);
-        QVERIFY(!program.world.defaults().object(u"globalShortcut"_s));
+        QVERIFY(!program.world.stored().object(u"globalShortcut"_s));
+    }
+
+    void tabReachesEveryButton()
+    {
+        ShortcutEditor editor(TovelShortcut::standard(),
+                              [](const TovelShortcut &) { return true; });
+        HiddenPanelNote note(u"It has no icon."_s, [] {});
+        for (QDialog *dialog : std::initializer_list<QDialog *>{&editor, &note}) {
+            dialog->show();
+            QList<QPushButton *> missed = dialog->findChildren<QPushButton *>();
+            for (qsizetype presses = missed.size(); presses > 0; --presses) {
+                QTest::keyClick(dialog->focusWidget(), Qt::Key_Tab);
+                missed.removeOne(dialog->focusWidget());
+            }
+            QVERIFY2(missed.isEmpty(), qPrintable(dialog->windowTitle()));
+        }
+    }
+
+    void namesTheKeysOfAKeyboard_data()
+    {
+        QTest::addColumn<int>("key");
+        QTest::addColumn<quint32>("position");
+        QTest::addColumn<QString>("label"); // none: it is said to be of no use
+        QTest::newRow("Insert") << int(Qt::Key_Insert) << quint32(KEY_INSERT) << u"⌃INSERT"_s;
+        QTest::newRow("Menu") << int(Qt::Key_Menu) << quint32(KEY_COMPOSE) << u"⌃MENU"_s;
+        QTest::newRow("F13") << int(Qt::Key_Tools) << quint32(KEY_F13) << u"⌃F13"_s;
+        QTest::newRow("keypad") << int(Qt::Key_Home) << quint32(KEY_KP7) << u"⌃7"_s;
+        QTest::newRow("Print") << int(Qt::Key_Print) << quint32(KEY_SYSRQ) << QString();
+        QTest::newRow("media") << int(Qt::Key_VolumeUp) << quint32(KEY_VOLUMEUP) << QString();
+        QTest::newRow("modifier") << int(Qt::Key_NumLock) << quint32(KEY_NUMLOCK) << u"-"_s;
+    }
+
+    void namesTheKeysOfAKeyboard()
+    {
+        QFETCH(int, key);
+        QFETCH(quint32, position);
+        QFETCH(QString, label);
+        ShortcutEditor editor(TovelShortcut::standard(), [](auto &) { return true; });
+        editor.show();
+        QVERIFY(QTest::qWaitForWindowActive(&editor));
+        auto *field = editor.findChild<ShortcutRecordButton *>();
+        field->click();
+        const QString before = informativeText(editor);
+        QKeyEvent event = press(Qt::Key(key), Qt::ControlModifier, position);
+        QApplication::sendEvent(field, &event);
+        QCOMPARE(field->isRecording(), label.size() < 2);
+        if (label == u"-")
+            QCOMPARE(informativeText(editor), before);
+        else if (label.isEmpty())
+            QCOMPARE(informativeText(editor),
+                     u"That key cannot be used in a shortcut. Try another combination."_s);
+        else
+            QCOMPARE(field->text(), label);
     }
 
     void recordsAShortcut()

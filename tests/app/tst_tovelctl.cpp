@@ -1,3 +1,4 @@
+#include "app/commands/answer_json.h"
 #include "app/commands/carry_out.h"
 #include "app/tovelctl/arguments.h"
 #include "app/tovelctl/text.h"
@@ -34,16 +35,17 @@ Outcome run(ModelWorld &world, const QString &line)
         if (property == TovelModel::Property::message && world.model->busy())
             outcome.progress.append(world.model->message());
     });
-    std::optional<QJsonObject> answer;
-    carryOut(*world.model, arguments.request, {}).then([&](const QJsonObject &it) { answer = it; });
+    std::optional<Answer> answer;
+    carryOut(*world.model, arguments.request, {}).then([&](const Answer &it) { answer = it; });
     world.desktop.clock().runUntil([&] { return answer.has_value(); }, 600);
     if (!answer)
         return outcome;
-    outcome.status = (*answer)[u"status"_s].toInt(-1);
+    if (answerFromJson(arguments.request, compactJson(*answer).toUtf8()) != answer)
+        return outcome; // another program would not understand it
+    outcome.status = static_cast<int>(answer->status);
     outcome.output
-        = arguments.json ? answerJson(*answer) : answerText(arguments.request.command, *answer);
-    for (const QJsonValue problem : (*answer)[u"problems"_s].toArray())
-        outcome.complaints.append(problem.toString());
+        = arguments.json ? indentedJson(*answer) : answerText(arguments.request, *answer);
+    outcome.complaints = answer->problems;
     return outcome;
 }
 
@@ -56,21 +58,16 @@ class TestTovelctl : public QObject
 private Q_SLOTS:
     void lineIsUnderstoodOrRefused()
     {
-        using enum Request::Command;
         const auto understood = [](const QString &line, const Arguments &expected) {
             const ParsedArguments parsed = parseArguments(words(line));
             return parsed.error.isEmpty() && parsed.arguments == expected;
         };
         QVERIFY(understood(u"move --help"_s, {.purpose = Arguments::Purpose::Help}));
-        QVERIFY(understood(u"flock add a b"_s,
-                           {.request = {.command = FlockAdd, .applications = {u"a"_s, u"b"_s}}}));
-        QVERIFY(understood(u"rename 2 "_s,
-                           {.request = {.command = Rename, .desktop = u"2"_s, .name = u""_s}}));
+        QVERIFY(understood(u"flock add a b"_s, {.request = FlockRequest{true, {u"a"_s, u"b"_s}}}));
+        QVERIFY(understood(u"rename 2 "_s, {.request = RenameRequest{u"2"_s, u""_s}}));
         QVERIFY(
-            understood(u"rename 2 -- --help"_s,
-                       {.request = {.command = Rename, .desktop = u"2"_s, .name = u"--help"_s}}));
-        QVERIFY(understood(u"move --no-follow 3"_s,
-                           {.request = {.command = Move, .desktop = u"3"_s, .follow = false}}));
+            understood(u"rename 2 -- --help"_s, {.request = RenameRequest{u"2"_s, u"--help"_s}}));
+        QVERIFY(understood(u"move --no-follow 3"_s, {.request = MoveRequest{u"3"_s, false}}));
 
         const auto error = [](const QString &line) { return parseArguments(words(line)).error; };
         QCOMPARE(error({}), u"a command is missing"_s);
@@ -103,6 +100,8 @@ private Q_SLOTS:
         QCOMPARE(outcome(u"status"_s, [](auto &w) { w.facts().trusted = false; }),
                  u"3 "_s + ModelTexts::accessNeeded());
 
+        // The reason is told where a manager puts a window back, or windows cannot be seen any
+        // more.
         const auto meanwhile = [&](const Change &change) {
             return outcome(line, [&](ModelWorld &world) {
                 world.desktop.onMoveRequested([&](std::uint32_t number, std::uint64_t) {
@@ -111,10 +110,15 @@ private Q_SLOTS:
                 });
             });
         };
-        // What cannot be seen any more has not arrived.
-        QCOMPARE(meanwhile([](auto &w) { w.facts().trusted = false; }), u"1 "_s);
+        QCOMPARE(meanwhile([](auto &w) { w.facts().trusted = false; }),
+                 u"1 The windows could not be looked at afterwards."_s);
         QCOMPARE(meanwhile([](auto &w) { w.desktop.removeWindow(102); }),
                  u"0 Mail: desktop changed; skipped."_s);
+        QCOMPARE(meanwhile([](auto &w) {
+                     w.desktop.after(0.1, [&w] { w.window(101).spaces = {10}; });
+                     w.window(102).moveDelay = 0.3;
+                 }),
+                 u"1 Notes: arrived, but did not stay."_s);
     }
 
     void statusNamesEachWindowsPlaceOrReason()
@@ -157,6 +161,7 @@ private Q_SLOTS:
 
         QCOMPARE(run(world, u"flock add TWIN"_s).status, 0);
         QVERIFY(world.model->selected().contains(u"org.two"_s));
+        world.defaults().failWrites(u"full"_s, 1);
         QCOMPARE(run(world, u"flock remove Notes org.mail"_s).status, 0);
         QCOMPARE(world.model->selected(), QSet<QString>{u"org.two"_s});
     }
@@ -174,12 +179,76 @@ private Q_SLOTS:
         QCOMPARE(outcome.json()[u"desktop"_s][u"flockWindows"_s], 2);
         QCOMPARE(world.shownOnA(), 10U);
         QVERIFY(world.model->follow());
-        QVERIFY(!world.defaults().object(u"follow"_s));
+        QVERIFY(!world.stored().object(u"follow"_s));
 
         const Outcome again = run(world, u"move 2"_s);
         QCOMPARE(again.status, 0);
         QCOMPARE(again.output, u"The flock is already on Desktop 2.\n"_s);
         QCOMPARE(again.progress, QStringList());
+
+        world.window(101).move = SimMove::Never;
+        const QJsonObject shown = run(world, u"move 3 --follow --json"_s).json();
+        QCOMPARE(shown[u"desktop"_s][u"shown"_s], true);
+        QCOMPARE(shown[u"windows"_s][0][u"outcome"_s], u"failed"_s);
+        QCOMPARE(shown[u"windows"_s][0][u"reason"_s], u"could not move (0)"_s);
+        QCOMPARE(shown[u"windows"_s][1][u"outcome"_s], u"moved"_s);
+        QVERIFY(shown[u"windows"_s][1][u"reason"_s].isNull());
+        QCOMPARE(run(world, u"move 7 --json"_s).json()[u"cause"_s], u"notFound"_s);
+
+        world.window(101).move = SimMove::Arrives;
+        world.desktop.onMoveRequested([&](std::uint32_t number, std::uint64_t) {
+            if (number == 102)
+                world.window(101).spaces = {11};
+        });
+        const QJsonObject putBack = run(world, u"move 1 --json"_s).json();
+        QCOMPARE(putBack[u"windows"_s][0][u"outcome"_s], u"putBack"_s);
+        QCOMPARE(putBack[u"status"_s], 1);
+    }
+
+    void answerOfAnotherProgramIsReadStrictly()
+    {
+        // As the first version wrote it.
+        const QByteArray move
+            = R"({"complete":true,"desktop":{"display":"A","flockWindows":1,"name":"Desktop 3",)"
+              R"("number":3,"shown":true},"issues":["i"],"problems":["p"],"schema":1,"status":1,)"
+              R"("summary":"s","untried":2})";
+        const MoveContent content{{3, u"Desktop 3"_s, u"A"_s, true, 1}, u"s"_s, {u"i"_s}, true, 2};
+        const Request request = MoveRequest();
+        QVERIFY(answerFromJson(request, move)
+                == (Answer{AnswerStatus::Incomplete, {u"p"_s}, content}));
+        const QByteArray error = R"({"error":"e","problems":["e"],"schema":1,"status":3})";
+        QVERIFY(answerFromJson(request, error) == refusal(RefusalCause::Other, u"e"_s));
+        const QByteArray status
+            = R"({"available":true,"desktops":[],"displays":[{"builtIn":true,"id":"A","name":"n"}],)"
+              R"("flock":[{"id":"a","inFlock":true,"name":"n","running":true}],"flockDesktop":2,)"
+              R"("follow":true,"limits":["l"],"problems":[],"schema":1,"status":0,"trusted":true,)"
+              R"("windows":[{"app":"a","appName":"n","desktops":[2],"id":7,"reason":null,)"
+              R"("title":"t"}]})";
+        const StatusContent filled{true,    true,
+                                   true,    {{u"A"_s, u"n"_s, true}},
+                                   {},      {{u"a"_s, u"n"_s, true, true}},
+                                   2,       {{7, u"a"_s, u"n"_s, u"t"_s, {2}, {}}},
+                                   {u"l"_s}};
+        QVERIFY(answerFromJson(StatusRequest(), status)
+                == (Answer{AnswerStatus::Done, {}, filled}));
+
+        const auto isRefused = [&](const QByteArray &text, const char *before, const char *after) {
+            QByteArray changed = text;
+            return changed.replace(before, after) != text && !answerFromJson(request, changed);
+        };
+        QVERIFY(!answerFromJson(AppsRequest(), move));
+        QVERIFY(!answerFromJson(request, move.chopped(1)));
+        QVERIFY(isRefused(move, "true", "1"));
+        QVERIFY(isRefused(move, "\"s\"", "null"));
+        QVERIFY(isRefused(move, ":2", ":2.5"));
+        QVERIFY(isRefused(move, ":2", ":-2"));
+        QVERIFY(isRefused(move, ":2", ":4294967296"));
+        QVERIFY(isRefused(move, "[\"i\"]", "[0]"));
+        QVERIFY(isRefused(move, "\"schema\":1", "\"schema\":2"));
+        QVERIFY(isRefused(move, "\"status\":1", "\"status\":2"));
+        QVERIFY(isRefused(move, "\"untried\"", "\"windows\":0,\"untried\""));
+        QVERIFY(isRefused(error, ":3", ":0"));
+        QVERIFY(isRefused(error, "\"schema\"", "\"cause\":\"mood\",\"schema\""));
     }
 
     void choiceThatDoesNotLastIsReported()

@@ -5,6 +5,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTest>
+#include <QTimeZone>
 
 using namespace tovel;
 using namespace Qt::StringLiterals;
@@ -20,7 +21,7 @@ SUAppcastItem release(const QString &page)
             .displayVersionString = u"1.2"_s,
             .itemDescription = u"• <i>Faster</i>"_s,
             .infoURL = QUrl(page),
-            .date = QDateTime({2024, 5, 3}, {12, 0}, Qt::UTC)};
+            .date = QDateTime({2024, 5, 3}, {12, 0}, QTimeZone::utc())};
 }
 
 // The driver, the pages it opened, and how often the user was done.

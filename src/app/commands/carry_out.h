@@ -1,10 +1,10 @@
 #pragma once
 
+#include "app/commands/answer.h"
 #include "app/commands/request.h"
 #include "model/tovel_model.h"
 
 #include <QCoroTask>
-#include <QJsonObject>
 #include <QString>
 #include <QStringList>
 
@@ -17,10 +17,11 @@ struct Surroundings
     QStringList limits{}; // what it cannot do, a sentence each
 };
 
-// Carries out the request on the current platform and gives the answer, concluded. A request that
+// Carries out the request on the current platform and gives the answer. A request that
 // stands for nothing, or a move while another one runs, changes nothing and is refused. Progress of
 // a move is the model's message while it is busy; stopMigration() ends it early. The request and
-// the surroundings are copied; the model is borrowed: if it goes during a move there is no answer.
-QCoro::Task<QJsonObject> carryOut(TovelModel &model, Request request, Surroundings surroundings);
+// the surroundings are copied; the model is borrowed: if it goes during a move, the answer
+// says so.
+QCoro::Task<Answer> carryOut(TovelModel &model, Request request, Surroundings surroundings);
 
 } // namespace tovel

@@ -4,21 +4,63 @@
 #include <QStringList>
 
 #include <optional>
+#include <variant>
 
 namespace tovel {
 
-// What another program, or a command line, asks of Tovel.
-struct Request
+struct StatusContent;
+struct AppsContent;
+struct FlockContent;
+struct RenameContent;
+struct MoveContent;
+
+// What another program, or a command line, asks of Tovel; Content is what the answer then holds,
+// unless the request is refused.
+
+struct StatusRequest
 {
-    enum class Command { Status, Apps, FlockAdd, FlockRemove, Rename, Move };
+    using Content = StatusContent;
 
-    Command command = Command::Status;
-    QStringList applications{}; // FlockAdd and FlockRemove: at least one
-    QString desktop{}; // Rename and Move
-    QString name{}; // Rename
-    std::optional<bool> follow{}; // Move: for this run alone
-
-    bool operator==(const Request &) const = default;
+    bool operator==(const StatusRequest &) const = default;
 };
+
+struct AppsRequest
+{
+    using Content = AppsContent;
+
+    bool operator==(const AppsRequest &) const = default;
+};
+
+struct FlockRequest
+{
+    using Content = FlockContent;
+
+    bool joins = true; // false removes
+    QStringList applications{}; // at least one
+
+    bool operator==(const FlockRequest &) const = default;
+};
+
+struct RenameRequest
+{
+    using Content = RenameContent;
+
+    QString desktop{};
+    QString name{};
+
+    bool operator==(const RenameRequest &) const = default;
+};
+
+struct MoveRequest
+{
+    using Content = MoveContent;
+
+    QString desktop{};
+    std::optional<bool> follow{}; // for this run alone
+
+    bool operator==(const MoveRequest &) const = default;
+};
+
+using Request = std::variant<StatusRequest, AppsRequest, FlockRequest, RenameRequest, MoveRequest>;
 
 } // namespace tovel

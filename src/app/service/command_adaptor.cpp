@@ -1,10 +1,9 @@
 #include "app/service/command_adaptor.h"
 
-#include "app/commands/answers.h"
+#include "app/commands/answer_json.h"
 #include "app/service/bus_names.h"
 
 #include <QDBusError>
-#include <QJsonDocument>
 
 #include <utility>
 
@@ -13,11 +12,6 @@ namespace tovel {
 using namespace Qt::StringLiterals;
 
 namespace {
-
-QString compact(const QJsonObject &answer)
-{
-    return QString::fromUtf8(QJsonDocument(answer).toJson(QJsonDocument::Compact));
-}
 
 bool isKnown(const QVariantMap &options)
 {
@@ -47,42 +41,38 @@ void CommandAdaptor::serve(TovelModel &model, std::function<Surroundings()> surr
 
 QString CommandAdaptor::display() const { return ownDisplay(); }
 
-QString CommandAdaptor::Status() { return answer({.command = Request::Command::Status}); }
+QString CommandAdaptor::Status() { return answer(StatusRequest()); }
 
-QString CommandAdaptor::Apps() { return answer({.command = Request::Command::Apps}); }
+QString CommandAdaptor::Apps() { return answer(AppsRequest()); }
 
 QString CommandAdaptor::AddToFlock(const QStringList &applications)
 {
-    return answer({.command = Request::Command::FlockAdd, .applications = applications});
+    return answer(FlockRequest{true, applications});
 }
 
 QString CommandAdaptor::RemoveFromFlock(const QStringList &applications)
 {
-    return answer({.command = Request::Command::FlockRemove, .applications = applications});
+    return answer(FlockRequest{false, applications});
 }
 
 QString CommandAdaptor::Rename(const QString &desktop, const QString &name)
 {
-    return answer({.command = Request::Command::Rename, .desktop = desktop, .name = name});
+    return answer(RenameRequest{desktop, name});
 }
 
 QString CommandAdaptor::Move(const QString &desktop, const QVariantMap &options,
                              const QDBusMessage &message)
 {
     message.setDelayedReply(true);
-    if (isBusy()) {
-        m_bus.send(message.createErrorReply(BusNames::BusyError, u"another move is running"_s));
-    } else if (!isKnown(options)) {
+    if (!isKnown(options)) {
         m_bus.send(message.createErrorReply(QDBusError::InvalidArgs,
                                             u"the one option of Move is follow, a boolean"_s));
-    } else {
-        Request request;
-        request.command = Request::Command::Move;
-        request.desktop = desktop;
-        if (options.contains(u"follow"_s))
-            request.follow = options[u"follow"_s].toBool();
-        answerLater(request, message);
+        return {};
     }
+    MoveRequest request{desktop, {}};
+    if (options.contains(u"follow"_s))
+        request.follow = options[u"follow"_s].toBool();
+    answerLater(request, message);
     return {};
 }
 
@@ -93,10 +83,10 @@ void CommandAdaptor::StopMove()
 }
 
 // For requests that are carried out without waiting for anything.
-QString CommandAdaptor::answer(const Request &request)
+QString CommandAdaptor::answer(Request request)
 {
     QString text;
-    carry(request).then([&text](const QJsonObject &result) { text = compact(result); });
+    carry(request).then([&text](const Answer &result) { text = compactJson(result); });
     Q_ASSERT(!text.isEmpty());
     return text;
 }
@@ -104,15 +94,19 @@ QString CommandAdaptor::answer(const Request &request)
 QCoro::Task<> CommandAdaptor::answerLater(Request request, QDBusMessage message)
 {
     const QPointer<CommandAdaptor> self(this);
-    const QJsonObject result = co_await carry(request);
-    if (self)
-        m_bus.send(message.createReply(compact(result)));
+    const Answer result = co_await carry(request);
+    if (!self)
+        co_return;
+    const auto *refused = std::get_if<Refusal>(&result.content);
+    m_bus.send(refused && refused->cause == RefusalCause::Busy
+                   ? message.createErrorReply(BusNames::BusyError, refused->error)
+                   : message.createReply(compactJson(result)));
 }
 
-QCoro::Task<QJsonObject> CommandAdaptor::carry(Request request)
+QCoro::Task<Answer> CommandAdaptor::carry(Request request)
 {
     if (!m_model)
-        co_return refusal(u"Tovel is not ready"_s);
+        co_return refusal(RefusalCause::NotReady, u"Tovel is not ready"_s);
     m_model->refresh();
     co_return co_await carryOut(*m_model, request, m_surroundings());
 }

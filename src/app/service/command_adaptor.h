@@ -51,8 +51,8 @@ Q_SIGNALS:
     void Progress(const QString &message);
 
 private:
-    QString answer(const Request &request);
-    QCoro::Task<QJsonObject> carry(Request request);
+    QString answer(Request request);
+    QCoro::Task<Answer> carry(Request request);
     QCoro::Task<> answerLater(Request request, QDBusMessage message);
 
     QDBusConnection m_bus;

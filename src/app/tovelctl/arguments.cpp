@@ -10,12 +10,12 @@ namespace {
 
 ParsedArguments failure(const QString &error) { return {{}, error}; }
 
-// The words of the line that are no options; options are taken out into the arguments.
+// The words of the line that are no options, and the options.
 struct Words
 {
     QStringList words;
-    Arguments options;
-    bool hasFollow = false;
+    bool json = false;
+    std::optional<bool> follow;
     QString error;
 };
 
@@ -29,15 +29,14 @@ Words splitOptions(const QStringList &line)
         } else if (word == "--"_L1) {
             onlyWords = true;
         } else if (word == "--json"_L1) {
-            result.options.json = true;
+            result.json = true;
         } else if (word == "--follow"_L1 || word == "--no-follow"_L1) {
             const bool follow = word == "--follow"_L1;
-            if (result.hasFollow && result.options.request.follow != follow) {
+            if (result.follow.value_or(follow) != follow) {
                 result.error = u"--follow and --no-follow exclude each other"_s;
                 return result;
             }
-            result.hasFollow = true;
-            result.options.request.follow = follow;
+            result.follow = follow;
         } else {
             result.error = u"there is no option %1"_s.arg(word);
             return result;
@@ -50,7 +49,6 @@ Words splitOptions(const QStringList &line)
 
 ParsedArguments parseArguments(const QStringList &line)
 {
-    using enum Request::Command;
     const qsizetype optionsEnd = line.indexOf(u"--"_s);
     const QStringList options = optionsEnd < 0 ? line : line.first(optionsEnd);
     if (options.contains(u"--help"_s) || options.contains(u"-h"_s))
@@ -61,40 +59,39 @@ ParsedArguments parseArguments(const QStringList &line)
     Words split = splitOptions(line);
     if (!split.error.isEmpty())
         return failure(split.error);
-    Arguments arguments = split.options;
+    Arguments arguments{.json = split.json};
     Request &request = arguments.request;
     QStringList words = split.words;
     if (words.isEmpty())
         return failure(u"a command is missing"_s);
     const QString command = words.takeFirst();
 
-    if (command == "status"_L1 || command == "apps"_L1) {
-        request.command = command == "status"_L1 ? Status : Apps;
+    if (command == "status"_L1) {
+        request = StatusRequest();
+    } else if (command == "apps"_L1) {
+        request = AppsRequest();
     } else if (command == "flock"_L1) {
         const QString action = words.isEmpty() ? QString() : words.takeFirst();
         if (action != "add"_L1 && action != "remove"_L1)
             return failure(u"flock wants add or remove"_s);
-        request.command = action == "add"_L1 ? FlockAdd : FlockRemove;
         if (words.isEmpty())
             return failure(u"flock %1 wants at least one application"_s.arg(action));
-        request.applications = std::exchange(words, {});
+        request = FlockRequest{action == "add"_L1, std::exchange(words, {})};
     } else if (command == "rename"_L1) {
-        request.command = Rename;
         if (words.size() < 2)
             return failure(u"rename wants a desktop and a name"_s);
-        request.desktop = words.takeFirst();
-        request.name = words.takeFirst();
+        const QString desktop = words.takeFirst();
+        request = RenameRequest{desktop, words.takeFirst()};
     } else if (command == "move"_L1) {
-        request.command = Move;
         if (words.isEmpty())
             return failure(u"move wants a desktop"_s);
-        request.desktop = words.takeFirst();
+        request = MoveRequest{words.takeFirst(), split.follow};
     } else {
         return failure(u"there is no command %1"_s.arg(command));
     }
     if (!words.isEmpty())
         return failure(u"%1 is one word too many"_s.arg(words.first()));
-    if (split.hasFollow && request.command != Move)
+    if (split.follow && !std::holds_alternative<MoveRequest>(request))
         return failure(u"--follow and --no-follow belong to move"_s);
     return {arguments, {}};
 }
@@ -121,7 +118,7 @@ Options:
 
 Exit status: 0 done; 1 some windows are not on the desktop, or it could not be
 shown, or a choice could not be stored; 2 wrong usage; 3 nothing could be tried;
-130 interrupted.
+129, 130, 143 interrupted by SIGHUP, SIGINT, SIGTERM; 141 nobody reads the output.
 )"_s;
 }
 

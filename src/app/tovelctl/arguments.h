@@ -10,10 +10,10 @@ namespace tovel {
 // What a command line asks for.
 struct Arguments
 {
-    enum class Purpose { Help, Version, Request };
+    enum class Purpose { Help, Version, Command };
 
-    Purpose purpose = Purpose::Request;
-    Request request{}; // when that is the purpose
+    Purpose purpose = Purpose::Command;
+    Request request{}; // when that is its purpose
     bool json = false;
 
     bool operator==(const Arguments &) const = default;

@@ -1,5 +1,4 @@
-#include "app/choices_lock.h"
-#include "app/commands/answers.h"
+#include "app/commands/answer_json.h"
 #include "app/commands/carry_out.h"
 #include "app/console.h"
 #include "app/interrupt.h"
@@ -9,10 +8,8 @@
 #include "app/tovelctl/arguments.h"
 #include "app/tovelctl/running_application.h"
 #include "app/tovelctl/text.h"
-#include "platform/user_defaults.h"
 
 #include <QCoreApplication>
-#include <QJsonArray>
 
 #include <QCoroTask>
 
@@ -40,9 +37,9 @@ void complain(const QString &line) { writeText(stderr, u"tovelctl: "_s + printab
 int print(const QString &text)
 {
     if (writeText(stdout, text))
-        return AnswerStatus::Done;
+        return static_cast<int>(AnswerStatus::Done);
     complain(u"the output could not be written"_s);
-    return AnswerStatus::Incomplete;
+    return static_cast<int>(AnswerStatus::Incomplete);
 }
 
 // A line on a terminal that is written over by the next, and removed at the end.
@@ -79,15 +76,8 @@ void useUtf8()
     setenv("LC_CTYPE", "C.UTF-8", 1);
 }
 
-bool changesChoices(const Request &request)
-{
-    using enum Request::Command;
-    return request.command == FlockAdd || request.command == FlockRemove
-        || request.command == Rename;
-}
-
 // The answer of the Tovel that runs; nothing where none does.
-std::optional<QJsonObject> askRunning(const Request &request, int &interrupted)
+std::optional<Answer> askRunning(const Request &request, int &interrupted)
 {
     const QDBusConnection bus = sessionBus();
     const RunningTovel running = findRunningTovel(bus);
@@ -104,20 +94,14 @@ std::optional<QJsonObject> askRunning(const Request &request, int &interrupted)
     return QCoro::waitFor(application.carryOut(request));
 }
 
-QJsonObject workAlone(PlatformChoice &choice, const Request &request, int &interrupted)
+Answer workAlone(PlatformChoice &choice, const Request &request, int &interrupted)
 {
     const PlatformInstallation installation(choice.platform());
     const Surroundings surroundings{choice.missingSession(), choice.limits()};
-    std::optional<ChoicesLock> lock(std::in_place);
-    const UserDefaults &choices = choice.platform().userDefaults().standardUserDefaults();
-    // Reading tells whether the stored choices can be read; the model would start afresh in
-    // silence.
-    choices.object(u"selected"_s);
-    if (!choices.errorString().isEmpty())
-        complain(u"the stored choices cannot be used: "_s + choices.errorString());
     TovelModel model;
-    if (!changesChoices(request))
-        lock.reset();
+    // The answer to a question for the status has it.
+    if (!model.choicesProblem().isEmpty() && !std::holds_alternative<StatusRequest>(request))
+        complain(model.choicesProblem());
     ProgressLine line;
     QObject::connect(&model, &TovelModel::didChange, &model, [&](TovelModel::Property property) {
         if (property == TovelModel::Property::message && model.busy())
@@ -130,17 +114,16 @@ QJsonObject workAlone(PlatformChoice &choice, const Request &request, int &inter
     return QCoro::waitFor(carryOut(model, request, surroundings));
 }
 
-int tell(const Arguments &arguments, const QJsonObject &answer, int interrupted)
+int tell(const Arguments &arguments, const Answer &answer, int interrupted)
 {
     const QString text
-        = arguments.json ? answerJson(answer) : answerText(arguments.request.command, answer);
-    const int outputStatus = text.isEmpty() ? AnswerStatus::Done : print(text);
-    for (const QJsonValue problem : answer[u"problems"_s].toArray())
-        complain(problem.toString());
-    const int status = answer[u"status"_s].toInt(AnswerStatus::Incomplete);
-    if (interrupted != 0 && status != AnswerStatus::NothingTried)
+        = arguments.json ? indentedJson(answer) : answerText(arguments.request, answer);
+    const int outputStatus = text.isEmpty() ? static_cast<int>(AnswerStatus::Done) : print(text);
+    for (const QString &problem : answer.problems)
+        complain(problem);
+    if (interrupted != 0 && answer.status != AnswerStatus::NothingTried)
         return Signalled + interrupted;
-    return status == AnswerStatus::Done ? outputStatus : status;
+    return answer.status == AnswerStatus::Done ? outputStatus : static_cast<int>(answer.status);
 }
 
 int run(const Arguments &arguments)
@@ -155,7 +138,7 @@ int run(const Arguments &arguments)
         complain(unknownPlatformText());
         return UsageError;
     }
-    const QJsonObject answer = workAlone(*choice, arguments.request, interrupted);
+    const Answer answer = workAlone(*choice, arguments.request, interrupted);
     return tell(arguments, answer, interrupted);
 }
 
@@ -179,7 +162,7 @@ int main(int argc, char *argv[])
         return print(helpText());
     case Arguments::Purpose::Version:
         return print(u"tovelctl %1\n"_s.arg(QCoreApplication::applicationVersion()));
-    case Arguments::Purpose::Request:
+    case Arguments::Purpose::Command:
         break;
     }
     return run(parsed.arguments);

@@ -1,12 +1,11 @@
 #include "app/tovelctl/running_application.h"
 
-#include "app/commands/answers.h"
+#include "app/commands/answer_json.h"
 #include "app/service/bus_names.h"
 #include "app/service/running_tovel.h"
 
 #include <QCoroDBusPendingCall>
 #include <QDBusMessage>
-#include <QJsonDocument>
 
 #include <limits>
 #include <utility>
@@ -20,35 +19,32 @@ namespace {
 constexpr int patience = 10000; // milliseconds
 constexpr int unlimited = std::numeric_limits<int>::max(); // a move may take its time
 
-QDBusMessage callFor(const Request &request)
+QDBusMessage methodCall(const QString &method, const QVariantList &arguments = {})
 {
-    const auto call = [](const QString &method, const QVariantList &arguments = {}) {
-        return callOfRunningTovel(BusNames::Interface, method, arguments);
-    };
-    switch (request.command) {
-    case Request::Command::Status:
-        return call(u"Status"_s);
-    case Request::Command::Apps:
-        return call(u"Apps"_s);
-    case Request::Command::FlockAdd:
-        return call(u"AddToFlock"_s, {request.applications});
-    case Request::Command::FlockRemove:
-        return call(u"RemoveFromFlock"_s, {request.applications});
-    case Request::Command::Rename:
-        return call(u"Rename"_s, {request.desktop, request.name});
-    case Request::Command::Move: {
-        QVariantMap options;
-        if (request.follow)
-            options.insert(u"follow"_s, *request.follow);
-        return call(u"Move"_s, {request.desktop, options});
-    }
-    }
-    Q_UNREACHABLE();
+    return callOfRunningTovel(BusNames::Interface, method, arguments);
 }
 
-QJsonObject lost(const QString &reason)
+QDBusMessage callFor(const StatusRequest &) { return methodCall(u"Status"_s); }
+
+QDBusMessage callFor(const AppsRequest &) { return methodCall(u"Apps"_s); }
+
+QDBusMessage callFor(const FlockRequest &request)
 {
-    return concluded({{u"error"_s, reason}}, AnswerStatus::Incomplete, {reason});
+    return methodCall(request.joins ? u"AddToFlock"_s : u"RemoveFromFlock"_s,
+                      {request.applications});
+}
+
+QDBusMessage callFor(const RenameRequest &request)
+{
+    return methodCall(u"Rename"_s, {request.desktop, request.name});
+}
+
+QDBusMessage callFor(const MoveRequest &request)
+{
+    QVariantMap options;
+    if (request.follow)
+        options.insert(u"follow"_s, *request.follow);
+    return methodCall(u"Move"_s, {request.desktop, options});
 }
 
 } // namespace
@@ -62,21 +58,24 @@ RunningApplication::RunningApplication(const QDBusConnection &bus,
                   SLOT(tell(QString)));
 }
 
-QCoro::Task<QJsonObject> RunningApplication::carryOut(Request request)
+QCoro::Task<Answer> RunningApplication::carryOut(Request request)
 {
-    const bool moves = request.command == Request::Command::Move;
-    const QDBusPendingCall call = m_bus.asyncCall(callFor(request), moves ? unlimited : patience);
+    const bool moves = std::holds_alternative<MoveRequest>(request);
+    const QDBusMessage message
+        = std::visit([](const auto &asked) { return callFor(asked); }, request);
+    const QDBusPendingCall call = m_bus.asyncCall(message, moves ? unlimited : patience);
     const QDBusMessage reply = co_await call;
     if (reply.type() != QDBusMessage::ReplyMessage) {
         if (reply.errorName() == "org.freedesktop.DBus.Error.NoReply"_L1)
-            co_return lost(u"the running Tovel gave no answer"_s);
-        co_return refusal(reply.errorMessage());
+            co_return refusal(RefusalCause::NoAnswer, u"the running Tovel gave no answer"_s);
+        co_return refusal(reply.errorName() == BusNames::BusyError ? RefusalCause::Busy
+                                                                   : RefusalCause::Other,
+                          reply.errorMessage());
     }
     const QByteArray text = reply.arguments().value(0).toString().toUtf8();
-    const QJsonObject answer = QJsonDocument::fromJson(text).object();
-    if (!answer.contains(u"status"_s))
-        co_return lost(u"the running Tovel gave an answer that makes no sense"_s);
-    co_return answer;
+    const auto answer = answerFromJson(request, text);
+    co_return answer.value_or(
+        refusal(RefusalCause::NoAnswer, u"the running Tovel gave an answer that makes no sense"_s));
 }
 
 void RunningApplication::stopMove()

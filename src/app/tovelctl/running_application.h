@@ -1,10 +1,10 @@
 #pragma once
 
+#include "app/commands/answer.h"
 #include "app/commands/request.h"
 
 #include <QCoroTask>
 #include <QDBusConnection>
-#include <QJsonObject>
 #include <QObject>
 
 #include <functional>
@@ -20,9 +20,9 @@ public:
     // Progress of moves goes to the function.
     RunningApplication(const QDBusConnection &bus, std::function<void(QString)> progress);
 
-    // The answer to the request; a refusal when the program cannot carry it out, and one of status
-    // Incomplete when it ends meanwhile.
-    QCoro::Task<QJsonObject> carryOut(Request request);
+    // The answer to the request; a refusal when the program cannot carry it out, ends meanwhile, or
+    // answers something else.
+    QCoro::Task<Answer> carryOut(Request request);
 
     void stopMove();
 

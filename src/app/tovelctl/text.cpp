@@ -2,9 +2,6 @@
 
 #include "app/console.h"
 
-#include <QJsonArray>
-#include <QJsonDocument>
-
 #include <algorithm>
 
 namespace tovel {
@@ -48,127 +45,113 @@ QString table(const QList<QStringList> &rows)
     return text;
 }
 
-QString text(const QJsonValue &value) { return printable(value.toString()); }
-
-QString flockText(const QJsonValue &flock)
+QString flockText(const QList<AppInfo> &flock)
 {
     QList<QStringList> rows;
-    for (const QJsonValue app : flock.toArray()) {
-        rows.append({text(app[u"name"_s]), text(app[u"id"_s]),
-                     app[u"running"_s].toBool() ? u"running"_s : u"not running"_s});
+    for (const AppInfo &app : flock) {
+        rows.append({printable(app.name), printable(app.id),
+                     app.running ? u"running"_s : u"not running"_s});
     }
     return u"Flock\n"_s
         + (rows.isEmpty() ? u"  nobody yet; see tovelctl flock add\n"_s : table(rows));
 }
 
-QString desktopRows(const QJsonArray &desktops, const QJsonValue &display)
+QString desktopRows(const QList<DesktopInfo> &desktops, const QString &display)
 {
     QList<QStringList> rows;
-    for (const QJsonValue desktop : desktops) {
-        if (desktop[u"display"_s] != display)
+    for (const DesktopInfo &desktop : desktops) {
+        if (desktop.display != display)
             continue;
-        const int count = desktop[u"flockWindows"_s].toInt();
-        rows.append({QString::number(desktop[u"number"_s].toInt()), text(desktop[u"name"_s]),
-                     desktop[u"shown"_s].toBool() ? u"shown"_s : QString(),
+        const int count = desktop.flockWindows;
+        rows.append({QString::number(desktop.number), printable(desktop.name),
+                     desktop.shown ? u"shown"_s : QString(),
                      count > 0 ? counted(count, u"flock window"_s) : QString()});
     }
     return table(rows);
 }
 
-QString windowRows(const QJsonArray &windows, const QJsonArray &desktops)
+QString windowRows(const StatusContent &status)
 {
     QList<QStringList> rows;
-    for (const QJsonValue window : windows) {
-        QString place = text(window[u"reason"_s]);
-        for (const QJsonValue desktop : desktops) {
-            if (place.isEmpty() && desktop[u"number"_s] == window[u"desktops"_s][0])
-                place = text(desktop[u"name"_s]);
+    for (const WindowInfo &window : status.windows) {
+        QString place = window.reason.value_or(QString());
+        for (const DesktopInfo &desktop : status.desktops) {
+            if (place.isEmpty() && window.desktops.startsWith(desktop.number))
+                place = desktop.name;
         }
-        QString title = text(window[u"title"_s]);
+        QString title = printable(window.title);
         if (title.size() > 40)
             title = title.left(39) + u'…';
-        rows.append({text(window[u"appName"_s]), title, place});
+        rows.append({printable(window.appName), title, printable(place)});
     }
     return rows.isEmpty() ? u"  none\n"_s : table(rows);
 }
 
-QString statusText(const QJsonObject &status)
+QString accessText(bool trusted, bool available)
 {
-    if (!status.contains(u"trusted"_s))
-        return {};
-    const auto is = [&status](const QString &field) { return status[field].toBool(); };
-    QString result;
-    for (const QJsonValue limit : status[u"limits"_s].toArray())
-        result += text(limit) + u'\n';
-    result += u"Access to windows: "_s + (is(u"trusted"_s) ? u"allowed\n"_s : u"not allowed\n"_s);
-    result += u"Moving windows:    "_s + (is(u"available"_s) ? u"available\n"_s : u"missing\n"_s);
-    const bool hasSession = !status.contains(u"error"_s);
-    if (hasSession) {
-        result += u"After a move:      "_s
-            + (is(u"follow"_s) ? u"follow to the desktop\n"_s : u"stay here\n"_s);
-    }
-    const QJsonArray desktops = status[u"desktops"_s].toArray();
-    if (desktops.isEmpty())
-        result += u"\nNo desktops found\n"_s;
-    if (!hasSession)
-        return result;
-    for (const QJsonValue display : status[u"displays"_s].toArray()) {
-        result += u"\nDisplay %1 (%2)\n"_s.arg(text(display[u"id"_s]), text(display[u"name"_s]));
-        result += desktopRows(desktops, display[u"id"_s]);
-    }
-    return result + u'\n' + flockText(status[u"flock"_s]) + u"\nWindows of the flock\n"_s
-        + windowRows(status[u"windows"_s].toArray(), desktops);
+    return u"Access to windows: "_s + (trusted ? u"allowed\n"_s : u"not allowed\n"_s)
+        + u"Moving windows:    "_s + (available ? u"available\n"_s : u"missing\n"_s);
 }
 
-QString appsText(const QJsonValue &apps)
+const QString noDesktops = u"\nNo desktops found\n"_s;
+
+QString contentText(const Request &request, const Refusal &refusal)
+{
+    const bool isStatus = std::holds_alternative<StatusRequest>(request);
+    if (!isStatus || refusal.cause != RefusalCause::NoSession)
+        return {};
+    return accessText(false, false) + noDesktops;
+}
+
+QString contentText(const Request &, const StatusContent &status)
+{
+    QString result;
+    for (const QString &limit : status.limits)
+        result += printable(limit) + u'\n';
+    result += accessText(status.trusted, status.available) + u"After a move:      "_s
+        + (status.follow ? u"follow to the desktop\n"_s : u"stay here\n"_s);
+    if (status.desktops.isEmpty())
+        result += noDesktops;
+    for (const DisplayInfo &display : status.displays) {
+        result += u"\nDisplay %1 (%2)\n"_s.arg(printable(display.id), printable(display.name))
+            + desktopRows(status.desktops, display.id);
+    }
+    return result + u'\n' + flockText(status.flock) + u"\nWindows of the flock\n"_s
+        + windowRows(status);
+}
+
+QString contentText(const Request &, const AppsContent &content)
 {
     QList<QStringList> rows;
-    for (const QJsonValue app : apps.toArray()) {
-        rows.append({app[u"inFlock"_s].toBool() ? u"in the flock"_s : QString(),
-                     text(app[u"name"_s]), text(app[u"id"_s]),
-                     app[u"running"_s].toBool() ? QString() : u"not running"_s});
+    for (const AppInfo &app : content.apps) {
+        rows.append({app.inFlock ? u"in the flock"_s : QString(), printable(app.name),
+                     printable(app.id), app.running ? QString() : u"not running"_s});
     }
     return rows.isEmpty() ? u"No applications found\n"_s : table(rows);
 }
 
-} // namespace
-
-QString answerText(Request::Command command, const QJsonObject &answer)
+QString contentText(const Request &, const FlockContent &content)
 {
-    if (command == Request::Command::Status)
-        return statusText(answer);
-    if (answer.contains(u"error"_s))
-        return {};
-    switch (command) {
-    case Request::Command::Apps:
-        return appsText(answer[u"apps"_s]);
-    case Request::Command::FlockAdd:
-    case Request::Command::FlockRemove:
-        return flockText(answer[u"flock"_s]);
-    case Request::Command::Rename: {
-        const QJsonValue desktop = answer[u"desktop"_s];
-        return u"Desktop %1 is now “%2”.\n"_s.arg(desktop[u"number"_s].toInt())
-            .arg(text(desktop[u"name"_s]));
-    }
-    case Request::Command::Move:
-        return text(answer[u"summary"_s]) + u'\n';
-    case Request::Command::Status:
-        break;
-    }
-    Q_UNREACHABLE();
+    return flockText(content.flock);
 }
 
-QString answerJson(const QJsonObject &answer)
+QString contentText(const Request &, const RenameContent &content)
 {
-    // JSON leaves the controls of ISO 6429 as they are; terminals may obey them.
-    const QString json = QString::fromUtf8(QJsonDocument(answer).toJson(QJsonDocument::Indented));
-    QString result;
-    for (const QChar character : json) {
-        const bool isControl = character >= QChar(0x7F) && character <= QChar(0x9F);
-        result += isControl ? u"\\u%1"_s.arg(character.unicode(), 4, 16, QChar(u'0'))
-                            : QString(character);
-    }
-    return result;
+    return u"Desktop %1 is now “%2”.\n"_s.arg(content.desktop.number)
+        .arg(printable(content.desktop.name));
+}
+
+QString contentText(const Request &, const MoveContent &move)
+{
+    return printable(move.summary) + u'\n';
+}
+
+} // namespace
+
+QString answerText(const Request &request, const Answer &answer)
+{
+    return std::visit([&](const auto &content) { return contentText(request, content); },
+                      answer.content);
 }
 
 } // namespace tovel
