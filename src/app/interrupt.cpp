@@ -13,12 +13,26 @@ namespace tovel {
 namespace {
 
 constexpr long long Patience = 500'000'000; // nanoseconds
+constexpr int Numbers[] = {SIGINT, SIGTERM, SIGHUP};
+constexpr unsigned LongestHang = 3; // seconds
 
 volatile int writeEnd = -1;
-volatile std::sig_atomic_t hasArrived = 0;
+volatile std::sig_atomic_t hasArrived = 0; // the first one's number
 timespec firstArrival{};
 
-// Async-signal-safe calls and nothing else.
+// Async-signal-safe calls and nothing else, here and in what follows.
+void endBy(int number)
+{
+    signal(number, SIG_DFL);
+    raise(number);
+}
+
+void onAlarm(int)
+{
+    if (hasArrived)
+        endBy(hasArrived);
+}
+
 void onSignal(int number)
 {
     timespec now{};
@@ -26,40 +40,43 @@ void onSignal(int number)
     if (hasArrived) {
         const long long waited = (now.tv_sec - firstArrival.tv_sec) * 1'000'000'000LL
             + (now.tv_nsec - firstArrival.tv_nsec);
-        if (waited >= Patience) {
-            signal(number, SIG_DFL);
-            raise(number);
-        }
+        if (waited >= Patience)
+            endBy(number);
         return;
     }
-    hasArrived = 1;
+    hasArrived = number;
     firstArrival = now;
+    alarm(LongestHang);
     const auto byte = static_cast<unsigned char>(number);
     [[maybe_unused]] const ssize_t written = write(writeEnd, &byte, 1);
 }
 
-void install(int number)
+void install(int number, void (*handler)(int))
 {
     struct sigaction action
     {
     };
-    struct sigaction before
-    {
-    };
-    // Whoever started the program with the signal ignored wants it to go on.
-    if (sigaction(number, nullptr, &before) == 0 && before.sa_handler == SIG_IGN)
-        return;
-    action.sa_handler = onSignal;
+    action.sa_handler = handler;
     action.sa_flags = SA_RESTART;
     sigemptyset(&action.sa_mask);
     sigaction(number, &action, nullptr);
 }
 
+bool isIgnored(int number)
+{
+    struct sigaction before
+    {
+    };
+    return sigaction(number, nullptr, &before) == 0 && before.sa_handler == SIG_IGN;
+}
+
 } // namespace
 
-Interrupt::Interrupt(std::function<void(int)> handler)
+Interrupt::Interrupt(std::function<void(int)> handler, Deadline deadline)
     : m_handler(std::move(handler))
+    , m_deadline(deadline)
 {
+    alarm(0);
     hasArrived = 0;
     if (pipe2(m_pipe, O_CLOEXEC | O_NONBLOCK) != 0)
         return;
@@ -67,16 +84,20 @@ Interrupt::Interrupt(std::function<void(int)> handler)
     m_notifier = std::make_unique<QSocketNotifier>(m_pipe[0], QSocketNotifier::Read);
     QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(),
                      [this] { arrived(); });
-    install(SIGINT);
-    install(SIGTERM);
-    install(SIGHUP);
+    install(SIGALRM, onAlarm);
+    for (const int number : Numbers) {
+        // Whoever started the program with the signal ignored wants it to go on.
+        if (!isIgnored(number))
+            install(number, onSignal);
+    }
 }
 
 Interrupt::~Interrupt()
 {
-    std::signal(SIGINT, SIG_DFL);
-    std::signal(SIGTERM, SIG_DFL);
-    std::signal(SIGHUP, SIG_DFL);
+    for (const int number : Numbers)
+        std::signal(number, SIG_DFL);
+    if (m_deadline == Deadline::Call)
+        alarm(0);
     m_notifier.reset();
     for (const int end : m_pipe) {
         if (end >= 0)
@@ -87,6 +108,8 @@ Interrupt::~Interrupt()
 
 void Interrupt::arrived()
 {
+    if (m_deadline == Deadline::Call)
+        alarm(0);
     unsigned char number = 0;
     while (read(m_pipe[0], &number, 1) == 1)
         m_handler(number);

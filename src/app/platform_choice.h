@@ -24,6 +24,13 @@ public:
     // What a user of this session has to know that it cannot do; a sentence each.
     virtual QStringList limits() const = 0;
 
+    // Why this session lets no windows be moved, and what its user can do about it, as of now;
+    // empty when it lets them.
+    virtual QString accessAdvice() = 0;
+
+    // Does Workspace::openAccessibilitySettings, where the session has no settings of its own.
+    virtual void setSettingsOpener(std::function<void()> opener) = 0;
+
     // Answers Application::hasVisibleWindow.
     virtual void setVisibleWindowTest(std::function<bool()> test) = 0;
 };

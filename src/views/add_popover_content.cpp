@@ -8,6 +8,7 @@
 
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QScrollBar>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -32,6 +33,7 @@ AddPopoverContent::AddPopoverContent(Actions actions, QWidget *parent)
     : QWidget(parent)
     , m_actions(std::move(actions))
     , m_search(new QLineEdit)
+    , m_area(new OverlayScrollArea)
     , m_list(new QWidget)
     , m_stack(new QVBoxLayout(m_list))
     , m_none(new ColoredLabel(u"No apps found"_s, textFont(TextStyle::body), secondary))
@@ -40,8 +42,11 @@ AddPopoverContent::AddPopoverContent(Actions actions, QWidget *parent)
     m_search->setAccessibleName(u"Search apps"_s);
     m_search->setFont(textFont(TextStyle::body));
     m_search->installEventFilter(this);
-    connect(m_search, &QLineEdit::textChanged, this,
-            [this](const QString &text) { m_actions.search(text); });
+    connect(m_search, &QLineEdit::textChanged, this, [this](const QString &text) {
+        m_actions.search(text);
+        mark();
+        m_area->verticalScrollBar()->setValue(0);
+    });
 
     m_none->setAlignment(Qt::AlignCenter);
     m_none->setContentsMargins(textPadding, textPadding, textPadding, textPadding);
@@ -49,9 +54,8 @@ AddPopoverContent::AddPopoverContent(Actions actions, QWidget *parent)
     m_stack->setSpacing(rowSpacing);
     m_stack->addWidget(m_none);
     m_stack->addStretch(1);
-    auto *area = new OverlayScrollArea;
-    area->setWidget(m_list);
-    area->setFixedHeight(listHeight);
+    m_area->setWidget(m_list);
+    m_area->setFixedHeight(listHeight);
 
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(padding, padding, padding - scrollerRoom, padding);
@@ -60,7 +64,7 @@ AddPopoverContent::AddPopoverContent(Actions actions, QWidget *parent)
     searchRow->setContentsMargins(0, 0, scrollerRoom, 0);
     searchRow->addWidget(m_search);
     layout->addLayout(searchRow);
-    layout->addWidget(area);
+    layout->addWidget(m_area);
     setFixedWidth(contentWidth);
     setFocusProxy(m_search);
 }
@@ -79,17 +83,22 @@ void AddPopoverContent::setApps(const QList<RunningApp> &apps)
         m_rows[i]->setVisible(i < m_shown);
     }
     m_none->setVisible(apps.isEmpty());
+    mark();
 }
 
 void AddPopoverContent::setSearch(const QString &search)
 {
     if (m_search->text() != search)
         m_search->setText(search);
+    m_area->verticalScrollBar()->setValue(0);
 }
 
 bool AddPopoverContent::eventFilter(QObject *watched, QEvent *event)
 {
     auto *widget = qobject_cast<QWidget *>(watched);
+    if (widget == m_search
+        && (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut))
+        mark();
     if (widget && event->type() == QEvent::KeyPress) {
         const auto *key = static_cast<QKeyEvent *>(event);
         if (handleKey(widget, key->key(), key->text()))
@@ -114,8 +123,8 @@ bool AddPopoverContent::handleKey(QWidget *widget, int key, const QString &text)
         return true;
     case Qt::Key_Return:
     case Qt::Key_Enter:
-        if (at < 0 && m_shown > 0)
-            m_rows.first()->click();
+        if (at < 0 && m_marked)
+            m_marked->click();
         return at < 0;
     default:
         break;
@@ -136,6 +145,16 @@ AppRow *AddPopoverContent::makeRow()
     connect(row, &AppRow::clicked, this, [this, row] { m_actions.add(RunningApp(row->app())); });
     m_stack->insertWidget(static_cast<int>(m_rows.size()), row);
     return row;
+}
+
+void AddPopoverContent::mark()
+{
+    const bool isSearching = m_search->hasFocus() && !m_search->text().isEmpty();
+    m_marked = isSearching && m_shown > 0 ? m_rows.first() : nullptr;
+    for (AppRow *row : m_rows)
+        row->setMarked(row == m_marked);
+    m_search->setAccessibleDescription(m_marked ? u"Return adds "_s + m_marked->app().name
+                                                : QString());
 }
 
 } // namespace tovel

@@ -10,6 +10,8 @@
 
 #include <QPainter>
 
+#include <utility>
+
 namespace tovel {
 
 using namespace Qt::StringLiterals;
@@ -40,6 +42,12 @@ void AppRow::setApp(const RunningApp &app)
     update();
 }
 
+void AppRow::setMarked(bool marked)
+{
+    if (std::exchange(m_marked, marked) != marked)
+        update();
+}
+
 QSize AppRow::sizeHint() const { return {smallestWidth, pictureSize + 2 * padding}; }
 
 void AppRow::paintEvent(QPaintEvent *)
@@ -47,7 +55,7 @@ void AppRow::paintEvent(QPaintEvent *)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const QColor accent = TovelTheme::accent(palette());
-    const double tint = isPressed() ? 0.18 : isHovered() ? 0.09 : 0;
+    const double tint = isPressed() ? 0.18 : isHovered() || m_marked ? 0.09 : 0;
     painter.fillPath(continuousRoundedRect(rect(), cornerRadius), withOpacity(accent, tint));
     if (showsFocus()) {
         painter.setPen(QPen(accent, 2));
@@ -58,9 +66,10 @@ void AppRow::paintEvent(QPaintEvent *)
     const QRectF area = QRectF(rect()).adjusted(padding, 0, -padding, 0);
     const double middle = area.center().y();
     const QRectF icon(area.left(), middle - pictureSize / 2.0, pictureSize, pictureSize);
-    paintAppIcon(painter, m_app.icon, mirrored(icon, *this), palette());
+    paintAppIcon(painter, m_app.icon, mirrored(icon, *this), *this);
     const QRectF plus(area.right() - plusSize, middle - plusSize / 2.0, plusSize, plusSize);
-    paintSymbol(painter, u"plus"_s, mirrored(plus, *this), secondary(palette()));
+    paintSymbol(painter, u"plus"_s, mirrored(plus, *this),
+                m_marked ? accent : secondary(palette()));
     const QRectF name(icon.right() + spacing, 0, plus.left() - icon.right() - 2 * spacing,
                       height());
     paintTextBlock(painter, mirrored(name, *this), m_app.name, textFont(TextStyle::body),

@@ -15,6 +15,8 @@ public:
 
     const RunningApp &app() const { return m_app; }
     void setApp(const RunningApp &app);
+    // Shows that a key pressed elsewhere adds it.
+    void setMarked(bool marked);
 
     QSize sizeHint() const override;
 
@@ -23,6 +25,7 @@ protected:
 
 private:
     RunningApp m_app;
+    bool m_marked = false;
 };
 
 } // namespace tovel

@@ -43,7 +43,7 @@ void DesktopTile::setValues(const TileValues &values)
     m_values = values;
     setHighlighted(values.flockHere);
     setActionable(!values.disabled);
-    setDimsWhenDisabled(!values.flockHere);
+    setDimsWhenDisabled(values.dimmed);
     setAccessibleName(u"Move apps to "_s + values.name);
     setAccessibleValue(values.accessibilityValue);
     // Marked up, so that it is never guessed whether the name itself is.

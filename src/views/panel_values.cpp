@@ -100,6 +100,7 @@ QList<TileValues> tileValues(const TovelModel &model, const PanelState &state)
                        .flockWindows = windows,
                        .flockHere = flockHere,
                        .disabled = blocked || flockHere,
+                       .dimmed = blocked,
                        .accessibilityValue = accessibilityValue(flockHere, windows)});
     }
     return result;

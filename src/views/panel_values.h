@@ -51,6 +51,7 @@ struct TileValues
     int flockWindows = 0; // of those that can move
     bool flockHere = false; // whether the whole flock is on the desktop
     bool disabled = false; // whether the flock cannot be sent there now
+    bool dimmed = false; // whether it can be sent nowhere; a flock that is there needs no dimming
     QString accessibilityValue;
 
     bool operator==(const TileValues &) const = default;

@@ -1,5 +1,6 @@
 #include "views/rename_alert.h"
 
+#include "views/dialog_buttons.h"
 #include "views/text_style.h"
 #include "views/tint.h"
 
@@ -39,6 +40,7 @@ RenameAlert::RenameAlert(const QString &name, QWidget *parent)
     QPushButton *save = buttons->addButton(u"Save"_s, QDialogButtonBox::AcceptRole);
     save->setDefault(true);
     buttons->addButton(u"Cancel"_s, QDialogButtonBox::RejectRole);
+    letTabReachAll(*buttons);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 

@@ -28,13 +28,16 @@ QList<TravelWindow> skippedWindows(const TovelModel &model)
 
 std::optional<QString> statusWarning(const TovelModel &model)
 {
+    QStringList lines;
     if (!model.available())
-        return u"Window controls unavailable."_s;
-    if (!model.trusted())
-        return u"Allow Accessibility access to move apps."_s;
-    if (!model.issues().isEmpty())
-        return model.issues().join(u'\n');
-    return std::nullopt;
+        lines.append(u"Window controls unavailable."_s);
+    else if (!model.trusted())
+        lines.append(u"Allow Accessibility access to move apps."_s);
+    else
+        lines = model.issues();
+    if (!model.choicesProblem().isEmpty())
+        lines.append(model.choicesProblem());
+    return lines.isEmpty() ? std::nullopt : std::optional(lines.join(u'\n'));
 }
 
 QString statusHeadline(const TovelModel &model)

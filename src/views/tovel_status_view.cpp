@@ -36,6 +36,7 @@ constexpr int symbolSize = 14;
 constexpr int dotSize = 6;
 constexpr int infoSize = 14;
 constexpr int narrowestText = 240; // beside the longest label of skipped windows
+constexpr int textSlack = 2; // so that a text never wraps by a fraction
 constexpr double separatorHeight = 1;
 const QColor together = QColor::fromRgbF(0.4F, 0.64F, 0.47F);
 
@@ -100,7 +101,7 @@ void TovelStatusView::redraw()
         : flockIsTogether        ? Indicator::Together
                                  : Indicator::Apart;
     m_busy->setVisible(m_indicator == Indicator::Busy);
-    m_text->setText(statusText(m_model));
+    m_text->setText(shownText());
     m_text->updateColor();
 
     const QList<TravelWindow> skipped = skippedWindows(m_model);
@@ -111,6 +112,19 @@ void TovelStatusView::redraw()
         m_skippedList->setWindows(skipped);
     fitHeight();
     update();
+}
+
+QString TovelStatusView::shownText() const
+{
+    const bool asks = !m_model.busy() && !(m_model.available() && m_model.trusted());
+    const QString advice = asks && m_accessAdvice ? m_accessAdvice() : QString();
+    return statusText(m_model) + (advice.isEmpty() ? QString() : u'\n' + advice);
+}
+
+void TovelStatusView::setAccessAdvice(std::function<QString()> advice)
+{
+    m_accessAdvice = std::move(advice);
+    redraw();
 }
 
 void TovelStatusView::toggleSkipped()
@@ -141,6 +155,8 @@ void TovelStatusView::fitHeight()
     m_skipped->setMaximumWidth(std::max(rest - narrowestText, narrowestText));
     m_indicatorRoom->changeSize(indicatorSize() + spacing, 0, QSizePolicy::Fixed);
     layout()->invalidate();
+    // A press beside the text is the window's, which it moves.
+    m_text->setMaximumWidth(m_text->fontMetrics().size(0, m_text->text()).width() + textSlack);
     const int text = std::min(highestText, m_text->heightForWidth(textWidth()));
     m_textArea->setFixedHeight(std::max(lowestStrip - 2 * verticalMargin, text));
     setFixedHeight(m_textArea->height() + 2 * verticalMargin);

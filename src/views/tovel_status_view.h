@@ -5,6 +5,8 @@
 #include <QList>
 #include <QWidget>
 
+#include <functional>
+
 class QSpacerItem;
 
 namespace tovel {
@@ -28,6 +30,9 @@ public:
     explicit TovelStatusView(TovelModel &model, QWidget *parent = nullptr);
     ~TovelStatusView() override;
 
+    // Tells, while the panel asks for access, what the session's user can do about it.
+    void setAccessAdvice(std::function<QString()> advice);
+
 protected:
     void paintEvent(QPaintEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
@@ -37,6 +42,7 @@ private:
     enum class Indicator { Busy, Warning, Together, Apart };
 
     void redraw();
+    QString shownText() const;
     void toggleSkipped();
     void fitHeight();
     int textWidth() const;
@@ -45,6 +51,7 @@ private:
     QRectF indicatorBox() const;
 
     TovelModel &m_model;
+    std::function<QString()> m_accessAdvice;
     ModelWatch *m_watch;
     Indicator m_indicator = Indicator::Apart;
     bool m_showingSkipped = false;

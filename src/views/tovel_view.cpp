@@ -110,6 +110,11 @@ TovelView::TovelView(TovelModel &model, QWidget *parent)
 // An open popover closes when it goes, which is after everything here has gone.
 TovelView::~TovelView() { m_addPopover->disconnect(this); }
 
+void TovelView::setAccessAdvice(std::function<QString()> advice)
+{
+    m_status->setAccessAdvice(std::move(advice));
+}
+
 void TovelView::changeEvent(QEvent *event)
 {
     if (event->type() == QEvent::PaletteChange)

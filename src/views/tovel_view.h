@@ -5,6 +5,8 @@
 #include <QPointer>
 #include <QWidget>
 
+#include <functional>
+
 namespace tovel {
 
 class AddPopoverContent;
@@ -26,6 +28,9 @@ public:
     // Borrows the model.
     explicit TovelView(TovelModel &model, QWidget *parent = nullptr);
     ~TovelView() override;
+
+    // Shown beside the strip's own text while the panel asks for access.
+    void setAccessAdvice(std::function<QString()> advice);
 
     const PanelState &state() const { return m_state; }
 

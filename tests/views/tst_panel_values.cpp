@@ -1,4 +1,5 @@
 #include "model/model_world.h"
+#include "model/texts.h"
 #include "views/panel_values.h"
 #include "views/status_values.h"
 
@@ -12,9 +13,10 @@ QString brief(const QList<TileValues> &tiles)
 {
     QStringList result;
     for (const TileValues &tile : tiles) {
-        result.append(u"%1 %2%3%4"_s.arg(tile.name, QString::number(tile.flockWindows),
-                                         tile.flockHere ? u" here"_s : QString(),
-                                         tile.disabled ? u" disabled"_s : QString()));
+        result.append(u"%1 %2"_s.arg(tile.name, QString::number(tile.flockWindows))
+                      + (tile.flockHere ? u" here"_s : QString())
+                      + (tile.disabled ? u" disabled"_s : QString())
+                      + (tile.dimmed ? u" dimmed"_s : QString()));
     }
     return result.join(u", "_s);
 }
@@ -48,6 +50,14 @@ private Q_SLOTS:
         const Change unusable
             = [](ModelWorld &world) { world.desktop.dropSymbol("SLSMainConnectionID"); };
         QCOMPARE(shown(unusable), u"/1: "_s);
+
+        // In mid-move nothing stands out but where the flock was.
+        ModelWorld world;
+        onB(world);
+        const auto task = world.start().migrate(world.target(12));
+        QCOMPARE(brief(tileValues(*world.model, {})),
+                 u"Desktop 4 0 disabled dimmed, Desktop 5 2 here disabled dimmed"_s);
+        QVERIFY(world.finish(task));
     }
 
     void saysWhatStateTheFlockIsIn()
@@ -64,6 +74,9 @@ private Q_SLOTS:
         TovelModel &busy = moving.start();
         busy.setIssues({u"One."_s, u"Two."_s});
         QCOMPARE(statusText(busy), u"One.\nTwo."_s);
+        moving.defaults().failWrites(u"full"_s);
+        (void)busy.setFollow(true);
+        QCOMPARE(statusText(busy), u"One.\nTwo.\n"_s + ModelTexts::choicesNotStored(u"full"_s));
         const auto task = busy.migrate(moving.target(12));
         QCOMPARE(statusText(busy), u"Moving 1 of 2…"_s);
         QVERIFY(moving.finish(task));

@@ -11,6 +11,8 @@
 #include <QApplication>
 #include <QLabel>
 #include <QLineEdit>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QTest>
 
 using namespace tovel;
@@ -175,8 +177,8 @@ private Q_SLOTS:
     void anApplicationIsReopenedOnceAtATime()
     {
         ModelWorld world;
-        world.defaults().setObject(u"selected"_s, QStringList{u"org.agenda"_s});
-        world.defaults().setObject(u"appNames"_s, QVariantMap{{u"org.agenda"_s, u"Agenda"_s}});
+        world.defaults().put(u"selected"_s, QStringList{u"org.agenda"_s});
+        world.defaults().put(u"appNames"_s, QVariantMap{{u"org.agenda"_s, u"Agenda"_s}});
         world.facts().installed.append({.bundleIdentifier = u"org.agenda"_s,
                                         .location = QUrl(u"file:///apps/agenda"_s),
                                         .launchDelay = 5});
@@ -205,6 +207,8 @@ private Q_SLOTS:
         panel.click(u"Add app"_s);
         auto *search = panel.openPopover()->findChild<QLineEdit *>();
         const auto rows = panel.visible<AppRow>();
+        QTest::keyClick(search, Qt::Key_Return); // nothing was searched for
+        QCOMPARE(world.model->selected().size(), 2);
         QTest::keyClick(search, Qt::Key_Down);
         QVERIFY(rows[0]->hasFocus());
         QTest::keyClick(rows[0], Qt::Key_Down);
@@ -226,6 +230,35 @@ private Q_SLOTS:
         QVERIFY(!panel.openPopover());
         panel.click(u"Add app"_s);
         QCOMPARE(panel.offered(), QStringList(u"Browser"_s));
+        QTest::keyClick(search, Qt::Key_B);
+        QCOMPARE(search->accessibleDescription(), u"Return adds Browser"_s);
+        QTest::keyClick(search, Qt::Key_Return);
+        QVERIFY(world.model->selected().contains(u"org.web"_s));
+    }
+
+    void theListBeginsAtItsTop()
+    {
+        ModelWorld world;
+        for (int pid = 600; pid < 620; ++pid) {
+            const QString name = u"Tool "_s + QString::number(pid);
+            world.desktop.addApplication({.pid = pid, .bundleIdentifier = name, .name = name});
+        }
+        const Panel panel(world);
+        panel.click(u"Add app"_s);
+        QScrollBar *bar = panel.openPopover()->findChild<QScrollArea *>()->verticalScrollBar();
+        auto *search = panel.openPopover()->findChild<QLineEdit *>();
+        const auto scroll = [&] {
+            bar->setValue(bar->maximum());
+            return bar->value() > 0;
+        };
+        QVERIFY(scroll());
+        QTest::keyClick(search, Qt::Key_6);
+        Panel::settle();
+        QCOMPARE(bar->value(), 0);
+        QVERIFY(scroll());
+        QTest::keyClick(search, Qt::Key_Escape);
+        panel.click(u"Add app"_s);
+        QCOMPARE(bar->value(), 0);
     }
 
     void nothingElseStartsDuringAMove()

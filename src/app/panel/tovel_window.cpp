@@ -1,5 +1,6 @@
 #include "app/panel/tovel_window.h"
 
+#include "app/panel/own_window.h"
 #include "app/panel/toolbar_row.h"
 #include "app/panel/window_frame.h"
 #include "platform/clock.h"
@@ -50,6 +51,17 @@ QString defaultsKey(const QString &name) { return u"NSWindow Frame "_s + name; }
 QRect withoutAllowance(const QRect &frame)
 {
     return QRect(frame.topLeft(), frame.size() - FrameAllowance);
+}
+
+QRect broughtOntoScreens(const WindowFrame &kept)
+{
+    QList<QRect> screens;
+    bool isScreenThere = false;
+    for (const QScreen *screen : QGuiApplication::screens()) {
+        screens.append(screen->availableGeometry());
+        isScreenThere = isScreenThere || screen->geometry() == kept.screen;
+    }
+    return isScreenThere ? fittedFrame(kept.frame, screens) : wholeFrame(kept.frame, screens);
 }
 
 } // namespace
@@ -103,14 +115,12 @@ void TovelWindow::setLevel(NSWindowLevel level)
 
 bool TovelWindow::setFrameUsingName(const QString &name)
 {
-    const auto kept = parseFrame(defaults().text(defaultsKey(name)).value_or(QString()));
+    const auto kept = parseFrame(
+        defaults().dictionaryRepresentation().text(defaultsKey(name)).value_or(QString()));
     if (!kept)
         return false;
-    QList<QRect> screens;
-    for (const QScreen *screen : QGuiApplication::screens())
-        screens.append(screen->availableGeometry());
     const QRect frame(kept->frame.topLeft(), kept->frame.size() + FrameAllowance);
-    place(withoutAllowance(fittedFrame(frame, screens)));
+    place(withoutAllowance(broughtOntoScreens({frame, kept->screen})));
     return true;
 }
 
@@ -171,8 +181,11 @@ void TovelWindow::showEvent(QShowEvent *event)
     // A manager takes the size of a window that comes maximised for the one to go back to.
     if (m_arrivalState)
         setWindowState(windowState() & ~LargeStates);
-    if (m_restingContent)
-        setGeometry(*m_restingContent);
+    if (m_resting) {
+        const QRect frame = m_resting->frame.marginsAdded(m_restingMargins);
+        setGeometry(
+            broughtOntoScreens({frame, m_resting->screen}).marginsRemoved(m_restingMargins));
+    }
 }
 
 void TovelWindow::hideEvent(QHideEvent *event)
@@ -275,11 +288,6 @@ void TovelWindow::paintEvent(QPaintEvent *event)
     QPainter(this).fillRect(event->rect(), TovelTheme::chromeColor(palette()));
 }
 
-std::uint32_t TovelWindow::windowNumber() const
-{
-    return static_cast<std::uint32_t>(windowHandle()->winId());
-}
-
 void TovelWindow::openMenu(QPoint position)
 {
     applyTint(*m_menu);
@@ -302,21 +310,26 @@ void TovelWindow::arrive()
 
 void TovelWindow::joinAllSpaces()
 {
-    currentPlatform().ownWindows().setCollectionBehavior(windowNumber(), Behavior);
+    currentPlatform().ownWindows().setCollectionBehavior(ownWindow(*windowHandle()), Behavior);
 }
 
 void TovelWindow::applyLevel()
 {
     // Qt's own hint would hide the window and make it anew.
-    currentPlatform().ownWindows().setLevel(windowNumber(), m_level);
+    currentPlatform().ownWindows().setLevel(ownWindow(*windowHandle()), m_level);
 }
 
 void TovelWindow::takeFocus()
 {
     activateWindow();
     m_wantsFocus = m_awaitsExposure;
-    if (!m_wantsFocus)
-        currentPlatform().ownWindows().makeKeyAndOrderFront(windowNumber());
+    if (m_wantsFocus)
+        return;
+    OwnWindows &ownWindows = currentPlatform().ownWindows();
+    ownWindows.makeKeyAndOrderFront(ownWindow(*windowHandle()));
+    // The panel behind it takes no click and no key.
+    if (const QWidget *dialog = QApplication::activeModalWidget())
+        ownWindows.makeKeyAndOrderFront(ownWindow(*dialog->windowHandle()));
 }
 
 void TovelWindow::saveWindowFrame()
@@ -325,15 +338,19 @@ void TovelWindow::saveWindowFrame()
     // Until a manager has put its frame around the window, the position means nothing.
     if (!isVisible() || m_awaitsExposure || !hasNormalFrame())
         return;
-    m_restingContent = geometry();
+    // A screen that changes under a window that stays is not the one it was put on.
+    if (!m_resting || m_resting->frame != geometry())
+        m_resting = {geometry(), screen()->geometry()};
+    m_restingMargins = windowHandle()->frameMargins();
     if (m_frameAutosaveName.isEmpty())
         return;
     // The widget's own position counts with the margins of its last move.
     const QRect frame(windowHandle()->framePosition(), size());
-    const QString text = frameText({frame, screen()->geometry()});
+    const QString text = frameText({frame, m_resting->screen});
+    // Nobody chose it in so many words: one that cannot be stored is not worth a word either.
     const QString key = defaultsKey(m_frameAutosaveName);
-    if (defaults().text(key) != text)
-        defaults().setObject(key, text);
+    if (defaults().dictionaryRepresentation().text(key) != text)
+        (void)defaults().setObject(key, text);
 }
 
 void TovelWindow::saveFrameSoon()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/panel/window_frame.h"
 #include "platform/own_windows.h"
 
 #include <QPoint>
@@ -52,14 +53,17 @@ public:
     // The frame is kept in the standard user defaults under the name: whenever the window is
     // hidden, and once moving and resizing have come to rest. Empty to begin with: nothing is kept.
     void setFrameAutosaveName(const QString &name) { m_frameAutosaveName = name; }
-    // Takes the frame that was kept under the name, brought onto a screen. False when there is none
-    // that can be read; the window then stays where it is. For a window that was not shown yet.
+    // Takes the frame that was kept under the name, brought onto a screen that is there. False when
+    // there is none that can be read; the window then stays where it is. For a window that was not
+    // shown yet.
     bool setFrameUsingName(const QString &name);
     // In the middle of the primary screen, at its present size.
     void center();
 
-    // Shows the window, before the others and with the keyboard. So soon after a hiding that the
-    // session is still busy with it, a moment later.
+    // Shows the window, before the others and with the keyboard, but behind a dialog that has to be
+    // answered first. So soon after a hiding that the
+    // session is still busy with it, a moment later. When the screen on which it stood has become
+    // another one, it is brought wholly onto one that is there.
     void makeKeyAndOrderFront();
     // Keeps the frame, then hides. Hiding a hidden window calls the handler again.
     void orderOut();
@@ -90,7 +94,6 @@ private:
         bool isMoving = false;
     };
 
-    std::uint32_t windowNumber() const;
     void openMenu(QPoint position);
     void arrive();
     void joinAllSpaces();
@@ -108,7 +111,8 @@ private:
     std::function<void()> m_hiddenHandler;
     NSWindowLevel m_level = NSNormalWindowLevel;
     QString m_frameAutosaveName;
-    std::optional<QRect> m_restingContent; // where a new showing returns to, without the frame
+    std::optional<WindowFrame> m_resting; // where a new showing returns to, without the margins
+    QMargins m_restingMargins; // of the manager's frame
     Qt::WindowStates m_arrivalState; // that it takes on after that
     std::unique_ptr<Timer> m_saveTimer;
     std::unique_ptr<Timer> m_showTimer;

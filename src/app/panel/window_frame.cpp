@@ -75,14 +75,18 @@ std::optional<WindowFrame> parseFrame(const QString &text)
 
 QRect fittedFrame(const QRect &frame, const QList<QRect> &screens)
 {
+    const QRect whole = wholeFrame(frame, screens);
+    return whole.size() == frame.size() && canBeReached(frame, screens) ? frame : whole;
+}
+
+QRect wholeFrame(const QRect &frame, const QList<QRect> &screens)
+{
     if (screens.isEmpty() || isWhollyShown(frame, screens))
         return frame;
     const QRect screen = *std::ranges::max_element(screens, {}, [&frame](const QRect &candidate) {
         return std::pair(area(candidate.intersected(frame)), -distance(candidate, frame.center()));
     });
     const QSize size = frame.size().boundedTo(screen.size());
-    if (size == frame.size() && canBeReached(frame, screens))
-        return frame;
     const QPoint last(screen.right() + 1 - size.width(), screen.bottom() + 1 - size.height());
     return QRect(std::clamp(frame.x(), screen.x(), last.x()),
                  std::clamp(frame.y(), screen.y(), last.y()), size.width(), size.height());

@@ -27,9 +27,13 @@ std::optional<WindowFrame> parseFrame(const QString &text);
 
 // Where a window goes that would stand at the frame: there, when its upper edge can be reached and
 // it is no larger than the screen that shows most of it, or when the screens together show all of
-// it. Else wholly onto that screen, or the nearest one, shrunk if need be. The primary screen comes
-// first; without screens the frame stays as it is.
+// it; else as wholeFrame().
 QRect fittedFrame(const QRect &frame, const QList<QRect> &screens);
+
+// There when the screens together show all of it. Else wholly onto the screen that shows most of
+// it, or the nearest one, shrunk if need be. The primary screen comes first; without screens the
+// frame stays as it is.
+QRect wholeFrame(const QRect &frame, const QList<QRect> &screens);
 
 // In the middle of the screen, shrunk if need be.
 QRect centeredFrame(QSize size, const QRect &screen);

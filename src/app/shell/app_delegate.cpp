@@ -1,8 +1,10 @@
 #include "app/shell/app_delegate.h"
 
+#include "app/panel/own_window.h"
 #include "app/panel/tovel_window.h"
 #include "app/session_bus.h"
 #include "app/shell/about_panel.h"
+#include "app/shell/access_note.h"
 #include "app/shell/application_menu.h"
 #include "app/shell/hidden_panel_note.h"
 #include "app/shell/shortcut_editor.h"
@@ -64,12 +66,13 @@ void AppDelegate::applicationDidFinishLaunching(Launch launch)
     applyAppIcon();
     rememberAccess();
     connect(m_model.get(), &TovelModel::didChange, this, [this](TovelModel::Property property) {
-        if (property == TovelModel::Property::trusted)
-            rememberAccess();
+        if (property == TovelModel::Property::choicesProblem)
+            takeUpShortcut();
+        if (property != TovelModel::Property::trusted)
+            return;
+        rememberAccess();
+        delete m_accessNote; // it speaks of how it was
     });
-    // Later, when what has changed was stored, or was not.
-    connect(m_model.get(), &TovelModel::didChange, this, &AppDelegate::tellUnstored,
-            Qt::QueuedConnection);
     makePanel();
     makeStatusItem();
     installHotKey();
@@ -84,12 +87,11 @@ void AppDelegate::makePanel()
     m_panel = std::make_unique<TovelWindow>();
     m_panel->setLevel(levelFor(m_model->pinned()));
     m_model->onPinChanged([this](bool pinned) { m_panel->setLevel(levelFor(pinned)); });
-    m_model->onMigrationFinished([this] {
-        m_panel->bringToFrontAfterMigration();
-        raiseModalDialog();
-    });
+    m_model->onMigrationFinished([this] { m_panel->bringToFrontAfterMigration(); });
     m_panel->setHiddenHandler([this] { panelWasHidden(); });
-    m_panel->setContentWidget(new TovelView(*m_model));
+    auto *view = new TovelView(*m_model);
+    view->setAccessAdvice(m_accessAdvice);
+    m_panel->setContentWidget(view);
     m_panel->setTitleWidget(new TovelTitleView(*m_model));
     m_panel->setSettingsWidget(
         new TovelSettingsView(*m_model, m_updates, m_shortcuts, [this] { editShortcut(); }));
@@ -110,7 +112,6 @@ void AppDelegate::show()
         if (dialog)
             dialog->show();
     }
-    raiseModalDialog();
 }
 
 void AppDelegate::hide()
@@ -158,35 +159,37 @@ void AppDelegate::activateIgnoringOtherApps()
     if (isPanelVisible())
         m_panel->makeKeyAndOrderFront();
     for (const QWidget *window : QApplication::topLevelWidgets()) {
-        if (window->isVisible() && qobject_cast<const QDialog *>(window)) {
-            m_platform.ownWindows().makeKeyAndOrderFront(
-                static_cast<std::uint32_t>(window->winId()));
-        }
+        if (window->isVisible() && qobject_cast<const QDialog *>(window))
+            m_platform.ownWindows().makeKeyAndOrderFront(ownWindow(*window->windowHandle()));
     }
 }
 
 void AppDelegate::rememberAccess()
 {
-    m_platform.userDefaults().standardUserDefaults().setObject(accessGrantedKey,
-                                                               m_model->trusted());
+    (void)m_platform.userDefaults().standardUserDefaults().setObject(accessGrantedKey,
+                                                                     m_model->trusted());
 }
 
-void AppDelegate::tellUnstored(TovelModel::Property property)
+// The choices may be readable now that were not when the program started.
+void AppDelegate::takeUpShortcut()
 {
-    using enum TovelModel::Property;
-    const bool isChoice = property == selected || property == aliases || property == follow
-        || property == iconStyle || property == pinned;
-    const QString error = m_platform.userDefaults().standardUserDefaults().errorString();
-    if (isChoice && !error.isEmpty())
-        m_model->setIssues({u"Your choices could not be stored: "_s + error});
+    const TovelShortcut before = m_shortcuts.shortcut();
+    m_shortcuts.readAgain();
+    if (m_editing || m_shortcuts.shortcut() == before)
+        return;
+    m_hotKey.unregisterShortcut();
+    registerStoredShortcut();
+    showShortcut();
 }
 
 void AppDelegate::requestAccessOnce()
 {
     UserDefaults &defaults = m_platform.userDefaults().standardUserDefaults();
-    if (m_model->trusted() || defaults.boolean(accessRequestedKey).value_or(false))
+    const DefaultsReading stored = defaults.dictionaryRepresentation();
+    // Whoever cannot tell whether it was asked for does not ask.
+    if (m_model->trusted() || !stored.succeeded() || stored.boolean(accessRequestedKey) == true)
         return;
-    defaults.setObject(accessRequestedKey, true);
+    (void)defaults.setObject(accessRequestedKey, true);
     m_model->requestAccess();
 }
 
@@ -196,6 +199,11 @@ void AppDelegate::installHotKey()
         tellShortcutFailure(u"Could not register the shortcut. Use the menu bar icon."_s);
         return;
     }
+    registerStoredShortcut();
+}
+
+void AppDelegate::registerStoredShortcut()
+{
     const TovelShortcut &shortcut = m_shortcuts.shortcut();
     if (!m_hotKey.registerShortcut(shortcut)) {
         tellShortcutFailure(shortcut.label()
@@ -218,14 +226,18 @@ void AppDelegate::editShortcut()
     m_hotKey.unregisterShortcut();
     const auto tryToRegister
         = [this](const TovelShortcut &shortcut) { return m_hotKey.registerShortcut(shortcut); };
+    DefaultsOutcome outcome;
     {
-        ShortcutEditor editor(m_shortcuts.shortcut(), tryToRegister,
-                              isPanelVisible() ? m_panel.get() : nullptr);
+        m_panel->winId(); // or a panel that is shown later would not be the editor's
+        ShortcutEditor editor(m_shortcuts.shortcut(), tryToRegister, m_panel.get());
         if (editor.exec() == QDialog::Accepted)
-            m_shortcuts.save(editor.candidate());
+            outcome = m_shortcuts.save(editor.candidate());
     }
     if (m_model->issues() == QStringList{m_shortcutFailure})
         m_model->setIssues({});
+    if (!outcome.isStored())
+        tellShortcutFailure(u"The shortcut works until Tovel ends, but could not be stored: "_s
+                            + outcome.failure);
     if (!m_hotKey.isRegistered() && !m_hotKey.registerShortcut(m_shortcuts.shortcut()))
         tellShortcutFailure(u"Shortcut unavailable. Choose another shortcut in Settings."_s);
     showShortcut();
@@ -267,19 +279,21 @@ void AppDelegate::showAbout()
     m_about->activateWindow();
 }
 
+void AppDelegate::tellAccess(const QString &text)
+{
+    show();
+    delete m_accessNote;
+    m_accessNote = new AccessNote(text, m_panel.get());
+    m_accessNote->setAttribute(Qt::WA_DeleteOnClose);
+    m_accessNote->show();
+}
+
 bool AppDelegate::eventFilter(QObject *watched, QEvent *event)
 {
     // Quitting closes the windows before it ends anything.
     if (watched == qApp && event->type() == QEvent::Quit)
         m_quitting = true;
     return QObject::eventFilter(watched, event);
-}
-
-// The panel behind it takes no click and no key.
-void AppDelegate::raiseModalDialog()
-{
-    if (const QWidget *dialog = QApplication::activeModalWidget())
-        m_platform.ownWindows().makeKeyAndOrderFront(static_cast<std::uint32_t>(dialog->winId()));
 }
 
 void AppDelegate::setReachableByStarting(bool reachable)
@@ -308,9 +322,9 @@ void AppDelegate::panelWasHidden()
 void AppDelegate::tellWaysBack()
 {
     UserDefaults &defaults = m_platform.userDefaults().standardUserDefaults();
-    if (defaults.boolean(toldWaysBackKey).value_or(false))
+    if (defaults.dictionaryRepresentation().boolean(toldWaysBackKey).value_or(false))
         return;
-    defaults.setObject(toldWaysBackKey, true);
+    (void)defaults.setObject(toldWaysBackKey, true);
     const QString key = m_hotKey.isRegistered() ? m_shortcuts.shortcut().label() : QString();
     m_note = std::make_unique<HiddenPanelNote>(waysBackText(key, m_reachableByStarting),
                                                [] { QCoreApplication::quit(); });

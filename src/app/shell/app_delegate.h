@@ -2,6 +2,7 @@
 
 #include "app/shell/dialogs_on_all_spaces.h"
 #include "app/shell/global_shortcut.h"
+#include "app/shell/held_keys.h"
 #include "model/tovel_model.h"
 #include "platform/updater.h"
 #include "settings/icon_style.h"
@@ -63,6 +64,12 @@ public:
     // Shows the panel unless it has the keyboard; then hides it.
     void toggle();
 
+    // What the panel tells while it asks for access; to be set before the launch.
+    void setAccessAdvice(std::function<QString()> advice) { m_accessAdvice = std::move(advice); }
+
+    // Tells what stands in the way of moving windows, or that nothing does, before the panel.
+    void tellAccess(const QString &text);
+
     // Records a new shortcut; returns when the editor has closed. Nothing while it is open.
     void editShortcut();
 
@@ -78,15 +85,15 @@ private:
     // Brings what is shown to the front, dialogs above the panel. Shows nothing that is hidden.
     void activateIgnoringOtherApps();
     void rememberAccess();
-    void tellUnstored(TovelModel::Property property);
+    void takeUpShortcut();
     void requestAccessOnce();
     void installHotKey();
+    void registerStoredShortcut();
     void tellShortcutFailure(const QString &text);
     void makeStatusItem();
     void showShortcut();
     void makeApplicationMenu();
     void showAbout();
-    void raiseModalDialog();
     bool isReachable() const;
     void panelWasHidden();
     void tellWaysBack();
@@ -102,9 +109,12 @@ private:
     std::unique_ptr<TovelWindow> m_panel; // its views borrow all of the above
     std::unique_ptr<StatusItem> m_status;
     DialogsOnAllSpaces m_dialogs;
+    HeldKeys m_heldKeys;
     GlobalShortcut m_hotKey;
     std::unique_ptr<ApplicationMenu> m_applicationMenu;
+    std::function<QString()> m_accessAdvice;
     QPointer<QDialog> m_about; // the panel's
+    QPointer<QDialog> m_accessNote; // the same
     std::unique_ptr<HiddenPanelNote> m_note;
     QList<QPointer<QDialog>> m_hiddenDialogs;
     QString m_shortcutFailure; // the last one told

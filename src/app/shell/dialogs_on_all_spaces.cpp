@@ -1,5 +1,6 @@
 #include "app/shell/dialogs_on_all_spaces.h"
 
+#include "app/panel/own_window.h"
 #include "platform/own_windows.h"
 
 #include <QEvent>
@@ -27,7 +28,7 @@ bool DialogsOnAllSpaces::eventFilter(QObject *watched, QEvent *event)
     } else if (!m_shown.contains(window)) {
         m_shown.insert(window);
         connect(window, &QObject::destroyed, this, [this, window] { m_shown.remove(window); });
-        m_ownWindows.setCollectionBehavior(static_cast<std::uint32_t>(window->winId()),
+        m_ownWindows.setCollectionBehavior(ownWindow(*window),
                                            NSWindowCollectionBehaviorCanJoinAllSpaces);
     }
     return false;

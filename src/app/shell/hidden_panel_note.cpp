@@ -1,5 +1,6 @@
 #include "app/shell/hidden_panel_note.h"
 
+#include "views/dialog_buttons.h"
 #include "views/tint.h"
 #include "views/wrapped_text.h"
 
@@ -47,6 +48,7 @@ HiddenPanelNote::HiddenPanelNote(const QString &text, const std::function<void()
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     QPushButton *quitButton = buttons->addButton(u"Quit Tovel"_s, QDialogButtonBox::ActionRole);
     quitButton->setAutoDefault(false);
+    letTabReachAll(*buttons);
     connect(quitButton, &QPushButton::clicked, this, quit);
 
     auto *layout = new QVBoxLayout(this);

@@ -2,6 +2,7 @@
 
 #include "app/shell/key_down.h"
 #include "app/shell/shortcut_record_button.h"
+#include "views/dialog_buttons.h"
 #include "views/text_style.h"
 #include "views/tint.h"
 
@@ -35,6 +36,7 @@ ShortcutEditor::ShortcutEditor(const TovelShortcut &current, Registration tryToR
 {
     const QString title = u"Keyboard Shortcut"_s;
     setWindowTitle(title);
+    setWindowModality(Qt::WindowModal); // a tray icon is a window, too, and is to take clicks
     auto *heading = new QLabel(title);
     heading->setFont(textFont(TextStyle::headline));
     m_informativeText->setFont(textFont(TextStyle::callout));
@@ -47,6 +49,7 @@ ShortcutEditor::ShortcutEditor(const TovelShortcut &current, Registration tryToR
     m_save->setDefault(true);
     buttons->addButton(u"Cancel"_s, QDialogButtonBox::RejectRole);
     QPushButton *reset = buttons->addButton(u"Reset to Default"_s, QDialogButtonBox::ResetRole);
+    letTabReachAll(*buttons);
     connect(m_save, &QPushButton::clicked, this, &ShortcutEditor::save);
     connect(reset, &QPushButton::clicked, this, &ShortcutEditor::resetToDefault);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
@@ -83,9 +86,14 @@ bool ShortcutEditor::eventFilter(QObject *watched, QEvent *event)
 
 bool ShortcutEditor::takeKey(const QKeyEvent &event)
 {
-    const std::optional<KeyDownEvent> key = keyDown(event);
-    if (!key)
+    if (isModifier(event))
         return true;
+    const std::optional<KeyDownEvent> key = keyDown(event);
+    if (!key) {
+        m_informativeText->setText(
+            u"That key cannot be used in a shortcut. Try another combination."_s);
+        return true;
+    }
     if (key->keyCode == escapeKey && key->modifierFlags == 0) {
         stopRecording();
         return true;

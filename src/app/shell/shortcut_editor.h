@@ -15,7 +15,7 @@ namespace tovel {
 class ShortcutRecordButton;
 
 // Lets the user record a shortcut. Accepted once the candidate could be registered; rejected by
-// Cancel. Nothing is stored here.
+// Cancel. Nothing is stored here. Modal to its parent, whether or not that is shown.
 class ShortcutEditor final : public QDialog
 {
     Q_OBJECT

@@ -1,5 +1,7 @@
 #include "app/shell/shortcut_record_button.h"
 
+#include <QKeyEvent>
+
 namespace tovel {
 
 using namespace Qt::StringLiterals;
@@ -36,6 +38,15 @@ void ShortcutRecordButton::stopRecording(const QString &label)
     m_recording = false;
     setText(buttonText(label));
     setAccessibleDescription(label);
+}
+
+void ShortcutRecordButton::keyPressEvent(QKeyEvent *event)
+{
+    // Some desktops have them press whatever button has the keyboard.
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+        event->ignore();
+    else
+        QPushButton::keyPressEvent(event);
 }
 
 } // namespace tovel

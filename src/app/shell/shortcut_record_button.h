@@ -7,7 +7,7 @@
 namespace tovel {
 
 // Shows a shortcut, and once pressed, that the next keys become the new one. Taking the keys is
-// others' work.
+// others' work. Return and Enter are left to the dialog, in every session.
 class ShortcutRecordButton final : public QPushButton
 {
     Q_OBJECT
@@ -21,6 +21,9 @@ public:
     void startRecording();
     // Shows the label again, whether or not it was recording.
     void stopRecording(const QString &label);
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
 
 private:
     bool m_recording = false;

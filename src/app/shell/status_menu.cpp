@@ -6,6 +6,7 @@
 #include "views/components/menu_text.h"
 #include "views/icon_choice.h"
 #include "views/panel_values.h"
+#include "views/tint.h"
 
 #include <QMenu>
 
@@ -76,7 +77,8 @@ std::unique_ptr<QMenu> makeStatusMenu(const TovelModel &model, const TovelUpdate
     addSwitch(*menu, u"Follow windows"_s, model.follow(), actions.toggleFollow);
     addCommand(*menu, u"Refresh"_s, actions.refresh);
     addCommand(*menu, u"Accessibility Settings…"_s, actions.openAccessSettings);
-    markIconChoice(*addIconChoice(*menu, actions.changeIcon), model.iconStyle());
+    QMenu *styles = addIconChoice(*menu, actions.changeIcon);
+    markIconChoice(*styles, model.iconStyle());
     addCommand(*menu, u"Check for Updates…"_s, actions.checkForUpdates)
         ->setEnabled(updates.canCheck());
     menu->addSeparator();
@@ -84,6 +86,8 @@ std::unique_ptr<QMenu> makeStatusMenu(const TovelModel &model, const TovelUpdate
     addCommand(*menu, u"Keyboard Shortcut… ("_s + shortcuts.shortcut().label() + u')',
                actions.editShortcut);
     addCommand(*menu, u"Quit Tovel"_s, actions.quit)->setShortcut(Qt::CTRL | Qt::Key_Q);
+    applyTint(*menu);
+    applyTint(*styles);
     return menu;
 }
 

@@ -41,6 +41,14 @@ Claim claimOrJoin(BusPresence &presence, AppDelegate::Launch launch)
     return claim == Claim::Taken ? Claim::Unanswered : claim;
 }
 
+QString accessText(PlatformChoice &choice)
+{
+    const QString advice = choice.accessAdvice();
+    const QString granted
+        = u"This session lets Tovel move windows; there is nothing more to allow."_s;
+    return advice.isEmpty() ? (QStringList{granted} + choice.limits()).join(u' ') : advice;
+}
+
 } // namespace
 
 void prepareDisplay(const char *plugins)
@@ -65,6 +73,8 @@ int runPanel(int &argc, char **argv, AppDelegate::Launch launch, QTextStream &er
         return NoDisplay;
     }
 
+    // Before others can know of the program, and wait for its end.
+    const Interrupt interrupt([](int) { QCoreApplication::quit(); }, Interrupt::Deadline::End);
     BusPresence presence(isUsersSession() ? sessionBus() : QDBusConnection(QString()));
     const Claim claim = claimOrJoin(presence, launch);
     if (claim == Claim::Taken)
@@ -73,7 +83,6 @@ int runPanel(int &argc, char **argv, AppDelegate::Launch launch, QTextStream &er
         err << "tovel: Tovel runs already, but does not answer" << Qt::endl;
         return Failed;
     }
-    const Interrupt interrupt([](int) { QCoreApplication::quit(); });
 
     const std::unique_ptr<PlatformChoice> choice = choosePlatform(Stay::Session);
     if (!choice) {
@@ -99,7 +108,10 @@ int runPanel(int &argc, char **argv, AppDelegate::Launch launch, QTextStream &er
     delegate.setReachableByStarting(claim == Claim::Ours);
     QObject::connect(&presence, &BusPresence::busLost, &delegate,
                      [&delegate] { delegate.setReachableByStarting(false); });
+    delegate.setAccessAdvice([&choice] { return choice->accessAdvice(); });
     delegate.applicationDidFinishLaunching(launch);
+    // From now on, when the user asks; the launch's own request is answered by the panel.
+    choice->setSettingsOpener([&choice, &delegate] { delegate.tellAccess(accessText(*choice)); });
     presence.application().serve(
         {.show = [&delegate] { delegate.show(); }, .toggle = [&delegate] { delegate.toggle(); }});
     presence.commands().serve(delegate.model(), [&choice] {

@@ -98,8 +98,9 @@ BusMenuItem cut(BusMenuItem item, int depth)
 {
     if (depth == 0)
         item.children.clear();
+    const int left = depth > 0 ? depth - 1 : depth;
     for (BusMenuItem &child : item.children)
-        child = cut(std::move(child), depth - 1);
+        child = cut(std::move(child), left);
     return item;
 }
 
