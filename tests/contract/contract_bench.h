@@ -41,24 +41,30 @@ protected:
         return numbers(
             m_entries.windowsWithTags(m_connection, 0, {QVariant(space)}, options, &set, &clear));
     }
-    QVariantMap display()
+    QVariantMap display(int position = 0)
     {
         const auto displays = m_entries.displays(m_connection).value_or(QVariantList());
-        return dictionary(displays.value(0)).value_or(QVariantMap());
+        return dictionary(displays.value(position)).value_or(QVariantMap());
     }
     static quint64 idOf(const QVariant &space)
     {
         const auto facts = dictionary(space).value_or(QVariantMap());
         return unsignedNumber(facts[u"ManagedSpaceID"_s]).value_or(0);
     }
-    Numbers row()
+    Numbers row(int position = 0)
     {
         Numbers ids;
-        for (const QVariant &space : array(display()[u"Spaces"_s]).value_or(QVariantList()))
+        for (const QVariant &space : array(display(position)[u"Spaces"_s]).value_or(QVariantList()))
             ids.append(idOf(space));
         return ids;
     }
-    quint64 shown() { return idOf(display()[u"Current Space"_s]); }
+    quint64 shown(int position = 0) { return idOf(display(position)[u"Current Space"_s]); }
+    // Of its display at least.
+    bool isOnAll(std::uint32_t window)
+    {
+        const Numbers spaces = spacesOf(window);
+        return std::ranges::all_of(m_row, [&](quint64 space) { return spaces.contains(space); });
+    }
     bool arrives(std::uint32_t window, quint64 space)
     {
         return m_world->eventually([&] { return spacesOf(window) == Numbers{space}; });

@@ -1,5 +1,9 @@
 #pragma once
 
+#include "platform/own_windows.h"
+
+#include <QByteArray>
+#include <QRectF>
 #include <QSize>
 #include <QString>
 
@@ -23,24 +27,32 @@ struct ContractWindow
     QSize size = QSize(300, 200);
 };
 
-// A desktop that the contract is tried on: four regular spaces in a row, on one display. What is
-// done here is done to the desktop by somebody else; the platform is only looked at. Takes effect
-// as soon as the desktop gets to it.
+// A desktop that the contract is tried on: four regular spaces in a row on its first display, two
+// on its second if it has one. What is done here is done to the desktop by somebody else; the
+// platform is only looked at. Takes effect as soon as the desktop gets to it.
 class ContractWorld
 {
 public:
     virtual ~ContractWorld() = default;
 
     virtual Platform &platform() = 0;
+    virtual int displayCount() const { return 1; }
+    // Of the first display.
+    virtual QRectF bounds() const { return QRectF(0, 0, 1280, 800); }
 
     // Gives the window's number. All windows are of one process of the kernel.
     virtual std::uint32_t open(const ContractWindow &window) = 0;
     // An application ends with its last window.
     virtual void close(std::uint32_t window) = 0;
+    // Closes the window, and at once another one gets its number.
+    virtual void replace(std::uint32_t window, const ContractWindow &other) = 0;
     virtual void minimize(std::uint32_t window) = 0;
     virtual void makeFullScreen(std::uint32_t window) = 0;
     virtual void putOnAllDesktops(std::uint32_t window) = 0;
+    // Of the first display.
     virtual void showDesktop(int desktop) = 0;
+    // The window by what a program would know of its own.
+    virtual OwnWindow own(std::uint32_t window) const { return {.windowNumber = window}; }
 
     // The keyboard, in key codes and modifiers of HotKeys. A press is held for so long.
     virtual void press(std::uint32_t keyCode, std::uint32_t modifiers, double seconds = 0) = 0;
@@ -55,7 +67,11 @@ public:
     virtual void pass(double seconds) = 0;
 };
 
-std::unique_ptr<ContractWorld> makeSimulatedWorld();
+std::unique_ptr<ContractWorld> makeSimulatedWorld(int displays);
+
+// On a session in memory, of two screens: "two_outputs" has a row on each of them, "hidden_cursor"
+// as well, but tells nobody where the cursor is, and "one_row" has a row over both.
+std::unique_ptr<ContractWorld> makeSessionWorld(const QByteArray &name);
 
 // On the manager that managerFromEnvironment() names; null when it does not start.
 std::unique_ptr<ContractWorld> makeX11World();

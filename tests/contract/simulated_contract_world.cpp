@@ -14,7 +14,8 @@ constexpr double Deadline = 10;
 class SimulatedContractWorld final : public ContractWorld
 {
 public:
-    SimulatedContractWorld()
+    explicit SimulatedContractWorld(int displays)
+        : m_displayCount(displays)
     {
         SimDisplay display{.identifier = u"Main"_s,
                            .number = 1,
@@ -24,13 +25,27 @@ public:
         for (int i = 0; i < DesktopCount; ++i)
             display.spaces.append(SimSpace{.id = FirstSpace + std::uint64_t(i)});
         m_desktop.addDisplay(display);
+        if (displays < 2)
+            return;
+        m_desktop.addDisplay({.identifier = u"Other"_s,
+                              .number = 2,
+                              .bounds = QRectF(1280, 0, 1024, 768),
+                              .name = u"Other screen"_s,
+                              .spaces = {SimSpace{.id = 21}, SimSpace{.id = 22}},
+                              .currentSpace = 21});
     }
 
     Platform &platform() override { return m_desktop.platform(); }
+    int displayCount() const override { return m_displayCount; }
 
     std::uint32_t open(const ContractWindow &window) override
     {
-        SimWindow facts{.number = ++m_lastNumber,
+        return open(window, ++m_lastNumber);
+    }
+
+    std::uint32_t open(const ContractWindow &window, std::uint32_t number)
+    {
+        SimWindow facts{.number = number,
                         .pid = processOf(window),
                         .title = window.title,
                         .spaces = {FirstSpace + std::uint64_t(window.desktop)},
@@ -54,6 +69,12 @@ public:
                 return;
         }
         m_desktop.quit(pid);
+    }
+
+    void replace(std::uint32_t window, const ContractWindow &other) override
+    {
+        close(window);
+        open(other, window);
     }
 
     void minimize(std::uint32_t window) override { m_desktop.window(window).minimized = true; }
@@ -112,15 +133,16 @@ private:
     }
 
     SimulatedDesktop m_desktop;
+    int m_displayCount;
     std::uint32_t m_lastNumber = 100;
     std::int32_t m_lastProcess = 500;
 };
 
 } // namespace
 
-std::unique_ptr<ContractWorld> makeSimulatedWorld()
+std::unique_ptr<ContractWorld> makeSimulatedWorld(int displays)
 {
-    return std::make_unique<SimulatedContractWorld>();
+    return std::make_unique<SimulatedContractWorld>(displays);
 }
 
 } // namespace tovel

@@ -35,8 +35,9 @@ constexpr EventTypeSpec HotKeyPressed[] = {{kEventClassKeyboard, kEventHotKeyPre
 
 } // namespace
 
-// What the program relies on of any platform, tried on the one that the environment names: without
-// TOVEL_TEST_MANAGER the simulated desktop, else a session of that window manager.
+// What the program relies on of any platform, tried on the one that the environment names: a
+// session of the window manager TOVEL_TEST_MANAGER, else the world TOVEL_TEST_WORLD, else the
+// simulated desktop.
 class ContractSuite : public QObject, private ContractBench
 {
     Q_OBJECT
@@ -44,8 +45,13 @@ class ContractSuite : public QObject, private ContractBench
 private Q_SLOTS:
     void initTestCase()
     {
-        m_world = qEnvironmentVariableIsSet("TOVEL_TEST_MANAGER") ? makeX11World()
-                                                                  : makeSimulatedWorld();
+        const QByteArray world = qgetenv("TOVEL_TEST_WORLD");
+        if (qEnvironmentVariableIsSet("TOVEL_TEST_MANAGER"))
+            m_world = makeX11World();
+        else if (world.isEmpty() || world.startsWith("simulated"))
+            m_world = makeSimulatedWorld(world == "simulated_two_displays" ? 2 : 1);
+        else
+            m_world = makeSessionWorld(world);
         QVERIFY2(m_world, "the session does not start");
         bind();
         QVERIFY(m_entries.canMove() && m_entries.isOrderedIn && m_entries.windowsWithTags);
@@ -88,7 +94,7 @@ private Q_SLOTS:
 
     void displaysListTheirSpaces()
     {
-        QCOMPARE(m_entries.displays(m_connection)->size(), 1);
+        QCOMPARE(m_entries.displays(m_connection)->size(), m_world->displayCount());
         const QVariantMap facts = display();
         QVERIFY(!text(facts[u"Display Identifier"_s]).value_or(QString()).isEmpty());
         QCOMPARE(m_row.size(), 4);
@@ -228,6 +234,23 @@ private Q_SLOTS:
                 != kAXErrorSuccess);
     }
 
+    void aNumberThatIsUsedAgainIsAnotherWindow()
+    {
+        const auto window = open({.application = u"alpha"_s});
+        const auto kept = open({.application = u"alpha"_s});
+        const AXUIElementRef gone = element(window);
+        m_world->replace(window, {.application = u"beta"_s});
+        QVERIFY(m_world->eventually([&] {
+            return owner(window) && owner(window)->bundleIdentifier() == u"beta"_s
+                && spacesOf(window) == Numbers{m_row[0]};
+        }));
+        QCOMPARE(windowOf(gone), 0u);
+        QVERIFY(!attribute(gone, u"AXMinimized"_s).isValid());
+        QVERIFY(m_platform->accessibility().AXUIElementGetPid(gone).error != kAXErrorSuccess);
+        QVERIFY(element(window) && element(window) != gone);
+        QCOMPARE(windowsOf(owner(kept)->processIdentifier()), QList<std::uint32_t>{kept});
+    }
+
     void aTaggedSpaceReceivesWindows()
     {
         const auto window = open({.application = u"alpha"_s});
@@ -290,12 +313,50 @@ private Q_SLOTS:
         QCOMPARE(notifications, 1);
     }
 
+    void eachDisplayHasARowOfItsOwn()
+    {
+        if (m_world->displayCount() < 2)
+            QSKIP("one display");
+        Quartz &quartz = m_platform->quartz();
+        const QList<NSScreen> screens = m_platform->workspace().screens();
+        QPointF middles[2];
+        for (int i = 0; i < 2; ++i) {
+            const std::uint32_t number = screens[i].NSScreenNumber.value();
+            QCOMPARE(display(i)[u"Display Identifier"_s],
+                     quartz.CGDisplayCreateUUIDFromDisplayID(number).value());
+            middles[i] = quartz.CGDisplayBounds(number).center();
+        }
+        QVERIFY(screens[0].localizedName != screens[1].localizedName);
+        const Numbers other = row(1);
+        QCOMPARE(other.size(), 2);
+        QVERIFY(!m_row.contains(other[0]) && !m_row.contains(other[1]));
+
+        const auto stepsTo = [&](const Numbers &expected) {
+            return m_world->eventually([&] { return Numbers{shown(0), shown(1)} == expected; });
+        };
+        quartz.CGWarpMouseCursorPosition(middles[1]);
+        press(kVK_RightArrow);
+        QVERIFY(stepsTo({m_row[0], other[1]}));
+        quartz.CGWarpMouseCursorPosition(middles[0]);
+        press(kVK_RightArrow);
+        QVERIFY(stepsTo({m_row[1], other[1]}));
+        quartz.CGWarpMouseCursorPosition(middles[1]);
+        press(kVK_LeftArrow);
+        QVERIFY(stepsTo({m_row[1], other[0]}));
+
+        const auto window = open({.application = u"alpha"_s});
+        QCOMPARE(m_entries.compat(m_connection, other[1], Tag), 0);
+        QCOMPARE(m_entries.workspace(m_connection, &window, 1, Tag), 0);
+        QCOMPARE(m_entries.compat(m_connection, other[1], 0), 0);
+        QVERIFY(arrives(window, other[1]));
+    }
+
     void activationKeepsToTheDockPreference()
     {
         const UserDefaults *dock
             = m_platform->userDefaults().initWithSuiteName(u"com.apple.dock"_s);
-        const bool switches
-            = !dock || dock->boolean(u"workspaces-auto-swoosh"_s) != std::optional(false);
+        const bool switches = !dock
+            || dock->dictionaryRepresentation().boolean(u"workspaces-auto-swoosh"_s) != false;
         const auto stays = open({.application = u"alpha"_s});
         const auto away = open({.application = u"beta"_s, .desktop = 2});
         QVERIFY(owner(away)->activateWithOptions(0));
@@ -364,7 +425,8 @@ private Q_SLOTS:
         const std::uint32_t number = screens.first().NSScreenNumber.value();
         QVERIFY(number != 0);
         QVERIFY(!screens.first().localizedName.isEmpty());
-        QCOMPARE(quartz.CGDisplayBounds(number), QRectF(0, 0, 1280, 800));
+        QCOMPARE(screens.size(), m_world->displayCount());
+        QCOMPARE(quartz.CGDisplayBounds(number), m_world->bounds());
         QVERIFY(!quartz.CGDisplayCreateUUIDFromDisplayID(number).value_or(QString()).isEmpty());
         QVERIFY(quartz.CGDisplayBounds(NoWindow).isEmpty());
         QVERIFY(!quartz.CGDisplayIsBuiltin(NoWindow));
@@ -377,28 +439,12 @@ private Q_SLOTS:
         }
     }
 
-    void userDefaultsKeepKinds()
+    void userDefaultsKeepWhatIsStored()
     {
-        UserDefaults &defaults = m_platform->userDefaults().standardUserDefaults();
-        const std::pair<QString, QVariant> rows[] = {
-            {u"number"_s, 42},
-            {u"boolean"_s, true},
-            {u"text"_s, u"1"_s},
-            {u"bytes"_s, QByteArray("\0\xff", 2)},
-            {u"texts"_s, QVariantList{u"1"_s, u"true"_s}},
-            {u"dictionary"_s, QVariantMap{{u"on"_s, true}}},
-        };
-        for (const auto &[key, value] : rows) {
-            QVERIFY(defaults.setObject(key, value));
-            QCOMPARE(defaults.object(key), value);
-            QCOMPARE(defaults.boolean(key).has_value(), key == u"boolean"_s);
-            QCOMPARE(defaults.text(key).has_value(), key == u"text"_s);
-        }
-        QVERIFY(!defaults.setObject(u"text"_s, QPointF(1, 2)));
-        QCOMPARE(defaults.text(u"text"_s), u"1"_s);
-        QVERIFY(defaults.removeObject(u"text"_s));
-        QVERIFY(!defaults.object(u"text"_s));
-        QVERIFY(!m_platform->userDefaults().initWithSuiteName(u"org.example.None"_s));
+        UserDefaultsDomains &domains = m_platform->userDefaults();
+        QVERIFY(domains.standardUserDefaults().setObject(u"number"_s, 42).isStored());
+        QCOMPARE(domains.standardUserDefaults().dictionaryRepresentation().object(u"number"_s), 42);
+        QVERIFY(!domains.initWithSuiteName(u"org.example.None"_s));
     }
 
     void timersKeepTheirOrder()
@@ -508,32 +554,42 @@ private Q_SLOTS:
     void ownWindowsJoinAllSpacesAndComeToTheFront()
     {
         OwnWindows &own = m_platform->ownWindows();
-        const auto window = open({.application = u"alpha"_s});
-        const auto other = open({.application = u"alpha"_s});
+        const auto window = open({.application = u"alpha"_s, .title = u"Panel"_s});
+        const auto other = open({.application = u"alpha"_s, .title = u"Dialog"_s});
+        const OwnWindow panel = m_world->own(window);
+        const OwnWindow dialog = m_world->own(other);
+        const OwnWindow none = m_world->own(NoWindow);
         m_world->showDesktop(1);
         QVERIFY(m_world->eventually([&] { return shown() == m_row[1]; }));
         constexpr auto Panel = NSWindowCollectionBehaviorCanJoinAllSpaces
             | NSWindowCollectionBehaviorFullScreenAuxiliary;
         for (int round = 0; round < 2; ++round) {
-            QVERIFY(own.setCollectionBehavior(window, Panel));
-            QVERIFY(m_world->eventually([&] { return spacesOf(window) == m_row; }));
+            QVERIFY(own.setCollectionBehavior(panel, Panel));
+            QVERIFY(m_world->eventually([&] { return isOnAll(window); }));
         }
         QCOMPARE(spacesOf(other), Numbers{m_row[0]});
         m_world->showDesktop(0);
         QVERIFY(m_world->eventually([&] { return shown() == m_row[0]; }));
         for (const auto front : {window, other}) {
-            QVERIFY(own.makeKeyAndOrderFront(front));
+            QVERIFY(own.makeKeyAndOrderFront(front == window ? panel : dialog));
             QVERIFY(m_world->eventually([&] { return frontToBack().value(0) == front; }));
         }
-        QCOMPARE(spacesOf(window), m_row);
-        QVERIFY(own.setCollectionBehavior(window, NSWindowCollectionBehaviorDefault));
+        QVERIFY(isOnAll(window));
+        QVERIFY(own.setCollectionBehavior(panel, NSWindowCollectionBehaviorDefault));
         QVERIFY(arrives(window, m_row[0]));
-        QVERIFY(!own.setCollectionBehavior(NoWindow, Panel));
-        QVERIFY(!own.makeKeyAndOrderFront(NoWindow));
+        QVERIFY(!own.setCollectionBehavior(none, Panel));
+        QVERIFY(!own.makeKeyAndOrderFront(none));
 
-        QVERIFY(own.setLevel(other, NSFloatingWindowLevel));
-        QVERIFY(own.setLevel(other, NSNormalWindowLevel));
-        QVERIFY(!own.setLevel(NoWindow, NSFloatingWindowLevel));
+        QVERIFY(own.setLevel(dialog, NSFloatingWindowLevel));
+        QVERIFY(own.setLevel(dialog, NSNormalWindowLevel));
+        QVERIFY(!own.setLevel(none, NSFloatingWindowLevel));
+
+        // Hidden and shown again, it may be another window.
+        close(window);
+        QVERIFY(m_world->eventually([&] { return spacesOf(window).isEmpty(); }));
+        const auto again = open({.application = u"alpha"_s, .title = u"Panel"_s});
+        QVERIFY(own.setCollectionBehavior(m_world->own(again), Panel));
+        QVERIFY(m_world->eventually([&] { return isOnAll(again); }));
     }
 
     void launchingAnswersLater()

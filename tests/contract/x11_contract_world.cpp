@@ -1,7 +1,7 @@
 #include "contract/contract_world.h"
 #include "platform/linux/linux_desktop.h"
 #include "platform/linux/virtual_keys.h"
-#include "platform/linux/x11/x11_session.h"
+#include "platform/session/x11/x11_session.h"
 #include "support/private_session.h"
 #include "support/test_client.h"
 
@@ -53,9 +53,11 @@ public:
 
     Platform &platform() override { return *m_desktop; }
 
-    std::uint32_t open(const ContractWindow &window) override
+    std::uint32_t open(const ContractWindow &window) override { return open(window, 0); }
+    std::uint32_t open(const ContractWindow &window, std::uint32_t number)
     {
-        ClientWindow facts{.application = window.application,
+        ClientWindow facts{.number = number,
+                           .application = window.application,
                            .title = window.title,
                            .desktop = static_cast<std::uint32_t>(window.desktop),
                            .size = window.size};
@@ -67,6 +69,11 @@ public:
     }
 
     void close(std::uint32_t window) override { m_client.close(window); }
+    void replace(std::uint32_t window, const ContractWindow &other) override
+    {
+        m_client.close(window);
+        open(other, window);
+    }
     void minimize(std::uint32_t window) override { m_client.minimize(window); }
     void makeFullScreen(std::uint32_t window) override
     {

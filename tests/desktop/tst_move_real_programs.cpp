@@ -1,3 +1,6 @@
+#include "model/tovel_model.h"
+#include "platform/linux/linux_desktop.h"
+#include "platform/session/x11/x11_session.h"
 #include "support/desktop_reading.h"
 #include "support/private_session.h"
 #include "support/test_client.h"
@@ -13,7 +16,8 @@
 using namespace tovel;
 using namespace Qt::StringLiterals;
 
-// The command-line tool, on windows of real programs; where they ended is read with other tools.
+// The command-line tool on windows of real programs, read with other tools where they ended; and
+// programs that are started from their entries.
 class TestMoveRealPrograms : public QObject
 {
     Q_OBJECT
@@ -21,7 +25,7 @@ class TestMoveRealPrograms : public QObject
 private:
     Outcome tovelctl(const QStringList &arguments, const QProcessEnvironment &changes = {})
     {
-        return m_session->run(QStringLiteral(TOVELCTL), arguments, changes);
+        return m_session.run(QStringLiteral(TOVELCTL), arguments, changes);
     }
 
     QJsonObject json(const QStringList &arguments)
@@ -32,19 +36,19 @@ private:
 
     std::uint32_t xterm(const QString &application, const QString &title)
     {
-        m_session->install(u"org.example."_s + application.simplified().replace(u' ', u'-'),
-                           application, application);
-        m_session->start(
+        m_session.install(u"org.example."_s + application.simplified().replace(u' ', u'-'),
+                          application, application);
+        m_session.start(
             u"xterm"_s,
             {u"-class"_s, application, u"-name"_s, application, u"-T"_s, title, u"-e"_s, u"cat"_s});
-        return windowTitled(*m_session, title);
+        return windowTitled(m_session, title);
     }
 
     // Waits until the manager has taken the window of the client on.
     std::uint32_t open(TestClient &client, const ClientWindow &window)
     {
         const std::uint32_t id = client.open(window);
-        return eventually([&] { return m_client->isManaged(id); }) ? id : 0;
+        return eventually([&] { return m_client.isManaged(id); }) ? id : 0;
     }
 
     // Moves and makes sure that no window but those given has left its desktop.
@@ -52,7 +56,7 @@ private:
     {
         const auto others = [&] {
             QMap<std::uint32_t, std::uint32_t> places;
-            for (const ListedWindow &window : listedWindows(*m_session)) {
+            for (const ListedWindow &window : listedWindows(m_session)) {
                 if (!flock.contains(window.id))
                     places.insert(window.id, window.desktop);
             }
@@ -68,62 +72,54 @@ private:
     bool areOn(std::uint32_t desktop, const QList<std::uint32_t> &windows)
     {
         return std::all_of(windows.cbegin(), windows.cend(), [&](std::uint32_t window) {
-            return desktopOf(*m_session, window) == desktop;
+            return desktopOf(m_session, window) == desktop;
         });
     }
 
     bool show(std::uint32_t desktop)
     {
-        m_client->showDesktop(desktop);
-        return eventually([&] { return shownDesktop(*m_session) == desktop; });
+        m_client.showDesktop(desktop);
+        return eventually([&] { return shownDesktop(m_session) == desktop; });
     }
 
-    std::unique_ptr<PrivateSession> m_session;
-    std::unique_ptr<TestClient> m_client;
+    PrivateSession m_session{managerFromEnvironment()};
+    TestClient m_client{m_session.display()};
 
 private Q_SLOTS:
     void initTestCase()
     {
-        m_session = std::make_unique<PrivateSession>(managerFromEnvironment());
-        QVERIFY(m_session->isReady());
-        m_client = std::make_unique<TestClient>(m_session->display());
+        QVERIFY(m_session.isReady());
         QVERIFY(xterm(u"Bystander"_s, u"bystander"_s));
     }
 
     // Nobody is in the flock to begin with.
     void init()
     {
-        const QString choices = m_session->environment().value(u"XDG_CONFIG_HOME"_s);
+        const QString choices = m_session.environment().value(u"XDG_CONFIG_HOME"_s);
         QDir(choices + u"/org.tovel.Tovel"_s).removeRecursively();
         QVERIFY(show(0));
     }
 
-    void cleanupTestCase()
-    {
-        m_client.reset();
-        m_session.reset();
-    }
-
     void gathersProgramsOfEveryToolkit()
     {
-        m_session->start(u"zenity"_s, {u"--info"_s, u"--text=Hello"_s, u"--title=Note"_s});
-        m_session->start(QStringLiteral(TOVEL_QT_PROGRAM), {u"Qt window"_s});
+        m_session.start(u"zenity"_s, {u"--info"_s, u"--text=Hello"_s, u"--title=Note"_s});
+        m_session.start(QStringLiteral(TOVEL_QT_PROGRAM), {u"Qt window"_s});
         // Two applications in one process, and one whose process cannot be known.
-        TestClient remote(m_session->tcpDisplay());
-        const std::uint32_t parent = open(*m_client, {.application = u"Parent"_s});
-        QVERIFY(open(*m_client, {.application = u"Neighbour"_s}));
-        QList<std::uint32_t> flock{windowTitled(*m_session, u"Note"_s),
-                                   windowTitled(*m_session, u"Qt window"_s),
+        TestClient remote(m_session.tcpDisplay());
+        const std::uint32_t parent = open(m_client, {.application = u"Parent"_s});
+        QVERIFY(open(m_client, {.application = u"Neighbour"_s}));
+        QList<std::uint32_t> flock{windowTitled(m_session, u"Note"_s),
+                                   windowTitled(m_session, u"Qt window"_s),
                                    xterm(u"Herd"_s, u"one"_s),
                                    xterm(u"Herd"_s, u"two"_s),
                                    parent,
-                                   open(*m_client,
+                                   open(m_client,
                                         {.application = u"Parent"_s,
                                          .type = "_NET_WM_WINDOW_TYPE_DIALOG",
                                          .transientFor = parent}),
                                    open(remote, {.application = u"Remote"_s})};
         QVERIFY(!flock.contains(0));
-        m_client->askForDesktop(flock[3], 1);
+        m_client.askForDesktop(flock[3], 1);
         QVERIFY(eventually([&] { return areOn(1, {flock[3]}); }));
 
         QCOMPARE(tovelctl({u"flock"_s, u"add"_s, u"herd"_s, u"zenity"_s, u"tovel_qt_program"_s,
@@ -137,7 +133,7 @@ private Q_SLOTS:
         QVERIFY2(outcome.out.contains(u" already there\n"), qPrintable(outcome.out));
         QCOMPARE(outcome.err, QString());
         QVERIFY(areOn(2, flock));
-        QCOMPARE(shownDesktop(*m_session), 0u);
+        QCOMPARE(shownDesktop(m_session), 0u);
 
         outcome = move(deepWork, {});
         QCOMPARE(outcome.status, 0);
@@ -147,30 +143,30 @@ private Q_SLOTS:
         QCOMPARE(tovelctl({u"flock"_s, u"remove"_s, u"zenity"_s}).status, 0);
         const std::uint32_t removed = flock.takeFirst();
         for (const std::uint32_t window : flock)
-            m_client->minimize(window); // it is followed all the same
+            m_client.minimize(window); // it is followed all the same
         QCOMPARE(move({u"2"_s}, flock).status, 0);
         QVERIFY(areOn(1, flock));
         QVERIFY(areOn(2, {removed}));
-        QCOMPARE(shownDesktop(*m_session), 1u);
+        QCOMPARE(shownDesktop(m_session), 1u);
     }
 
     void movesWindowsInEveryState()
     {
         const std::uint32_t plain = xterm(u"States"_s, u"plain"_s);
         const std::uint32_t sticky = xterm(u"States"_s, u"sticky"_s);
-        m_client->askForDesktop(sticky, allDesktops);
+        m_client.askForDesktop(sticky, allDesktops);
         const QString states[] = {u"_NET_WM_STATE_HIDDEN"_s, u"_NET_WM_STATE_MAXIMIZED_VERT"_s,
                                   u"_NET_WM_STATE_FULLSCREEN"_s};
         QList<std::uint32_t> special;
         for (const QString &state : states)
             special.append(xterm(u"States"_s, state));
-        m_client->minimize(special[0]);
-        m_client->addState(special[1], states[1].toLatin1());
-        m_client->addState(special[2], states[2].toLatin1());
+        m_client.minimize(special[0]);
+        m_client.addState(special[1], states[1].toLatin1());
+        m_client.addState(special[2], states[2].toLatin1());
         const auto areAsWanted = [&] {
-            return areOn(allDesktops, {sticky}) && hasState(*m_session, special[0], states[0])
-                && hasState(*m_session, special[1], states[1])
-                && hasState(*m_session, special[2], states[2]);
+            return areOn(allDesktops, {sticky}) && hasState(m_session, special[0], states[0])
+                && hasState(m_session, special[1], states[1])
+                && hasState(m_session, special[2], states[2]);
         };
         QVERIFY(eventually(areAsWanted));
 
@@ -187,6 +183,42 @@ private Q_SLOTS:
         QCOMPARE(reasons,
                  (QSet<QString>{QString(), u"Full screen — leave full screen to move"_s,
                                 u"On multiple desktops — set Assign To to None"_s}));
+    }
+
+    void reopensApplications()
+    {
+        m_session.adopt();
+        // The '-' of an identifier may stand for a folder.
+        m_session.install(u"vendor/works"_s, u"Terminal"_s, u"Reopened"_s,
+                          u"xterm -class Reopened"_s);
+        m_session.install(u"org.example.broken"_s, u"Terminal"_s, u"Broken"_s,
+                          u"no-such-program"_s);
+        const std::pair<QString, QStringList> rows[] = {
+            {u"org.example.absent"_s,
+             {u"Couldn’t find Terminal. Reinstall it or remove it from your flock."_s}},
+            {u"org.example.broken"_s,
+             {u"Couldn’t open Terminal: Failed to execute child process “no-such-program” (No such "
+              "file or directory)"_s}},
+            {u"vendor-works"_s, {}},
+        };
+        for (const auto &[identifier, issues] : rows) {
+            LinuxDesktop desktop(x11::X11Session::open({}));
+            const PlatformInstallation installation(desktop);
+            TovelModel model;
+            RunningApp app;
+            app.id = identifier;
+            app.name = u"Terminal"_s;
+            model.select(app, true);
+            const auto task = model.reopen(app);
+            QVERIFY(!task.isReady() || !issues.isEmpty());
+            // Before it would be given up, after ten seconds.
+            QVERIFY(eventually([&] { return task.isReady(); }, 8000));
+            QCOMPARE(model.issues(), issues);
+            const auto listed = std::ranges::find(model.apps(), identifier, &RunningApp::id);
+            QVERIFY(listed != model.apps().cend());
+            QCOMPARE(listed->running != nullptr, issues.isEmpty());
+            QCOMPARE(model.windows().size(), issues.isEmpty() ? 1 : 0);
+        }
     }
 
     void saysWhatItCannotWorkWith()

@@ -3,7 +3,7 @@
 #include "support/test_client.h"
 
 #include <QDir>
-#include <QJsonArray>
+#include <QFile>
 #include <QRegularExpression>
 #include <QTest>
 
@@ -63,13 +63,7 @@ private:
         return m_user.click(u"Tovel settings"_s) && m_user.click(item) && m_user.isGone(item);
     }
 
-    QStringList flock()
-    {
-        QStringList identifiers;
-        for (const QJsonValue &identifier : m_user.stored()[u"selected"_s].toArray())
-            identifiers.append(identifier.toString());
-        return identifiers;
-    }
+    QStringList flock() { return m_user.stored().texts(u"selected"_s).value_or(QStringList()); }
 
     bool flockBecomes(const QStringList &identifiers)
     {
@@ -167,9 +161,39 @@ private Q_SLOTS:
         m_user.type(u"Pond & Reed"_s);
         m_user.press({u"Return"_s});
         QVERIFY(m_user.find(u"Move apps to Pond & Reed"_s));
-        QCOMPARE(m_user.stored()[u"aliases"_s].toObject().size(), 1);
+        QCOMPARE(m_user.stored().textDictionary(u"aliases"_s)->size(), 1);
         QCOMPARE(m_user.buttons(move),
                  (QStringList{names[0], u"Pond & Reed"_s, names[2], names[3]}));
+    }
+
+    // Whoever restores a backup may write it slowly.
+    void keepsTheChoicesWhileTheirFileIsDamaged()
+    {
+        QVERIFY(add(u"Herd"_s));
+        m_user.press({u"Escape"_s});
+        QVERIFY(flockBecomes({u"org.example.herd"_s}));
+        QFile file(m_session.environment().value(u"XDG_CONFIG_HOME"_s)
+                   + u"/org.tovel.Tovel/defaults.sqlite"_s);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray backup = file.readAll();
+        file.close();
+        const auto write = [&](const QByteArray &content) {
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+            file.close();
+        };
+        const QString reason
+            = u"Cannot read the settings file “%1”: it is damaged"_s.arg(file.fileName());
+        write(backup.left(backup.size() / 2));
+        QVERIFY(m_user.find(u"Your choices cannot be read: "_s + reason));
+        QVERIFY(choose(u"Follow windows"_s));
+        QVERIFY(m_user.sees(u"Herd"_s));
+        write(backup);
+        QVERIFY(m_user.find(u"Your choices could not be stored: "_s + reason));
+        QCOMPARE(flock(), QStringList{u"org.example.herd"_s});
+        QVERIFY(!m_user.stored().boolean(u"follow"_s));
+        QVERIFY(choose(u"Follow windows"_s));
+        QVERIFY(m_user.isGone(u"Your choices could not be stored: "_s + reason));
+        QCOMPARE(m_user.stored().boolean(u"follow"_s), true);
     }
 
     void keepsWhatTheMenuSets()
@@ -183,7 +207,7 @@ private Q_SLOTS:
         QVERIFY(choose(u"Pin window"_s));
         QVERIFY(isAbove(true));
         QVERIFY(choose(u"Follow windows"_s));
-        QVERIFY(eventually([&] { return m_user.stored().contains(u"follow"_s); }));
+        QVERIFY(eventually([&] { return m_user.stored().boolean(u"follow"_s).has_value(); }));
 
         m_user.stop();
         QVERIFY(m_user.start());
@@ -315,8 +339,8 @@ private Q_SLOTS:
         QVERIFY(m_user.find(u"Pin window"_s));
         QVERIFY(m_user.isFocused(u"Pin window"_s));
         m_user.press({u"Down"_s, u"Return"_s});
-        QVERIFY(eventually([&] { return m_user.stored().contains(u"follow"_s); }));
-        QVERIFY(!m_user.stored()[u"follow"_s].toBool(true));
+        QVERIFY(eventually([&] { return m_user.stored().boolean(u"follow"_s).has_value(); }));
+        QCOMPARE(m_user.stored().boolean(u"follow"_s), false);
         QVERIFY(m_user.isFocused(u"Tovel settings"_s));
         m_user.press({u"Return"_s});
         QVERIFY(m_user.find(u"Pin window"_s));
@@ -325,6 +349,41 @@ private Q_SLOTS:
         QVERIFY(isListed(u"Tovel"_s));
         m_user.press({u"Escape"_s});
         QVERIFY(eventually([&] { return !isListed(u"Tovel"_s); }));
+    }
+
+    void aHeldKeyActsOnce()
+    {
+        const auto hold = [&](const QString &key) { // the server repeats after 0.66 seconds
+            m_session.run(u"xdotool"_s, {u"keydown"_s, key, u"sleep"_s, u"1"_s, u"keyup"_s, key});
+        };
+        for (int i = 0; m_user.focused() != u"Add app"_s && i < 20; ++i)
+            m_user.press({u"Tab"_s});
+        hold(u"Return"_s);
+        QVERIFY(m_user.isFocused(u"Search apps"_s));
+        m_user.press({u"Escape"_s});
+        for (int i = 0; m_user.focused() != u"Tovel settings"_s && i < 20; ++i)
+            m_user.press({u"Tab"_s});
+        hold(u"Return"_s);
+        QVERIFY(m_user.isFocused(u"Pin window"_s));
+        QVERIFY(flock().isEmpty() && !m_user.stored().values.contains(u"pinned"_s));
+    }
+
+    // Now, and again as soon as it is there.
+    void tellsWhatAccessNeeds()
+    {
+        const QString wanted = u"Allow Accessibility access to move apps.\n"
+                               "No window manager that can move windows between desktops is "
+                               "running. Start one that follows the Extended Window Manager "
+                               "Hints; Tovel then goes on by itself."_s;
+        QVERIFY(m_user.find(u"Choose apps for your flock."_s));
+        m_session.killManager();
+        QVERIFY(m_user.find(wanted));
+        QVERIFY(choose(u"Accessibility Settings…"_s));
+        QVERIFY(m_user.find(u"Access to windows"_s, u"dialog"_s));
+        m_session.startManager();
+        QVERIFY(m_session.isReady());
+        QVERIFY(m_user.isGone(wanted));
+        QVERIFY(m_user.isGone(u"Access to windows"_s));
     }
 
     void staysWhereItIsPut()
@@ -359,8 +418,15 @@ private Q_SLOTS:
         const QStringList first = frame();
         drag(m_user.find(u"Tovel settings"_s)->place.center());
         QCOMPARE(frame(), first);
+        // By the title, and by the strip beside its text.
         drag(m_user.find(u"Tovel"_s, u"label"_s)->place.center());
         QVERIFY(eventually([&] { return frame() != first; }));
+        const QStringList second = frame();
+        const QRect status = m_user.find(u"Choose apps for your flock."_s)->place;
+        drag(status.center());
+        QCOMPARE(frame(), second);
+        drag({status.right() + 100, status.center().y()});
+        QVERIFY(eventually([&] { return frame() != second; }));
         QVERIFY(hide());
         QVERIFY(show());
         const QStringList dragged = frame();

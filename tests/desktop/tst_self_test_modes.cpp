@@ -12,64 +12,53 @@ class TestSelfTestModes : public QObject
     Q_OBJECT
 
 private:
-    std::unique_ptr<PrivateSession> m_session;
-    std::unique_ptr<PrivateSession> m_narrow; // of one desktop
+    PrivateSession m_session{managerFromEnvironment(), {.bus = true}};
+    PrivateSession m_narrow{managerFromEnvironment(), {.desktops = 1}};
 
 private Q_SLOTS:
     void initTestCase()
     {
-        m_session = std::make_unique<PrivateSession>(managerFromEnvironment(),
-                                                     SessionOptions{.bus = true});
-        m_narrow = std::make_unique<PrivateSession>(managerFromEnvironment(),
-                                                    SessionOptions{.desktops = 1});
-        QVERIFY(m_session->isReady());
+        QVERIFY(m_session.isReady());
         // Each mode is a run of its own, whether or not the program runs beside it.
-        m_session->start(QStringLiteral(TOVEL), {});
-        QVERIFY(windowTitled(*m_session, u"Tovel"_s) != 0);
-        QVERIFY(m_narrow->isReady());
-    }
-
-    void cleanupTestCase()
-    {
-        m_session.reset();
-        m_narrow.reset();
+        m_session.start(QStringLiteral(TOVEL), {});
+        QVERIFY(windowTitled(m_session, u"Tovel"_s) != 0);
+        QVERIFY(m_narrow.isReady());
     }
 
     void modesEndWithTheirVerdict_data()
     {
-        QTest::addColumn<QString>("mode");
         QTest::addColumn<int>("statusOfOneDesktop");
         QTest::addColumn<int>("statusWithoutDisplay");
-        QTest::newRow("rules") << u"--self-test"_s << 0 << 0;
-        QTest::newRow("diagnosis") << u"--diagnose"_s << 0 << 1;
-        QTest::newRow("switching") << u"--switch-test"_s << 2 << 2;
-        QTest::newRow("another process") << u"--cross-process-test"_s << 2 << 1;
-        QTest::newRow("own windows") << u"--integration-test"_s << 2 << 2;
-        QTest::newRow("minimized") << u"--integration-test --minimized"_s << 2 << 2;
+        QTest::newRow("--self-test") << 0 << 0;
+        QTest::newRow("--diagnose") << 0 << 1;
+        QTest::newRow("--switch-test") << 2 << 2;
+        QTest::newRow("--cross-process-test") << 2 << 1;
+        QTest::newRow("--integration-test") << 2 << 2;
+        QTest::newRow("--integration-test --minimized") << 2 << 2;
     }
 
     void modesEndWithTheirVerdict()
     {
-        QFETCH(const QString, mode);
         QFETCH(const int, statusOfOneDesktop);
         QFETCH(const int, statusWithoutDisplay);
+        const auto mode = QString::fromLatin1(QTest::currentDataTag());
         const QString tovel = QStringLiteral(TOVEL);
         const QStringList arguments = mode.split(u' ');
 
-        const Outcome outcome = m_session->run(tovel, arguments);
+        const Outcome outcome = m_session.run(tovel, arguments);
         QVERIFY2(outcome.status == 0, qPrintable(outcome.out + outcome.err));
         QVERIFY2(!outcome.out.contains(u"false"), qPrintable(outcome.out));
         QVERIFY(!outcome.out.isEmpty());
         QCOMPARE(outcome.err, QString());
 
-        const Outcome narrow = m_narrow->run(tovel, arguments);
+        const Outcome narrow = m_narrow.run(tovel, arguments);
         QVERIFY2(narrow.status == statusOfOneDesktop, qPrintable(narrow.out + narrow.err));
         QCOMPARE(narrow.err.contains(u"SKIP: need two regular desktops on one display"),
                  mode.startsWith(u"--integration-test"));
 
         QProcessEnvironment nowhere;
         nowhere.insert(u"DISPLAY"_s, QString());
-        const Outcome blind = m_session->run(tovel, arguments, nowhere);
+        const Outcome blind = m_session.run(tovel, arguments, nowhere);
         QVERIFY2(blind.status == statusWithoutDisplay, qPrintable(blind.out + blind.err));
         QCOMPARE(blind.out.contains(u"missing"), mode == u"--diagnose");
     }
@@ -78,7 +67,7 @@ private Q_SLOTS:
     {
         QProcessEnvironment nowhere;
         nowhere.insert(u"DISPLAY"_s, QString());
-        const Outcome outcome = m_session->run(QStringLiteral(TOVEL), {}, nowhere);
+        const Outcome outcome = m_session.run(QStringLiteral(TOVEL), {}, nowhere);
         QCOMPARE(outcome.status, 3);
         QCOMPARE(outcome.err, u"tovel: there is no display to show the panel on\n"_s);
     }

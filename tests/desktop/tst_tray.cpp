@@ -167,6 +167,18 @@ private Q_SLOTS:
         QVERIFY(m_user.find(u"Your flock is on "_s + desktops.value(0) + u'.'));
         QVERIFY(panelIs(true)); // above what came
 
+        // With the editor open it brings both, and the editor to the front.
+        click(1);
+        QVERIFY(panelIs(false));
+        QVERIFY(choose(u"Keyboard Shortcut… (⌃⌥⌘T)"_s));
+        QVERIFY(m_user.isFocused(u"Record keyboard shortcut"_s));
+        QVERIFY(!m_user.sees(u"Add app"_s));
+        click(1);
+        QVERIFY(m_user.find(u"Add app"_s));
+        QVERIFY(m_user.isFocused(u"Record keyboard shortcut"_s));
+        m_user.press({u"Escape"_s});
+        QVERIFY(panelIs(true));
+
         leave();
         come(onBus);
         QVERIFY(hasIcon());

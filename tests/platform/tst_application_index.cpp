@@ -1,5 +1,5 @@
-#include "platform/linux/application_launcher.h"
-#include "platform/linux/installed_applications.h"
+#include "platform/linux/applications/application_launcher.h"
+#include "platform/linux/applications/installed_applications.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -65,6 +65,9 @@ private Q_SLOTS:
         row("last component of several", windowClass({}, u"Calendar"_s), u"Calendar"_s);
         row("unseen entry gives way", windowClass({}, u"Player"_s), u"player"_s);
         row("program", windowClass(u"x"_s, u"X"_s, u"browser-bin"_s), u"browser"_s);
+        row("interpreter", windowClass({}, u"Script"_s, u"python3.11"_s), u"Script"_s);
+        row("named like one", windowClass({}, u"X"_s, u"python-editor"_s), u"python-editor"_s);
+        row("unseen program", windowClass({}, u"X"_s, u"player-handler"_s), u"X"_s);
         row("nothing known", WindowClues(), u"unidentified"_s);
         row("hostile class", windowClass({}, u"A\n\u202E"_s + QString(5000, u'b')),
             u'A' + QString(255, u'b'));
@@ -90,7 +93,8 @@ private Q_SLOTS:
             {entry(u"player-handler"_s, u"Player"_s, {}, false), entry(u"player"_s),
              entry(u"browser"_s, u"Navigator"_s, u"browser-bin"_s),
              entry(u"small"_s, u"navigator"_s), entry(u"web-mail"_s, u"crx_mail"_s),
-             entry(u"editor"_s), entry(u"org.example.Notes"_s), entry(u"org.example.Calendar"_s),
+             entry(u"python3.11"_s), entry(u"python-editor"_s), entry(u"editor"_s),
+             entry(u"org.example.Notes"_s), entry(u"org.example.Calendar"_s),
              entry(u"com.example.Calendar"_s)});
 
         const ApplicationIdentity identity = index.identify(clues);
@@ -116,10 +120,24 @@ private Q_SLOTS:
         writeEntry(system + u"/masked.desktop"_s, "Name=Masked\nExec=true\n");
         writeEntry(user + u"/masked.desktop"_s, "Name=Masked\nExec=true\nHidden=true\n");
         writeEntry(system + u"/broken.desktop"_s, "Name=Broken\nExec=no-such-program-here\n");
+        writeEntry(system + u"/untried.desktop"_s, "Name=No\nExec=true\nTryExec=no-such-program\n");
+        writeEntry(system + u"/quoted.desktop"_s, "Name=Broken\nExec='true\n");
+        writeEntry(system + u"/link.desktop"_s, "Type=Link\nName=Link\nExec=true\n");
+        writeEntry(system + u"/large.desktop"_s,
+                   "Name=Large\nExec=true\n#" + QByteArray(2 << 20, 'x'));
+        writeEntry(system + u"/bus.desktop"_s, "DBusActivatable=true\n");
+        // What would hold up whoever opened it.
+        const QString pipe = folder.filePath(u"pipe"_s);
+        QCOMPARE(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+        for (const auto &[name, target] :
+             {std::pair(u"piped"_s, pipe), {u"device"_s, u"/dev/zero"_s}})
+            QVERIFY(QFile::link(target, user + u'/' + name + u".desktop"_s));
+        QVERIFY(QFile::link(pipe, user + u"/mimeapps.list"_s));
 
         InstalledApplications applications({user, system});
         std::vector<ApplicationEntry> expected{
             {u"both"_s, u"User"_s, u"both"_s, user + u"/both.desktop"_s, u"Both"_s, u"true"_s},
+            {u"bus"_s, u"bus"_s, {}, system + u"/bus.desktop"_s, {}, {}},
             {u"kde-viewer"_s, u"Viewer"_s, {}, system + u"/kde/viewer.desktop"_s, {}, {}, false}};
         QCOMPARE(applications.index().entries(), expected);
 
@@ -196,12 +214,27 @@ private Q_SLOTS:
         QVERIFY(file.open(QIODevice::ReadOnly));
         QVERIFY(file.readAll().trimmed() != QByteArray::number(::getsid(0))); // outlives this one
 
+        // A pipe in the place of one of GIO's lists, and folders without end.
+        const QString list = folder.filePath(u"applications/mimeapps.list"_s);
+        QCOMPARE(::mkfifo(QFile::encodeName(list).constData(), 0600), 0);
+        launcher->launch(viewer, [&](const auto &reason) { outcomes << reason; });
+        QTRY_COMPARE(outcomes.size(), 2);
+        QVERIFY(outcomes[1].value_or(QString()).contains(list));
+        QVERIFY(QFile::remove(list));
+        for (const QString &loop : {u"a"_s, u"b"_s})
+            QVERIFY(QFile::link(u"."_s, folder.filePath(u"applications/"_s + loop)));
+        launcher->launch(viewer, [&](const auto &reason) { outcomes << reason; });
+        QTRY_COMPARE(outcomes.size(), 3);
+        QVERIFY(outcomes[2].value_or(QString()).contains(u"folders"_s));
+        for (const QString &loop : {u"a"_s, u"b"_s})
+            QVERIFY(QFile::remove(folder.filePath(u"applications/"_s + loop)));
+
         // It may go at any time, also within a handler; nobody is told after that.
         launcher->launch(viewer, [&](const auto &reason) { outcomes << reason; });
         launcher = std::make_unique<ApplicationLauncher>();
         launcher->launch(viewer, [&](const auto &) { launcher.reset(); });
         QTRY_VERIFY(!launcher);
-        QCOMPARE(outcomes.size(), 1);
+        QCOMPARE(outcomes.size(), 3);
     }
 };
 

@@ -1,4 +1,5 @@
-#include "platform/linux/x11/properties.h"
+#include "platform/session/x11/properties.h"
+#include "platform/session/x11/window_mirror.h"
 
 #include <QTest>
 
@@ -31,6 +32,22 @@ private Q_SLOTS:
         const QByteArray pairs = QByteArray("\xf0\x9f\x90\x91").repeated(MaximumTitleLength);
         const QString sheep = u"🐑"_s.repeated(MaximumTitleLength);
         QCOMPARE(read("x" + pairs), (u"x"_s + sheep).first(MaximumTitleLength - 1));
+    }
+
+    void desktopsGoAwayWhenTheirCountSaysSo()
+    {
+        struct Row
+        {
+            std::uint32_t before;
+            std::uint32_t now;
+            int changes;
+            bool expected;
+        };
+        const Row rows[] = {{0, 4, 0, false}, {4, 4, 0, false}, {4, 5, 1, false},
+                            {4, 6, 2, false}, {4, 4, 1, false}, {4, 3, 0, true},
+                            {4, 3, 1, true},  {4, 4, 2, true},  {4, 5, 2, true}};
+        for (const auto &[before, now, changes, expected] : rows)
+            QCOMPARE(wereDesktopsRemoved(before, now, changes), expected);
     }
 };
 

@@ -21,6 +21,8 @@ def described(node):
     if "showing" not in states:
         return None
     role = node.get_role_name()
+    if role == "button":  # as later versions name it
+        role = "push button"
     result = {
         "role": role,
         "states": states,

@@ -1,41 +1,19 @@
 #include "support/desktop_reading.h"
 
 #include "support/private_session.h"
-
-#include <QStringList>
+#include "support/test_client.h"
 
 namespace tovel {
 
-using namespace Qt::StringLiterals;
-
-namespace {
-
-QString xprop(const PrivateSession &session, const QStringList &which, const QString &property)
-{
-    return session.run(u"xprop"_s, which + QStringList{property}).out.trimmed();
-}
-
-QStringList byId(std::uint32_t window) { return {u"-id"_s, QString::number(window)}; }
-
-// Of a line such as "_NET_CURRENT_DESKTOP(CARDINAL) = 2".
-std::optional<std::uint32_t> valueOf(const QString &line)
-{
-    bool isNumber = false;
-    const std::uint32_t value = line.section(u" = "_s, 1).toUInt(&isNumber);
-    return isNumber ? std::optional(value) : std::nullopt;
-}
-
-} // namespace
-
 QList<ListedWindow> listedWindows(const PrivateSession &session)
 {
+    const TestClient client(session.display());
     QList<ListedWindow> windows;
-    const QString list = session.run(u"wmctrl"_s, {u"-l"_s}).out;
-    for (const QString &line : list.split(u'\n', Qt::SkipEmptyParts)) {
-        const auto flags = QString::SectionSkipEmpty;
-        windows.append({line.section(u' ', 0, 0, flags).toUInt(nullptr, 16),
-                        static_cast<std::uint32_t>(line.section(u' ', 1, 1, flags).toInt()),
-                        line.section(u' ', 3, -1, flags)});
+    for (const std::uint32_t id : client.numbers(client.root(), "_NET_CLIENT_LIST")) {
+        const QByteArray title = client.property(id, "_NET_WM_NAME");
+        windows.append(
+            {id, client.number(id, "_NET_WM_DESKTOP").value_or(allDesktops),
+             QString::fromUtf8(title.isEmpty() ? client.property(id, "WM_NAME") : title)});
     }
     return windows;
 }
@@ -55,17 +33,19 @@ std::uint32_t windowTitled(const PrivateSession &session, const QString &title)
 
 std::optional<std::uint32_t> desktopOf(const PrivateSession &session, std::uint32_t window)
 {
-    return valueOf(xprop(session, byId(window), u"_NET_WM_DESKTOP"_s));
+    return TestClient(session.display()).number(window, "_NET_WM_DESKTOP");
 }
 
 std::optional<std::uint32_t> shownDesktop(const PrivateSession &session)
 {
-    return valueOf(xprop(session, {u"-root"_s}, u"_NET_CURRENT_DESKTOP"_s));
+    const TestClient client(session.display());
+    return client.number(client.root(), "_NET_CURRENT_DESKTOP");
 }
 
 bool hasState(const PrivateSession &session, std::uint32_t window, const QString &state)
 {
-    return xprop(session, byId(window), u"_NET_WM_STATE"_s).contains(state);
+    const TestClient client(session.display());
+    return client.numbers(window, "_NET_WM_STATE").contains(client.atom(state.toLatin1()));
 }
 
 } // namespace tovel

@@ -10,8 +10,8 @@ namespace tovel {
 
 class PrivateSession;
 
-// What xprop and wmctrl say of a session: a view of the windows that shares nothing with the code
-// under test. Desktops count from 0; allDesktops stands for every one.
+// What a client of its own finds in a session: a view of the windows that shares nothing with the
+// code under test. Desktops count from 0; allDesktops stands for every one.
 
 struct ListedWindow
 {

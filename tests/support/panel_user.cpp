@@ -1,8 +1,10 @@
 #include "support/panel_user.h"
 
-#include <QFile>
+#include "support/stored_choices.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QJsonObject>
 
 #include <algorithm>
 
@@ -107,8 +109,10 @@ std::optional<SeenObject> PanelUser::find(const QString &name, const QString &ro
 
 bool PanelUser::isGone(const QString &name)
 {
-    return eventually([&] { return !pick(look(), name, {}); });
+    return eventually([&] { return !sees(name); });
 }
+
+bool PanelUser::sees(const QString &name) { return pick(look(), name, {}).has_value(); }
 
 QStringList PanelUser::buttons(const QString &beginning)
 {
@@ -173,13 +177,6 @@ bool PanelUser::textIs(const QString &field, const QString &text)
     });
 }
 
-QJsonObject PanelUser::stored() const
-{
-    QFile file(m_session.environment().value(u"XDG_CONFIG_HOME"_s)
-               + u"/org.tovel.Tovel/defaults.json"_s);
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    return QJsonDocument::fromJson(file.readAll()).object();
-}
+DefaultsReading PanelUser::stored() const { return storedChoices(m_session); }
 
 } // namespace tovel

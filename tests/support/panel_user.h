@@ -1,8 +1,8 @@
 #pragma once
 
+#include "platform/user_defaults.h"
 #include "support/private_session.h"
 
-#include <QJsonObject>
 #include <QList>
 #include <QRect>
 #include <QString>
@@ -53,6 +53,8 @@ public:
     // Once it is there, and stays where it is.
     std::optional<SeenObject> find(const QString &name, const QString &role = {});
     bool isGone(const QString &name);
+    // Now.
+    bool sees(const QString &name);
     // The names of the buttons that begin so, without that beginning.
     QStringList buttons(const QString &beginning);
     // The control that has the keyboard now.
@@ -67,7 +69,7 @@ public:
     bool textIs(const QString &field, const QString &text);
 
     // What the program has stored.
-    QJsonObject stored() const;
+    DefaultsReading stored() const;
 
 private:
     PrivateSession &m_session;

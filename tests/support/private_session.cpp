@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QRegularExpression>
 #include <QTest>
 
 #include <csignal>
@@ -37,6 +38,21 @@ void end(QProcess &process)
     }
 }
 
+// Nothing of the desktop that the test was started from, whatever that sets.
+QProcessEnvironment bareEnvironment()
+{
+    static const QRegularExpression kept(
+        u"^(PATH|PWD|SHELL|TERM|TMPDIR|USER|LOGNAME|\\w+SAN_OPTIONS|GCOV_\\w+|TOVEL_TEST_\\w+)$"_s);
+    QProcessEnvironment bare;
+    const QProcessEnvironment all = QProcessEnvironment::systemEnvironment();
+    for (const QString &name : all.keys()) {
+        if (kept.match(name).hasMatch())
+            bare.insert(name, all.value(name));
+    }
+    bare.insert(u"LC_ALL"_s, u"C.UTF-8"_s);
+    return bare;
+}
+
 } // namespace
 
 Manager managerFromEnvironment()
@@ -44,18 +60,16 @@ Manager managerFromEnvironment()
     const QByteArray name = qgetenv("TOVEL_TEST_MANAGER");
     if (name == "icewm")
         return Manager::Icewm;
+    if (name == "i3")
+        return Manager::I3;
     return name == "xfwm4" ? Manager::Xfwm4 : Manager::Openbox;
 }
 
 PrivateSession::PrivateSession(Manager manager, const SessionOptions &options)
-    : m_environment(QProcessEnvironment::systemEnvironment())
+    : m_environment(bareEnvironment())
     , m_manager(manager)
-    , m_desktops(options.desktops)
+    , m_desktops(manager == Manager::I3 ? 1 : options.desktops)
 {
-    for (const auto *variable : {"TOVEL_DESKTOP", "WAYLAND_DISPLAY", "XAUTHORITY", "LANGUAGE",
-                                 "QT_QPA_PLATFORM", "SESSION_MANAGER", "DBUS_SESSION_BUS_ADDRESS"})
-        m_environment.remove(QLatin1StringView(variable));
-    m_environment.insert(u"LC_ALL"_s, u"C.UTF-8"_s);
     m_environment.insert(u"GDK_BACKEND"_s, u"x11"_s);
     m_environment.insert(u"NO_AT_BRIDGE"_s, u"1"_s);
     const QPair<QString, QString> folders[] = {{u"HOME"_s, u"home"_s},
@@ -77,7 +91,7 @@ PrivateSession::PrivateSession(Manager manager, const SessionOptions &options)
     // A server that resets when its last client leaves would drop a manager that just connects.
     m_server->start(u"Xvfb"_s,
                     {u"-displayfd"_s, u"1"_s, u"-noreset"_s, u"-listen"_s, u"tcp"_s, u"-screen"_s,
-                     u"0"_s, u"1280x800x24"_s});
+                     u"0"_s, QString::fromLatin1(options.screen)});
     while (!m_server->canReadLine() && m_server->waitForReadyRead(Deadline)) { }
     const QByteArray number = m_server->readLine().trimmed();
     if (number.isEmpty())
@@ -131,6 +145,7 @@ void PrivateSession::writeConfiguration(const SessionOptions &options) const
         names.append(u"\"%1\""_s.arg(i));
     write(u"home/.icewm/preferences"_s,
           u"WorkspaceNames=%1\nTaskBarEnableSystemTray=0\n"_s.arg(names.join(u',')));
+    write(u"config/i3/config"_s, u"font pango:monospace 8\n"_s);
     const QString action = options.activateAction.isEmpty()
         ? QString()
         : u"<property name=\"activate_action\" type=\"string\" value=\"%1\"/>"_s.arg(
@@ -152,10 +167,10 @@ void PrivateSession::install(const QString &identifier, const QString &name,
 
 void PrivateSession::adopt() const
 {
+    for (const QString &variable : QProcessEnvironment::systemEnvironment().keys())
+        qunsetenv(variable.toLocal8Bit());
     for (const QString &variable : m_environment.keys())
-        qputenv(variable.toLatin1(), m_environment.value(variable).toLocal8Bit());
-    qunsetenv("TOVEL_DESKTOP");
-    qunsetenv("WAYLAND_DISPLAY");
+        qputenv(variable.toLocal8Bit(), m_environment.value(variable).toLocal8Bit());
 }
 
 bool PrivateSession::isReady()
@@ -227,8 +242,10 @@ void PrivateSession::startManager()
         m_managerProcess = &start(u"openbox"_s, {u"--sm-disable"_s});
     else if (m_manager == Manager::Icewm)
         m_managerProcess = &start(u"icewm"_s, {});
-    else
+    else if (m_manager == Manager::Xfwm4)
         m_managerProcess = &start(u"xfwm4"_s, {u"--compositor=off"_s});
+    else
+        m_managerProcess = &start(u"i3"_s, {u"-c"_s, m_folder.filePath(u"config/i3/config"_s)});
 }
 
 bool PrivateSession::isManagerRunning()
@@ -247,6 +264,11 @@ void PrivateSession::killServer()
 {
     m_server->kill();
     m_server->waitForFinished();
+}
+
+void PrivateSession::pauseServer(bool paused)
+{
+    kill(static_cast<pid_t>(m_server->processId()), paused ? SIGSTOP : SIGCONT);
 }
 
 Outcome outcomeOf(QProcess &process)

@@ -13,14 +13,15 @@
 
 namespace tovel {
 
-enum class Manager { Openbox, Icewm, Xfwm4 };
+enum class Manager { Openbox, Icewm, Xfwm4, I3 };
 
-// The manager that the environment variable TOVEL_TEST_MANAGER names: openbox, icewm or xfwm4.
+// The manager that the environment variable TOVEL_TEST_MANAGER names: openbox, icewm, xfwm4 or i3.
 Manager managerFromEnvironment();
 
 struct SessionOptions
 {
-    int desktops = 4;
+    int desktops = 4; // i3 starts with one
+    QByteArray screen = "1280x800x24";
     QString activateAction{}; // xfwm4's choice of that name; empty leaves it at its default
     bool bus = false; // with a session bus
     bool assistive = false; // with that and the bus on which assistive programs read others
@@ -80,6 +81,8 @@ public:
     // At once, without a chance to clean up.
     void killManager();
     void killServer();
+    // A server that is paused answers nobody.
+    void pauseServer(bool paused);
 
 private:
     void startBus();

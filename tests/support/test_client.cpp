@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
 
 #include <xcb/xcb.h>
 
@@ -36,7 +35,7 @@ bool TestClient::isConnected() const { return xcb_connection_has_error(m_connect
 
 std::uint32_t TestClient::open(const ClientWindow &window)
 {
-    const std::uint32_t id = xcb_generate_id(m_connection);
+    const std::uint32_t id = window.number ? window.number : xcb_generate_id(m_connection);
     xcb_create_window(m_connection, XCB_COPY_FROM_PARENT, id, m_root, 40, 60,
                       static_cast<std::uint16_t>(window.size.width()),
                       static_cast<std::uint16_t>(window.size.height()), 0,
@@ -77,12 +76,7 @@ void TestClient::flicker(int count)
 
 bool TestClient::isManaged(std::uint32_t window) const
 {
-    const QByteArray list = property(m_root, "_NET_CLIENT_LIST");
-    for (qsizetype start = 0; start + 4 <= list.size(); start += 4) {
-        if (list.mid(start, 4) == words({window}))
-            return true;
-    }
-    return false;
+    return numbers(m_root, "_NET_CLIENT_LIST").contains(window);
 }
 
 void TestClient::minimize(std::uint32_t window)
@@ -114,6 +108,32 @@ bool TestClient::grabKey(std::uint8_t keycode, std::uint16_t state)
     const auto cookie = xcb_grab_key_checked(m_connection, 0, m_root, state, keycode,
                                              XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
     return !owned(xcb_request_check(m_connection, cookie));
+}
+
+QPoint TestClient::cursor() const
+{
+    const auto reply = owned(
+        xcb_query_pointer_reply(m_connection, xcb_query_pointer(m_connection, m_root), nullptr));
+    return reply ? QPoint(reply->root_x, reply->root_y) : QPoint();
+}
+
+void TestClient::moveCursor(QPoint position)
+{
+    xcb_warp_pointer(m_connection, XCB_NONE, m_root, 0, 0, 0, 0,
+                     static_cast<std::int16_t>(position.x()),
+                     static_cast<std::int16_t>(position.y()));
+    synchronize();
+}
+
+QRect TestClient::place(std::uint32_t window) const
+{
+    const auto geometry = owned(
+        xcb_get_geometry_reply(m_connection, xcb_get_geometry(m_connection, window), nullptr));
+    const auto origin = owned(xcb_translate_coordinates_reply(
+        m_connection, xcb_translate_coordinates(m_connection, window, m_root, 0, 0), nullptr));
+    if (!geometry || !origin)
+        return {};
+    return QRect(origin->dst_x, origin->dst_y, geometry->width, geometry->height);
 }
 
 void TestClient::swapModifiers(std::size_t one, std::size_t other)
@@ -156,14 +176,19 @@ QByteArray TestClient::property(std::uint32_t window, const QByteArray &name) co
                       xcb_get_property_value_length(reply.get()));
 }
 
-std::optional<std::uint32_t> TestClient::number(std::uint32_t window, const QByteArray &name) const
+QList<std::uint32_t> TestClient::numbers(std::uint32_t window, const QByteArray &name) const
 {
     const QByteArray value = property(window, name);
-    std::uint32_t number = 0;
-    if (value.size() < qsizetype(sizeof(number)))
-        return std::nullopt;
-    std::memcpy(&number, value.constData(), sizeof(number));
-    return number;
+    QList<std::uint32_t> numbers(value.size() / qsizetype(sizeof(std::uint32_t)));
+    std::copy_n(value.constData(), numbers.size() * qsizetype(sizeof(std::uint32_t)),
+                reinterpret_cast<char *>(numbers.data()));
+    return numbers;
+}
+
+std::optional<std::uint32_t> TestClient::number(std::uint32_t window, const QByteArray &name) const
+{
+    const QList<std::uint32_t> all = numbers(window, name);
+    return all.isEmpty() ? std::nullopt : std::optional(all.first());
 }
 
 std::uint32_t TestClient::atom(const QByteArray &name) const

@@ -2,6 +2,8 @@
 
 #include <QByteArray>
 #include <QList>
+#include <QPoint>
+#include <QRect>
 #include <QSize>
 #include <QString>
 
@@ -15,6 +17,7 @@ namespace tovel {
 
 struct ClientWindow
 {
+    std::uint32_t number = 0; // of a window of this client that is gone; 0: a new one
     QString application{}; // both parts of WM_CLASS
     std::optional<QString> title{};
     QByteArray type = "_NET_WM_WINDOW_TYPE_NORMAL";
@@ -53,6 +56,12 @@ public:
     void askForDesktop(std::uint32_t window, std::uint32_t desktop);
     void showDesktop(std::uint32_t desktop);
 
+    QPoint cursor() const;
+    void moveCursor(QPoint position);
+
+    // Of the window, on the screen.
+    QRect place(std::uint32_t window) const;
+
     // Takes a key in one exact state of the modifiers; false when another program has it.
     bool grabKey(std::uint8_t keycode, std::uint16_t state);
     // Gives the keys of two of the eight modifiers to each other.
@@ -63,7 +72,8 @@ public:
     void setProperty(std::uint32_t window, const QByteArray &name, const QByteArray &type,
                      std::uint8_t format, const QByteArray &value);
     QByteArray property(std::uint32_t window, const QByteArray &name) const;
-    // Of the property's first 32 bits.
+    // The property as units of 32 bits, and the first of them.
+    QList<std::uint32_t> numbers(std::uint32_t window, const QByteArray &name) const;
     std::optional<std::uint32_t> number(std::uint32_t window, const QByteArray &name) const;
 
     std::uint32_t atom(const QByteArray &name) const;

@@ -1,0 +1,172 @@
+#include "bridge/bridge.h"
+#include "model/tovel_model.h"
+#include "platform/linux/linux_desktop.h"
+#include "platform/platform.h"
+#include "platform/user_defaults.h"
+#include "support/memory_session.h"
+
+#include <QCoroTask>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <unistd.h>
+
+using namespace tovel;
+using namespace Qt::StringLiterals;
+
+namespace {
+
+SessionWindow windowOf(const QString &application, std::uint64_t workspace)
+{
+    return {.workspaces = {workspace},
+            .frame = QRectF(0, 0, 300, 200),
+            .process = ::getpid(),
+            .className = application};
+}
+
+} // namespace
+
+// The platform over a session, where the contract of all platforms does not reach.
+class TestSessionPlatform final : public QObject
+{
+    Q_OBJECT
+
+private:
+    // A model of the flock "alpha", which follows.
+    void start(bool isOneRow, const SessionCapabilities &can = {})
+    {
+        cleanup();
+        auto session = std::make_unique<MemorySession>(isOneRow, can);
+        m_session = session.get();
+        m_desktop = std::make_unique<LinuxDesktop>(std::move(session));
+        m_installation.emplace(*m_desktop);
+        UserDefaults &defaults = m_desktop->userDefaults().standardUserDefaults();
+        QVERIFY(defaults.setObject(u"selected"_s, QStringList{u"alpha"_s}).isStored());
+        m_model = std::make_unique<TovelModel>();
+    }
+
+    const Desktop &desktop(std::uint64_t id) const
+    {
+        return *std::ranges::find(m_model->desktops(), id, &Desktop::id);
+    }
+
+    QTemporaryDir m_folder;
+    std::unique_ptr<LinuxDesktop> m_desktop;
+    std::optional<PlatformInstallation> m_installation;
+    std::unique_ptr<TovelModel> m_model;
+    MemorySession *m_session = nullptr;
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        qputenv("XDG_CONFIG_HOME", m_folder.path().toLocal8Bit());
+        qputenv("XDG_DATA_HOME", m_folder.path().toLocal8Bit());
+    }
+
+    void cleanup()
+    {
+        m_model.reset();
+        m_installation.reset();
+        m_desktop.reset();
+    }
+
+    void desktopsAreOnTheDisplayOfTheirRow()
+    {
+        start(false);
+        QCOMPARE(m_model->desktops().size(), 6);
+        for (const auto &[id, number, name] :
+             {std::tuple(12, 7u, u"DP-1"_s), {22, 3u, u"DP-2"_s}}) {
+            QCOMPARE(desktop(id).displayID, number);
+            QCOMPARE(m_model->displayName(desktop(id).display), name);
+            QCOMPARE(m_model->displayIsBuiltIn(desktop(id).display), number == 7);
+        }
+        // Names stay with what the session knows a workspace by.
+        QVERIFY(desktop(11).key().endsWith(u"/one"_s));
+        QVERIFY(desktop(12).key().endsWith(u"/12"_s));
+    }
+
+    void oneRowMakesOneDisplay()
+    {
+        start(true);
+        const Desktop &second = desktop(12);
+        QCOMPARE(second.key(), u"Main/12"_s);
+        QCOMPARE(m_model->displayName(second.display), u"All displays"_s);
+        QVERIFY(!m_model->displayIsBuiltIn(second.display));
+    }
+
+    void aSwitchActsOnTheDisplayOfItsDesktop_data()
+    {
+        QTest::addColumn<CursorAccess>("access");
+        QTest::newRow("movable") << CursorAccess::Movable;
+        QTest::newRow("readable") << CursorAccess::Readable;
+        QTest::newRow("hidden") << CursorAccess::Hidden;
+    }
+
+    void aSwitchActsOnTheDisplayOfItsDesktop()
+    {
+        QFETCH(const CursorAccess, access);
+        start(false, {.cursor = access});
+        for (const std::uint64_t id : {22, 12, 21}) {
+            const Desktop target = desktop(id);
+            QVERIFY(QCoro::waitFor(m_model->switchDesktop(target, std::nullopt)));
+        }
+        QCOMPARE(m_session->outputs()[0].shown, 12u);
+        QCOMPARE(m_session->outputs()[1].shown, 21u);
+        QCOMPARE(m_session->cursor(), QPointF());
+        QCOMPARE(m_session->cursorMoves(), access == CursorAccess::Movable ? 4 : 0);
+    }
+
+    void aNumberUsedAgainInMidMoveIsNotMoved()
+    {
+        start(false);
+        QList<std::uint32_t> windows;
+        for (int i = 0; i < 3; ++i)
+            windows.append(m_session->open(windowOf(u"alpha"_s, 11)));
+        // After the first one has been asked to move.
+        bool isReplaced = false;
+        QObject::connect(m_model.get(), &TovelModel::didChange, m_model.get(), [&] {
+            if (!m_model->message().startsWith(u"Moving 2"_s) || std::exchange(isReplaced, true))
+                return;
+            for (const std::uint32_t window : windows.sliced(1)) {
+                m_session->close(window);
+                SessionWindow stranger = windowOf(u"stranger"_s, 11);
+                stranger.id = window;
+                m_session->open(stranger);
+            }
+        });
+        QCoro::waitFor(m_model->migrate(desktop(12), false));
+        QVERIFY(isReplaced);
+        QCOMPARE(m_session->window(windows[0]).workspaces, QList<std::uint64_t>{12});
+        QCOMPARE(m_session->window(windows[1]).workspaces, QList<std::uint64_t>{11});
+        QCOMPARE(m_model->issues(), QStringList(2, u"alpha: window changed; skipped."_s));
+    }
+
+    void aNumberUsedAgainJustBeforeTheRequestIsNotMoved()
+    {
+        start(false);
+        const std::uint32_t window = m_session->open(windowOf(u"alpha"_s, 11));
+        QVERIFY(!TWindowSpaces(window).isEmpty());
+        m_session->hold();
+        m_session->window(window).className = u"stranger"_s;
+        QVERIFY(TMove(window, 12) != 0);
+        QCOMPARE(m_session->window(window).workspaces, QList<std::uint64_t>{11});
+        QCOMPARE(TMove(window, 12), 0);
+    }
+
+    void whatASessionCannotDoIsSaid()
+    {
+        start(true);
+        QCOMPARE(m_desktop->limits(), QStringList());
+        start(true,
+              {.globalKeys = false,
+               .above = false,
+               .onAllWorkspaces = false,
+               .keepsEmptyWorkspaces = false});
+        QCOMPARE(m_desktop->limits().size(), 4);
+        m_session->setControllable(false);
+        QCOMPARE(m_desktop->limits(), QStringList());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestSessionPlatform)
+#include "tst_session_platform.moc"

@@ -1,0 +1,513 @@
+#include "failing_file_system.h"
+#include "platform/linux/defaults/json_value.h"
+#include "platform/linux/defaults/sqlite_user_defaults.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <csignal>
+#include <functional>
+#include <memory>
+
+#include <fcntl.h>
+#include <sqlite3.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace tovel;
+using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
+
+Q_DECLARE_METATYPE(std::function<void()>)
+
+namespace {
+
+using Defaults = SqliteUserDefaults;
+using End = FailingFileSystem::End;
+
+QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return QFileInfo(path).isFile() && file.open(QIODevice::ReadOnly) ? file.readAll()
+                                                                      : QByteArray();
+}
+
+// In place, as a copy over a file does it.
+void putContent(const QString &path, const QByteArray &content)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(content), content.size());
+}
+
+void makePipe(const QString &path) { QCOMPARE(::mkfifo(qPrintable(path), 0600), 0); }
+
+// Has another program change the file.
+void runSql(const QString &path, const QByteArray &sql)
+{
+    sqlite3 *database = nullptr;
+    QCOMPARE(sqlite3_open(qPrintable(path), &database), SQLITE_OK);
+    QCOMPARE(sqlite3_exec(database, sql.constData(), nullptr, nullptr, nullptr), SQLITE_OK);
+    sqlite3_close(database);
+}
+
+// Runs it in a process of its own; the exit status, or minus the signal that ended it.
+int inProcess(const std::function<void()> &work)
+{
+    const pid_t child = ::fork();
+    if (child == 0) {
+        work();
+        ::_exit(0);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status);
+}
+
+DefaultsOutcome store(Defaults &defaults, const QString &key, const QVariant &value)
+{
+    return defaults.setObject(key, value, DefaultsAuthor::User);
+}
+
+// A text that needs a page of its own.
+QString large(char16_t letter) { return QString(6000, letter); }
+
+} // namespace
+
+class TestSqliteUserDefaults final : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        m_path = m_folder->filePath(u"a/b/settings.sqlite"_s);
+        m_json = m_folder->filePath(u"a/b/settings.json"_s);
+        FailingFileSystem::mend();
+    }
+
+    void isTheUsersAlone()
+    {
+        Defaults defaults = opened();
+        QCOMPARE(defaults.dictionaryRepresentation().failure, QString());
+        QVERIFY(!QFile::exists(m_folder->filePath(u"a"_s))); // reading makes nothing
+        QVERIFY(store(defaults, u"key"_s, 1).isStored());
+        for (const auto &[name, mode] : {std::pair(u"a/b/settings.sqlite"_s, 0600U),
+                                         std::pair(u"a/b"_s, 0700U), std::pair(u"a"_s, 0700U)}) {
+            struct stat status
+            {
+            };
+            QCOMPARE(::stat(qPrintable(m_folder->filePath(name)), &status), 0);
+            QCOMPARE(status.st_mode & 0777, mode);
+        }
+        QCOMPARE(files(), QStringList{u"settings.sqlite"_s});
+    }
+
+    void refusesWhatIsTooDeepOrTooLarge()
+    {
+        QVariant deep = 1;
+        for (int depth = 0; depth <= maximumDefaultsDepth; ++depth)
+            deep = QVariantList{deep};
+        Defaults defaults = opened();
+        QVERIFY(!store(defaults, u"first"_s, deep).isStored());
+        const QString third(maximumDefaultsSize / 3, u'x');
+        for (const QString &key : {u"a"_s, u"b"_s})
+            QVERIFY(store(defaults, key, third).isStored());
+        const auto before = defaults.dictionaryRepresentation().values;
+        for (const QVariant &value :
+             {deep, QVariant(QString(maximumDefaultsSize, u'x')), QVariant(third)}) {
+            QVERIFY(!store(defaults, u"c"_s, value).isStored());
+            QCOMPARE(defaults.dictionaryRepresentation().values, before);
+        }
+    }
+
+    void writesOnlyChanges()
+    {
+        Defaults defaults = opened();
+        QVERIFY(store(defaults, u"key"_s, 1).isStored());
+        const QByteArray written = contentOf(m_path);
+        QVERIFY(store(defaults, u"key"_s, 1).isStored());
+        QCOMPARE(contentOf(m_path), written);
+        QVERIFY(store(defaults, u"key"_s, true).isStored()); // equal to 1 for QVariant
+        QCOMPARE(defaults.dictionaryRepresentation().boolean(u"key"_s), true);
+        for (int number = 0; number < 20; ++number) { // what others write is seen
+            Defaults other = opened();
+            QVERIFY(store(other, u"key"_s, number % 10).isStored());
+            QCOMPARE(valueIn(defaults), number % 10);
+        }
+    }
+
+    void takesOverAnOlderFileOnce()
+    {
+        QVERIFY(QDir().mkpath(m_folder->filePath(u"a/b"_s)));
+        putContent(m_json,
+                   R"({"key": 1, "gone": null, "deep": [null], "bytes": {"$data": "AAA="}})");
+        Defaults reader = opened();
+        QCOMPARE(reader.dictionaryRepresentation().values.keys(),
+                 (QStringList{u"bytes"_s, u"key"_s}));
+        QCOMPARE(files(), QStringList{u"settings.json"_s});
+
+        Defaults defaults = opened();
+        QVERIFY(store(defaults, u"new"_s, 2).isStored());
+        for (const Defaults &each : {std::cref(reader), std::cref(defaults)})
+            QCOMPARE(each.dictionaryRepresentation().values.keys(),
+                     (QStringList{u"bytes"_s, u"key"_s, u"new"_s}));
+        QCOMPARE(files(), (QStringList{u"settings.json.taken-over"_s, u"settings.sqlite"_s}));
+        putContent(m_json, R"({"key": 3})");
+        QCOMPARE(valueIn(defaults), 1);
+        QVERIFY(QFile::remove(m_json));
+        QVERIFY(QFile::remove(m_path)); // to start afresh
+        QCOMPARE(defaults.dictionaryRepresentation().values, QVariantMap());
+        QCOMPARE(defaults.dictionaryRepresentation().failure, QString());
+    }
+
+    void tellsWhatItCannotRead_data()
+    {
+        const auto row = [](const char *name, const QString &culprit, bool isDamaged,
+                            const std::function<void(const QString &)> &spoil) {
+            QTest::newRow(name) << culprit << isDamaged
+                                << std::function<void(const QString &)>(spoil);
+        };
+        const auto content = [](const QByteArray &bytes) {
+            return [bytes](const QString &path) { putContent(path, bytes); };
+        };
+        const auto sql = [](const QByteArray &text) {
+            return [text](const QString &path) { runSql(path, text); };
+        };
+        const auto directory = [](const QString &path) { QVERIFY(QDir().mkpath(path)); };
+        const auto alone = [this](const std::function<void(const QString &)> &spoil) {
+            return [this, spoil](const QString &path) {
+                QVERIFY(QFile::remove(m_path));
+                spoil(path);
+            };
+        };
+        const QString database = u"settings.sqlite"_s;
+        const QString json = u"settings.json"_s;
+        QTest::addColumn<QString>("culprit");
+        QTest::addColumn<bool>("isDamaged");
+        QTest::addColumn<std::function<void(const QString &)>>("spoil");
+
+        row("empty", database, true, content({}));
+        row("another file", database, true, content(QByteArray(9000, 'x')));
+        row("half of it", database, true,
+            [](const QString &path) { QVERIFY(QFile::resize(path, 4096)); });
+        row("a broken page", database, true, [](const QString &path) {
+            QFile file(path);
+            QVERIFY(file.open(QIODevice::ReadWrite) && file.seek(4096));
+            QCOMPARE(file.write(QByteArray(4096, '\xff')), 4096);
+        });
+        row("keys in disorder", database, true, [](const QString &path) {
+            putContent(path, contentOf(path).replace("large", "aarge"));
+        });
+        row("another table of that name", database, true,
+            sql("DROP TABLE defaults; CREATE TABLE defaults(key, value)"));
+        row("a trigger", database, true,
+            sql("CREATE TRIGGER t AFTER INSERT ON defaults BEGIN DELETE FROM defaults; END"));
+        row("a view", database, true,
+            sql("DROP TABLE defaults; CREATE VIEW defaults AS SELECT 'key' AS key, '1' AS value"));
+        row("a key that is none", database, true, sql("INSERT INTO defaults VALUES (x'00', '1')"));
+        row("too large", database, true, [](const QString &path) {
+            QVERIFY(QFile::resize(path, 5 * qint64(maximumDefaultsSize)));
+        });
+        row("a later version", database, false, sql("PRAGMA user_version = 2"));
+        row("a pipe", database, false, alone(makePipe));
+        row("a folder", database, false, alone(directory));
+        row("a pipe as journal", database + u"-journal"_s, false, makePipe);
+        row("a folder as journal", database + u"-journal"_s, false, directory);
+        row("a pipe as log", database + u"-wal"_s, false, makePipe);
+        row("older, half of it", json, true, alone(content("{\"key\": 1, \"ot")));
+        row("older, a list", json, true, alone(content("[1]")));
+        row("older, too large", json, true,
+            alone(content("{\"key\": 1}" + QByteArray(maximumDefaultsSize, ' '))));
+        row("older, a pipe", json, false, alone(makePipe));
+        row("older, a folder", json, false, alone(directory));
+    }
+
+    void tellsWhatItCannotRead()
+    {
+        QFETCH(const QString, culprit);
+        QFETCH(const bool, isDamaged);
+        QFETCH(const std::function<void(const QString &)>, spoil);
+        Defaults before = opened({.restoringTime = 0s});
+        QVERIFY(store(before, u"key"_s, 1).isStored());
+        QVERIFY(store(before, u"large"_s, large(u'x')).isStored());
+        QCOMPARE(valueIn(before), 1);
+        const QString path = QFileInfo(m_path).path() + u'/' + culprit;
+        spoil(path);
+        const QStringList there = files();
+        const QByteArray content = contentOf(m_path);
+
+        Defaults defaults = opened();
+        for (int turn = 0; turn < 2; ++turn) {
+            const DefaultsReading reading = defaults.dictionaryRepresentation();
+            QVERIFY2(reading.failure.contains(path), qPrintable(reading.failure));
+            QCOMPARE(reading.values, QVariantMap());
+            QVERIFY(!store(defaults, u"key"_s, 2).isStored()); // it may be on its way back
+        }
+        QVERIFY(!before.setObject(u"key"_s, 2).isStored()); // not asked for by the user
+        QCOMPARE(files(), there);
+        QCOMPARE(contentOf(m_path), content);
+
+        QCOMPARE(store(before, u"new"_s, 2).isStored(), isDamaged);
+        if (!isDamaged) {
+            QCOMPARE(files(), there);
+            return;
+        }
+        QCOMPARE(before.dictionaryRepresentation().values.keys(),
+                 (QStringList{u"key"_s, u"large"_s, u"new"_s}));
+        QCOMPARE(defaults.dictionaryRepresentation().values,
+                 before.dictionaryRepresentation().values);
+        if (culprit == u"settings.sqlite"_s)
+            QVERIFY(contentOf(m_path + u".damaged"_s) == content);
+        else
+            QVERIFY(files().contains(culprit)); // as it was
+    }
+
+    void seesAFileThatTakesItsPlace()
+    {
+        Defaults defaults = opened();
+        QVERIFY(store(defaults, u"key"_s, 1).isStored());
+        const QByteArray backup = contentOf(m_path);
+        const auto change = [&](int number) {
+            QVERIFY(store(defaults, u"key"_s, number).isStored());
+            QCOMPARE(valueIn(defaults), number);
+        };
+        change(2);
+        putContent(m_path, backup.left(5000)); // a slow restore
+        QVERIFY(!defaults.dictionaryRepresentation().succeeded());
+        QVERIFY(!store(defaults, u"key"_s, 3).isStored());
+        putContent(m_path, backup);
+        QCOMPARE(valueIn(defaults), 1);
+        change(2);
+        putContent(m_path + u".new"_s, backup);
+        QCOMPARE(::rename(qPrintable(m_path + u".new"_s), qPrintable(m_path)), 0);
+        QCOMPARE(valueIn(defaults), 1);
+        change(2);
+        runSql(m_path, "PRAGMA journal_mode = WAL; UPDATE defaults SET value = 5");
+        QCOMPARE(valueIn(defaults), 5);
+        change(6);
+        QCOMPARE(files(), QStringList{u"settings.sqlite"_s});
+        QVERIFY(QFile::remove(m_path));
+        // A journal that was left behind is not of the new file.
+        putContent(m_path + u"-journal"_s, "what a process left that was killed");
+        QCOMPARE(defaults.dictionaryRepresentation().values, QVariantMap());
+        change(4);
+        QCOMPARE(files(),
+                 (QStringList{u"settings.sqlite"_s, u"settings.sqlite-journal.damaged"_s}));
+
+        // In the midst of a change, which then is one of the new file.
+        int asked = 0;
+        const auto outcome = defaults.change(
+            [&](const QVariantMap &stored) {
+                if (++asked == 2) {
+                    putContent(m_path + u".new"_s, backup);
+                    ::rename(qPrintable(m_path + u".new"_s), qPrintable(m_path));
+                }
+                return DefaultsChanges{{u"seen"_s, stored[u"key"_s]}};
+            },
+            DefaultsAuthor::User);
+        QCOMPARE(outcome.failure, QString());
+        QCOMPARE(defaults.dictionaryRepresentation().values,
+                 QVariantMap({{u"key"_s, 1}, {u"seen"_s, 1}}));
+    }
+
+    void waitsForOthersButNotForEver()
+    {
+        Defaults defaults = opened();
+        QVERIFY(store(defaults, u"key"_s, 1).isStored());
+        sqlite3 *other = nullptr;
+        QCOMPARE(sqlite3_open(qPrintable(m_path), &other), SQLITE_OK);
+        QCOMPARE(sqlite3_exec(other, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
+        Defaults patient = opened({.patience = 50ms});
+        QElapsedTimer timer;
+        timer.start();
+        QVERIFY(!store(patient, u"key"_s, 2).isStored());
+        QVERIFY(timer.elapsed() >= 50);
+        QVERIFY(!patient.dictionaryRepresentation().succeeded());
+        sqlite3_close(other);
+        QCOMPARE(valueIn(patient), 1); // and nothing is made up for
+        QVERIFY(store(patient, u"key"_s, 2).isStored());
+        QCOMPARE(valueIn(defaults), 2);
+    }
+
+    void survivesEveryStep_data()
+    {
+        QTest::addColumn<int>("end");
+        QTest::newRow("one failure") << int(End::Once);
+        QTest::newRow("a full disk") << int(End::ForGood);
+        QTest::newRow("killed") << int(End::Killed);
+    }
+
+    // A change that takes and gives back pages, ended at each of its steps in turn.
+    void survivesEveryStep()
+    {
+        QFETCH(const int, end);
+        Defaults defaults = opened();
+        const QVariantMap before{{u"a"_s, large(u'a')}, {u"b"_s, large(u'b')}, {u"key"_s, 1LL}};
+        const DefaultsChanges changes{
+            {u"a"_s, std::nullopt}, {u"c"_s, large(u'c')}, {u"key"_s, 2LL}};
+        const auto restore = [&] {
+            return defaults.change(
+                [&](const QVariantMap &) {
+                    DefaultsChanges all{{u"c"_s, std::nullopt}};
+                    for (auto it = before.cbegin(); it != before.cend(); ++it)
+                        all.insert(it.key(), it.value());
+                    return all;
+                },
+                DefaultsAuthor::User);
+        };
+        const auto work = [&](int step) {
+            Defaults failing = opened({.fileSystem = FailingFileSystem::name()});
+            FailingFileSystem::failAt(step, static_cast<End>(end));
+            return failing.change([&](const QVariantMap &) { return changes; },
+                                  DefaultsAuthor::User);
+        };
+        int step = 0;
+        for (bool wentThrough = false; !wentThrough; ++step) {
+            QVERIFY(step < 100);
+            QCOMPARE(restore().failure, QString());
+            if (end == int(End::Killed)) {
+                const int status = inProcess([&] { ::_exit(work(step).isStored() ? 0 : 1); });
+                wentThrough = status != -SIGKILL;
+                QVERIFY(status == 0 || !wentThrough);
+            } else {
+                wentThrough = work(step).isStored();
+                QVERIFY(wentThrough != FailingFileSystem::wasReached());
+                FailingFileSystem::mend();
+            }
+            const DefaultsReading after = defaults.dictionaryRepresentation();
+            QCOMPARE(after.failure, QString());
+            if (wentThrough)
+                QCOMPARE(after.object(u"key"_s), 2);
+            else
+                QVERIFY2(after.values == before, qPrintable(QString::number(step)));
+        }
+        QVERIFY(step > 8);
+        QCOMPARE(files(), QStringList{u"settings.sqlite"_s}); // nothing is left behind
+    }
+
+    void leavesTheOldFileWhenThereIsNoRoomForANewOne()
+    {
+        QVERIFY(QDir().mkpath(m_folder->filePath(u"a/b"_s)));
+        putContent(m_json, R"({"key": 1})");
+        const int status = inProcess([&] {
+            const rlimit limit{5000, 5000};
+            ::signal(SIGXFSZ, SIG_IGN);
+            ::setrlimit(RLIMIT_FSIZE, &limit);
+            Defaults defaults = opened();
+            ::_exit(store(defaults, u"key"_s, 2).isStored() ? 0 : 1);
+        });
+        QCOMPARE(status, 1);
+        QCOMPARE(files(), QStringList{u"settings.json"_s});
+        Defaults defaults = opened();
+        QCOMPARE(valueIn(defaults), 1);
+    }
+
+    void takesNothingForAbsentThatItCannotOpen()
+    {
+        Defaults defaults = opened();
+        QVERIFY(QDir().mkpath(m_folder->filePath(u"a/b"_s)));
+        putContent(m_json, R"({"key": 1})");
+        for (const bool isTakenOver : {false, true}) {
+            QVERIFY(!isTakenOver || store(defaults, u"new"_s, 1).isStored());
+            const int status = inProcess([&] {
+                const int lowest = ::dup(0);
+                const rlimit none{rlim_t(lowest), rlim_t(lowest)};
+                ::close(lowest);
+                ::setrlimit(RLIMIT_NOFILE, &none);
+                Defaults poor = opened();
+                const bool isTold = !poor.dictionaryRepresentation().succeeded();
+                ::_exit(isTold && !store(poor, u"key"_s, 2).isStored() ? 0 : 1);
+            });
+            QCOMPARE(status, 0);
+            QCOMPARE(valueIn(defaults), 1);
+        }
+    }
+
+    // Several processes add to one list, and some of them are killed. What each was told is stored
+    // has to be there in the end.
+    void losesNothingBetweenProcesses()
+    {
+        constexpr int writers = 4;
+        constexpr int entries = 30;
+        QVERIFY(QDir().mkpath(m_folder->filePath(u"a/b"_s)));
+        putContent(m_json, R"({"key": 1})");
+        int told[2];
+        QCOMPARE(::pipe2(told, O_CLOEXEC), 0);
+        QList<pid_t> children;
+        for (int writer = 0; writer < writers; ++writer) {
+            children.append(::fork());
+            if (children.last() != 0)
+                continue;
+            Defaults defaults = opened({.patience = 10s});
+            for (int entry = 0; entry < entries; ++entry) {
+                const int number = writer * entries + entry;
+                const auto outcome = defaults.change(
+                    [number](const QVariantMap &stored) {
+                        QVariantList list = stored[u"list"_s].toList();
+                        list.append(number);
+                        return DefaultsChanges{{u"list"_s, list}};
+                    },
+                    DefaultsAuthor::User);
+                if (!outcome.isStored())
+                    ::_exit(1);
+                if (::write(told[1], &number, sizeof number) != sizeof number)
+                    ::_exit(2);
+            }
+            ::_exit(0);
+        }
+        ::close(told[1]);
+        QList<int> acknowledged;
+        for (int number = 0; ::read(told[0], &number, sizeof number) == sizeof number;) {
+            acknowledged.append(number);
+            if (acknowledged.size() == writers * entries / 3)
+                ::kill(children[0], SIGKILL);
+            if (acknowledged.size() == writers * entries / 2)
+                ::kill(children[1], SIGKILL);
+        }
+        ::close(told[0]);
+        int good = 0;
+        for (const pid_t child : std::as_const(children)) {
+            int status = 0;
+            ::waitpid(child, &status, 0);
+            good += WIFEXITED(status) && WEXITSTATUS(status) == 0;
+        }
+        QVERIFY(good >= writers - 2);
+        Defaults defaults = opened();
+        const auto list = defaults.dictionaryRepresentation().object(u"list"_s)->toList();
+        for (const int number : std::as_const(acknowledged))
+            QVERIFY2(list.contains(number), qPrintable(QString::number(number)));
+        QCOMPARE(valueIn(defaults), 1);
+        QCOMPARE(files(), (QStringList{u"settings.json.taken-over"_s, u"settings.sqlite"_s}));
+    }
+
+private:
+    Defaults opened(SqliteUserDefaultsOptions options = {}) const
+    {
+        return Defaults(m_path, m_json, options);
+    }
+
+    static int valueIn(const Defaults &defaults)
+    {
+        return defaults.dictionaryRepresentation().object(u"key"_s).value_or(-1).toInt();
+    }
+
+    QStringList files() const
+    {
+        return QDir(QFileInfo(m_path).path())
+            .entryList(QDir::AllEntries | QDir::System | QDir::Hidden | QDir::NoDotAndDotDot,
+                       QDir::Name);
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    QString m_path;
+    QString m_json;
+};
+
+QTEST_GUILESS_MAIN(TestSqliteUserDefaults)
+#include "tst_sqlite_user_defaults.moc"
