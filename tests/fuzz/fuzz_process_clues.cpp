@@ -1,4 +1,4 @@
-#include "platform/linux/process_clues.h"
+#include "platform/linux/applications/process_clues.h"
 
 using namespace tovel;
 

@@ -1,5 +1,5 @@
-#include "platform/linux/x11/manager_traits.h"
-#include "platform/linux/x11/properties.h"
+#include "platform/session/x11/manager_traits.h"
+#include "platform/session/x11/properties.h"
 
 #include <QtGlobal>
 

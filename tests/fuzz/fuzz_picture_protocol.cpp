@@ -1,0 +1,24 @@
+#include "pictures/picture_protocol.h"
+
+#include <QtGlobal>
+
+using namespace tovel;
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+{
+    const QByteArrayView bytes(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
+    const auto request = receiveRequest(bytes);
+    if (request.message) {
+        // What was received can be sent, and is received the same.
+        const auto sent = encodeRequest(*request.message);
+        if (!sent || receiveRequest(*sent).message != request.message)
+            qFatal("a request does not survive being sent");
+    }
+    const auto answer = receiveAnswer(bytes);
+    if (answer.message && encodeAnswer(*answer.message) != bytes.first(answer.length))
+        qFatal("an answer does not survive being sent");
+    if ((request.message && request.damaged) || (answer.message && answer.damaged)
+        || request.length > bytes.size() || answer.length > bytes.size())
+        qFatal("a message that is none");
+    return 0;
+}
