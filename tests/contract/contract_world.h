@@ -2,7 +2,6 @@
 
 #include "platform/own_windows.h"
 
-#include <QByteArray>
 #include <QRectF>
 #include <QSize>
 #include <QString>
@@ -68,10 +67,6 @@ public:
 };
 
 std::unique_ptr<ContractWorld> makeSimulatedWorld(int displays);
-
-// On a session in memory, of two screens: "two_outputs" has a row on each of them, "hidden_cursor"
-// as well, but tells nobody where the cursor is, and "one_row" has a row over both.
-std::unique_ptr<ContractWorld> makeSessionWorld(const QByteArray &name);
 
 // On the manager that managerFromEnvironment() names; null when it does not start.
 std::unique_ptr<ContractWorld> makeX11World();

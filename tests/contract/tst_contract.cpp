@@ -36,8 +36,7 @@ constexpr EventTypeSpec HotKeyPressed[] = {{kEventClassKeyboard, kEventHotKeyPre
 } // namespace
 
 // What the program relies on of any platform, tried on the one that the environment names: a
-// session of the window manager TOVEL_TEST_MANAGER, else the world TOVEL_TEST_WORLD, else the
-// simulated desktop.
+// session of the window manager TOVEL_TEST_MANAGER, else a simulated desktop.
 class ContractSuite : public QObject, private ContractBench
 {
     Q_OBJECT
@@ -45,13 +44,10 @@ class ContractSuite : public QObject, private ContractBench
 private Q_SLOTS:
     void initTestCase()
     {
-        const QByteArray world = qgetenv("TOVEL_TEST_WORLD");
         if (qEnvironmentVariableIsSet("TOVEL_TEST_MANAGER"))
             m_world = makeX11World();
-        else if (world.isEmpty() || world.startsWith("simulated"))
-            m_world = makeSimulatedWorld(world == "simulated_two_displays" ? 2 : 1);
         else
-            m_world = makeSessionWorld(world);
+            m_world = makeSimulatedWorld(qEnvironmentVariableIntValue("TOVEL_TEST_DISPLAYS"));
         QVERIFY2(m_world, "the session does not start");
         bind();
         QVERIFY(m_entries.canMove() && m_entries.isOrderedIn && m_entries.windowsWithTags);
@@ -283,34 +279,32 @@ private Q_SLOTS:
 
     void stepsShowTheNeighbourAndNotifyOnce()
     {
+        Workspace &workspace = m_platform->workspace();
         int notifications = 0;
-        auto subscription
-            = m_platform->workspace().observeActiveSpaceDidChange([&] { ++notifications; });
-        const auto stepsTo = [&](std::uint16_t key, int desktop) {
-            notifications = 0;
-            press(key);
-            const bool arrived = m_world->eventually(
-                [&] { return notifications > 0 && shown() == m_row[desktop]; });
-            m_world->pass(0.3);
-            return arrived && notifications == 1;
-        };
+        int others = 0;
+        auto subscription = workspace.observeActiveSpaceDidChange([&] { ++notifications; });
+        const auto other = workspace.observeActiveSpaceDidChange([&] { ++others; });
         m_platform->quartz().CGWarpMouseCursorPosition({100, 100});
-        QVERIFY(stepsTo(kVK_RightArrow, 1));
-        QVERIFY(stepsTo(kVK_RightArrow, 2));
-        QVERIFY(stepsTo(kVK_LeftArrow, 1));
-        QVERIFY(stepsTo(kVK_LeftArrow, 0));
-        notifications = 0;
-        press(kVK_LeftArrow);
+        int expected = 0;
+        for (const auto &[key, desktop] : {std::pair(kVK_RightArrow, 1),
+                                           {kVK_RightArrow, 2},
+                                           {kVK_LeftArrow, 1},
+                                           {kVK_LeftArrow, 0}}) {
+            press(key);
+            ++expected;
+            QVERIFY(m_world->eventually(
+                [&] { return others == expected && shown() == m_row[desktop]; }));
+        }
+        press(kVK_LeftArrow); // there is none
         m_world->pass(0.3);
         QCOMPARE(shown(), m_row[0]);
-        QCOMPARE(notifications, 0);
         m_world->showDesktop(3);
-        QVERIFY(m_world->eventually([&] { return notifications == 1; }));
+        QVERIFY(m_world->eventually([&] { return others > expected; }));
+        QCOMPARE(notifications, expected + 1);
         subscription.reset();
         m_world->showDesktop(1);
-        QVERIFY(m_world->eventually([&] { return shown() == m_row[1]; }));
-        m_world->pass(0.2);
-        QCOMPARE(notifications, 1);
+        QVERIFY(m_world->eventually([&] { return others > expected + 1; }));
+        QCOMPARE(notifications, expected + 1);
     }
 
     void eachDisplayHasARowOfItsOwn()
@@ -439,14 +433,6 @@ private Q_SLOTS:
         }
     }
 
-    void userDefaultsKeepWhatIsStored()
-    {
-        UserDefaultsDomains &domains = m_platform->userDefaults();
-        QVERIFY(domains.standardUserDefaults().setObject(u"number"_s, 42).isStored());
-        QCOMPARE(domains.standardUserDefaults().dictionaryRepresentation().object(u"number"_s), 42);
-        QVERIFY(!domains.initWithSuiteName(u"org.example.None"_s));
-    }
-
     void timersKeepTheirOrder()
     {
         QStringList fired;
@@ -469,11 +455,10 @@ private Q_SLOTS:
             if (fired.count(u"beat"_s) == 2)
                 repeating.reset();
         });
+        const auto end = start(0.4, u"end"_s);
         QVERIFY(fired.isEmpty());
-        QVERIFY(m_world->eventually([&] { return fired.size() == 6; }));
-        m_world->pass(0.3);
-        QCOMPARE(fired,
-                 (QStringList{u"now"_s, u"then"_s, u"soon"_s, u"late"_s, u"beat"_s, u"beat"_s}));
+        QVERIFY(m_world->eventually([&] { return fired.endsWith(u"end"_s); }));
+        QCOMPARE(fired.join(u' '), u"now then soon late beat beat end"_s);
     }
 
     void hotKeyHandlesAreHeldToOnce()
@@ -545,10 +530,13 @@ private Q_SLOTS:
             QVERIFY(isTold());
         }
         QCOMPARE(hotKeys.UnregisterEventHotKey(hotKey.hotKey), noErr);
+        const auto last = registerKey(KeyY);
         m_world->press(KeyT, HotKeyModifiers);
-        m_world->pass(0.2);
-        QCOMPARE(presses, expected);
-        QCOMPARE(passedOn, expected);
+        m_world->press(KeyY, HotKeyModifiers);
+        QVERIFY(m_world->eventually([&] { return presses > expected; }));
+        QCOMPARE(presses, expected + 1);
+        QCOMPARE(passedOn, presses);
+        QCOMPARE(hotKeys.UnregisterEventHotKey(last.hotKey), noErr);
     }
 
     void ownWindowsJoinAllSpacesAndComeToTheFront()
@@ -590,24 +578,6 @@ private Q_SLOTS:
         const auto again = open({.application = u"alpha"_s, .title = u"Panel"_s});
         QVERIFY(own.setCollectionBehavior(m_world->own(again), Panel));
         QVERIFY(m_world->eventually([&] { return isOnAll(again); }));
-    }
-
-    void launchingAnswersLater()
-    {
-        Workspace &workspace = m_platform->workspace();
-        QVERIFY(!workspace.URLForApplicationWithBundleIdentifier(u"org.example.None"_s));
-        const QUrl nowhere(u"file:///nowhere/org.example.None.desktop"_s);
-        QVERIFY(!workspace.localizedNameOfApplicationAtURL(nowhere));
-        int calls = 0;
-        std::optional<QString> answer;
-        workspace.openApplicationAtURL(nowhere, [&](const std::optional<QString> &reason) {
-            ++calls;
-            answer = reason;
-        });
-        QCOMPARE(calls, 0);
-        QVERIFY(m_world->eventually([&] { return calls > 0; }));
-        QVERIFY(answer && !answer->isEmpty());
-        QCOMPARE(calls, 1);
     }
 };
 

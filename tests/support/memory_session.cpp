@@ -73,51 +73,12 @@ bool MemorySession::showWorkspace(std::uint64_t workspace)
     return true;
 }
 
-bool MemorySession::activateWindow(std::uint32_t window)
+QList<std::uint32_t> MemorySession::stackingOrder()
 {
-    if (!raiseWindow(window))
-        return false;
-    m_active = window;
-    if (m_capabilities.activationShowsWorkspace)
-        showWorkspace(find(window)->workspaces.first());
-    return true;
-}
-
-bool MemorySession::raiseWindow(std::uint32_t window)
-{
-    if (!find(window))
-        return false;
-    ++m_revision;
-    m_frontToBack.removeOne(window);
-    m_frontToBack.prepend(window);
-    return true;
-}
-
-std::uint32_t MemorySession::ownWindow(const SessionOwnWindow &window)
-{
-    for (auto it = m_windows.crbegin(); it != m_windows.crend(); ++it) {
-        if (it->process == window.process && it->title == window.title)
-            return it->id;
-    }
-    return 0;
-}
-
-bool MemorySession::setOnAllWorkspaces(std::uint32_t id, bool on)
-{
-    const SessionWindow *known = find(id);
-    if (!known || !m_capabilities.onAllWorkspaces)
-        return false;
-    const SessionOutput &output = *outputOf(known->workspaces.first());
-    QList<std::uint64_t> all;
-    for (const SessionWorkspace &workspace : output.workspaces)
-        all.append(workspace.id);
-    window(id).workspaces = on ? all : QList<std::uint64_t>{*output.shown};
-    return true;
-}
-
-bool MemorySession::setAbove(std::uint32_t window, bool)
-{
-    return m_capabilities.above && find(window);
+    QList<std::uint32_t> order;
+    for (const SessionWindow &window : std::as_const(m_windows))
+        order.prepend(window.id);
+    return order;
 }
 
 std::optional<QPointF> MemorySession::cursorPosition()
@@ -133,33 +94,11 @@ void MemorySession::moveCursor(QPointF position)
     ++m_cursorMoves;
 }
 
-KeyGrab MemorySession::grabKey(const SessionKey &key)
-{
-    if (!m_capabilities.globalKeys)
-        return KeyGrab::Impossible;
-    const auto isKey = [&key](const auto &taken) { return taken.first == key; };
-    if (std::ranges::any_of(m_taken, isKey))
-        return KeyGrab::Taken;
-    m_grabbed.append(key);
-    return KeyGrab::Granted;
-}
-
-void MemorySession::setKeyHandler(std::function<void(const SessionKey &)> handler)
-{
-    m_keyHandler = std::move(handler);
-}
-
-void MemorySession::setShownWorkspaceHandler(std::function<void()> handler)
-{
-    m_shownHandler = std::move(handler);
-}
-
 std::uint32_t MemorySession::open(SessionWindow window)
 {
     if (window.id == 0)
         window.id = ++m_lastNumber;
     ++m_revision;
-    m_frontToBack.prepend(window.id);
     m_windows.append(window);
     return window.id;
 }
@@ -167,24 +106,7 @@ std::uint32_t MemorySession::open(SessionWindow window)
 void MemorySession::close(std::uint32_t window)
 {
     ++m_revision;
-    m_frontToBack.removeOne(window);
     m_windows.removeIf([window](const SessionWindow &other) { return other.id == window; });
-}
-
-void MemorySession::press(const SessionKey &key)
-{
-    if (m_grabbed.contains(key)) {
-        QMetaObject::invokeMethod(
-            &m_context, [this, key] { m_keyHandler(key); }, Qt::QueuedConnection);
-    }
-}
-
-bool MemorySession::take(const SessionKey &key, bool locked)
-{
-    if (m_grabbed.contains(key) || m_taken.contains(std::pair(key, locked)))
-        return false;
-    m_taken.append({key, locked});
-    return true;
 }
 
 } // namespace tovel

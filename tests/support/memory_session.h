@@ -8,8 +8,9 @@
 
 namespace tovel {
 
-// A session in memory, by the contract alone: nobody needs a screen for it. Its users and their
-// programs are the test, by the operations at the end. Everything takes effect at once.
+// A session in memory, without keys, and of which no window is the program's own: nobody needs a
+// screen for it. Its users and their programs are the test, by the operations at the end.
+// Everything takes effect at once.
 class MemorySession final : public DesktopSession
 {
 public:
@@ -26,22 +27,25 @@ public:
     QList<SessionScreen> screens() override { return m_screens; }
     QList<SessionOutput> outputs() override { return m_outputs; }
     const QList<SessionWindow> &windows() override { return m_windows; }
-    QList<std::uint32_t> stackingOrder() override { return m_frontToBack; }
-    std::uint32_t activeWindow() override { return m_active; }
+    QList<std::uint32_t> stackingOrder() override;
+    std::uint32_t activeWindow() override { return 0; }
     bool moveWindow(std::uint32_t window, std::uint64_t workspace) override;
     bool showWorkspace(std::uint64_t workspace) override;
-    bool activateWindow(std::uint32_t window) override;
-    bool raiseWindow(std::uint32_t window) override;
-    std::uint32_t ownWindow(const SessionOwnWindow &window) override;
-    bool setOnAllWorkspaces(std::uint32_t window, bool on) override;
-    bool setAbove(std::uint32_t window, bool on) override;
+    bool activateWindow(std::uint32_t) override { return false; }
+    bool raiseWindow(std::uint32_t) override { return false; }
+    std::uint32_t ownWindow(const SessionOwnWindow &) override { return 0; }
+    bool setOnAllWorkspaces(std::uint32_t, bool) override { return false; }
+    bool setAbove(std::uint32_t, bool) override { return false; }
     std::optional<QPointF> cursorPosition() override;
     void moveCursor(QPointF position) override;
-    KeyGrab grabKey(const SessionKey &key) override;
-    void releaseKey(const SessionKey &key) override { m_grabbed.removeOne(key); }
-    void setKeyHandler(std::function<void(const SessionKey &)> handler) override;
+    KeyGrab grabKey(const SessionKey &) override { return KeyGrab::Impossible; }
+    void releaseKey(const SessionKey &) override { }
+    void setKeyHandler(std::function<void(const SessionKey &)>) override { }
     QStringList limits() override { return {}; }
-    void setShownWorkspaceHandler(std::function<void()> handler) override;
+    void setShownWorkspaceHandler(std::function<void()> handler) override
+    {
+        m_shownHandler = std::move(handler);
+    }
 
     // Gives the number, which is the window's own if it has one, and otherwise new.
     std::uint32_t open(SessionWindow window);
@@ -53,9 +57,6 @@ public:
     void setControllable(bool controllable) { m_controllable = controllable; }
     QPointF cursor() const { return m_cursor; }
     int cursorMoves() const { return m_cursorMoves; }
-    void press(const SessionKey &key);
-    // Another program takes a key in one state of the locks; false when it cannot have it.
-    bool take(const SessionKey &key, bool locked);
 
 private:
     SessionOutput *outputOf(std::uint64_t workspace);
@@ -68,14 +69,9 @@ private:
     std::optional<std::uint64_t> m_heldRevision;
     bool m_controllable = true;
     QList<SessionWindow> m_windows;
-    QList<std::uint32_t> m_frontToBack;
-    std::uint32_t m_active = 0;
     std::uint32_t m_lastNumber = 0;
     QPointF m_cursor;
     int m_cursorMoves = 0;
-    QList<SessionKey> m_grabbed;
-    QList<std::pair<SessionKey, bool>> m_taken; // with the state of the locks
-    std::function<void(const SessionKey &)> m_keyHandler;
     std::function<void()> m_shownHandler;
     bool m_isShowing = false; // that is still to be told
     QObject m_context;
