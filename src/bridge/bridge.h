@@ -28,7 +28,8 @@ bool TAvailable();
 
 // One dictionary per display, in the window server's order: "Display Identifier" (text), "Spaces"
 // (array of space dictionaries), "Current Space" (a space dictionary). A space has
-// "ManagedSpaceID" (number), "type" (number, 0 is a regular desktop) and may have "uuid" (text).
+// "ManagedSpaceID" (number), "type" (number, 0 is a regular desktop) and may have "uuid" and
+// "name" (texts).
 // Empty when the window server cannot be asked or does not answer.
 QVariantList TDisplays();
 

@@ -11,6 +11,7 @@ struct Desktop
 {
     std::uint64_t id = 0; // the window server's space; the identity
     QString uuid; // the space's own identifier, else the decimal text of id
+    QString sessionName; // that its user chose in the session itself; may be empty
     QString display; // the display as the window server names it
     std::uint32_t displayID = 0; // number of the display's screen; 0 when it has none
     std::int64_t index = 0; // from 1, over the regular desktops of all displays

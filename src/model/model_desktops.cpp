@@ -72,6 +72,7 @@ QList<Desktop> TovelModel::readDesktops() const
             Desktop desktop;
             desktop.id = *id;
             desktop.uuid = text(space.value(QStringLiteral("uuid"))).value_or(QString::number(*id));
+            desktop.sessionName = text(space.value(QStringLiteral("name"))).value_or(QString());
             desktop.display = identifier;
             desktop.displayID = displayID;
             desktop.index = desktops.size() + 1;
@@ -94,7 +95,10 @@ void TovelModel::refreshDesktopList()
 QString TovelModel::name(const Desktop &desktop) const
 {
     const QString alias = m_aliases.value(desktop.key()).trimmed();
-    return alias.isEmpty() ? ModelTexts::desktopNumber(desktop.index) : alias;
+    if (!alias.isEmpty())
+        return alias;
+    return desktop.sessionName.isEmpty() ? ModelTexts::desktopNumber(desktop.index)
+                                         : desktop.sessionName;
 }
 
 QString TovelModel::displayName(const QString &display) const

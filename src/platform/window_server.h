@@ -21,7 +21,8 @@ using MainConnectionID = std::int32_t (*)();
 
 // "SLSCopyManagedDisplaySpaces": one dictionary per display: "Display Identifier" (text),
 // "Spaces" (array of space dictionaries), "Current Space" (a space dictionary). A space has
-// "ManagedSpaceID" (number), "type" (number; 0 is a regular desktop) and may have "uuid" (text).
+// "ManagedSpaceID" (number), "type" (number; 0 is a regular desktop) and may have "uuid" (text) and
+// "name" (text, never empty: that its user chose in the session).
 using CopyManagedDisplaySpaces = std::optional<QVariantList> (*)(std::int32_t connection);
 
 // "SLSCopySpacesForWindows": ids of the spaces that the windows are on; mask 7 asks for all kinds.

@@ -37,6 +37,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         readValue(property, type);
     }
     expectHarmless(readText(property, Utf8String).value_or(QString()));
+    for (const QString &name : readTextList(property, Utf8String, 4))
+        expectHarmless(name);
     const auto [instance, className] = readClass(property);
     expectHarmless(instance);
     expectHarmless(className);

@@ -105,6 +105,21 @@ private Q_SLOTS:
         QCOMPARE(renamed(u" Work\n"_s), u" Work\n|Work|aliases"_s);
         QCOMPARE(renamed(u"  "_s), u"  |Desktop 1|aliases"_s);
         QCOMPARE(renamed(u"  "_s), u"  |Desktop 1|"_s);
+
+        world.desktop.alterReply("SLSCopyManagedDisplaySpaces", [](auto reply) {
+            QVariantMap display = reply->value(0).toMap();
+            QVariantList spaces = display.value(u"Spaces"_s).toList();
+            QVariantMap space = spaces.value(0).toMap();
+            space.insert(u"name"_s, u"web"_s);
+            spaces[0] = space;
+            display.insert(u"Spaces"_s, spaces);
+            return QVariantList{display};
+        });
+        model.refreshDesktopList();
+        QCOMPARE(model.name(world.target(10)), u"web"_s);
+        QCOMPARE(world.takeChanges(), QStringList(u"desktops"_s));
+        model.rename(first, u"Work"_s);
+        QCOMPARE(model.name(world.target(10)), u"Work"_s);
     }
 
     void listsApplications()

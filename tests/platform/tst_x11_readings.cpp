@@ -1,3 +1,4 @@
+#include "platform/session/workspace_names.h"
 #include "platform/session/x11/properties.h"
 #include "platform/session/x11/window_mirror.h"
 
@@ -32,6 +33,23 @@ private Q_SLOTS:
         const QByteArray pairs = QByteArray("\xf0\x9f\x90\x91").repeated(MaximumTitleLength);
         const QString sheep = u"🐑"_s.repeated(MaximumTitleLength);
         QCOMPARE(read("x" + pairs), (u"x"_s + sheep).first(MaximumTitleLength - 1));
+    }
+
+    void namesOfDesktopsAreThoseThatSomebodyChose()
+    {
+        const auto read = [](const QByteArray &bytes, Atom type = Utf8) {
+            return tovel::chosenNames(readTextList({type, 8, bytes}, Utf8, 4)).join(u'|');
+        };
+        QCOMPARE(read(QByteArray("Desktop 1\0 web\n\0\0"
+                                 "4\0five",
+                                 23)),
+                 u"|web||"_s);
+        QCOMPARE(read(QByteArray("web\0Bureau 2\0Bureau 4", 21)), u"web||Bureau 4"_s);
+        QCOMPARE(read(QByteArray("mail 1\0web 2\0", 13)), u"mail 1|web 2"_s);
+        QCOMPARE(read("web", StringType), QString());
+        QVERIFY(wereDesktopsReordered({u"a"_s, u"b"_s}, {u"b"_s, u"a"_s}));
+        QVERIFY(!wereDesktopsReordered({u"a"_s, u"b"_s}, {u"a"_s, u"b"_s}));
+        QVERIFY(!wereDesktopsReordered({u"a"_s, u"b"_s}, {u"c"_s, u"a"_s}));
     }
 
     void desktopsGoAwayWhenTheirCountSaysSo()

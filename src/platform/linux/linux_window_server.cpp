@@ -46,6 +46,8 @@ struct LinuxEntryPoints
                           {u"type"_s, workspace.regular ? RegularSpace : FullScreenSpace}};
         if (!workspace.uuid.isEmpty())
             space.insert(u"uuid"_s, workspace.uuid);
+        if (!workspace.name.isEmpty())
+            space.insert(u"name"_s, workspace.name);
         return space;
     }
 

@@ -38,7 +38,7 @@ public:
     // The primary screen first.
     virtual QList<SessionScreen> screens() = 0;
 
-    // The row of the primary screen first.
+    // The row of the primary screen first. None without a manager, whatever it has left behind.
     virtual QList<SessionOutput> outputs() = 0;
 
     // Every managed window, oldest first. The reference holds until the next call of any method.

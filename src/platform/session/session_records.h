@@ -30,7 +30,7 @@ struct SessionWorkspace
     bool regular = true;
     // What the workspace is known by when the session runs again; empty: by nothing but its id.
     QString uuid{};
-    // That the session's user gave it; empty where there is none.
+    // That somebody chose for it in the session (workspace_names.h); empty where nobody did.
     QString name{};
 
     bool operator==(const SessionWorkspace &) const = default;

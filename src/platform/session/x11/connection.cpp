@@ -22,6 +22,7 @@ constexpr const char *AtomNames[] = {
     "_NET_SUPPORTING_WM_CHECK",
     "_NET_NUMBER_OF_DESKTOPS",
     "_NET_CURRENT_DESKTOP",
+    "_NET_DESKTOP_NAMES",
     "_NET_CLIENT_LIST",
     "_NET_CLIENT_LIST_STACKING",
     "_NET_ACTIVE_WINDOW",

@@ -25,6 +25,7 @@ enum class Name : std::size_t {
     NetSupportingWmCheck,
     NetNumberOfDesktops,
     NetCurrentDesktop,
+    NetDesktopNames,
     NetClientList,
     NetClientListStacking,
     NetActiveWindow,

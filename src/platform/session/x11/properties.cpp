@@ -63,6 +63,19 @@ std::optional<QString> readText(const Property &property, Atom utf8String)
     return clean(text);
 }
 
+QStringList readTextList(const Property &property, Atom utf8String, qsizetype most)
+{
+    QStringList texts;
+    if (property.type != utf8String || property.format != 8)
+        return texts;
+    for (qsizetype at = 0; at < property.bytes.size() && texts.size() < most;) {
+        const QByteArrayView text = firstText(property.bytes, at);
+        texts.append(clean(QString::fromUtf8(text)));
+        at += text.size() + 1;
+    }
+    return texts;
+}
+
 std::pair<QString, QString> readClass(const Property &property)
 {
     if (property.type != StringType || property.format != 8)

@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 
 #include <cstdint>
 #include <optional>
@@ -43,6 +44,10 @@ std::vector<std::uint32_t> readList(const Property &property, Atom type);
 // characters, control characters blanks; cut at the first NUL and at the longest title. Absent for
 // any other type and for an empty text.
 std::optional<QString> readText(const Property &property, Atom utf8String);
+
+// A list of texts, each ended by a NUL (_NET_DESKTOP_NAMES), as readText() reads them, but with the
+// empty ones in their places; at most so many. Empty for any other type.
+QStringList readTextList(const Property &property, Atom utf8String, qsizetype most);
 
 // WM_CLASS (ICCCM 4.1.2.5): instance and class, either of which may be empty.
 std::pair<QString, QString> readClass(const Property &property);

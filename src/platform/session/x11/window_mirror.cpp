@@ -47,6 +47,7 @@ constexpr std::array RootReadings{
     Reading{Name::NetActiveWindow, SingleValue},
     Reading{Name::NetClientList, MaximumClients},
     Reading{Name::NetClientListStacking, MaximumClients},
+    Reading{Name::NetDesktopNames, ManagerList},
 };
 
 WindowKind kindFrom(const Connection &connection, const std::vector<std::uint32_t> &types,
@@ -86,6 +87,11 @@ bool wereDesktopsRemoved(std::uint32_t before, std::uint32_t now, int changes)
     // One change that leaves the count is no removal; several have undone each other, unless each
     // one added desktops.
     return changes > 1 && now < before + static_cast<std::uint32_t>(changes);
+}
+
+bool wereDesktopsReordered(const QStringList &before, const QStringList &now)
+{
+    return before != now && std::ranges::is_permutation(before, now);
 }
 
 WindowMirror::WindowMirror(Connection &connection)
@@ -191,9 +197,12 @@ void WindowMirror::refreshRoot()
     const std::uint32_t desktops = readValue(properties[2], CardinalType).value_or(0);
     state.hasMoreDesktops = desktops > MaximumDesktops;
     state.desktopCount = std::min(desktops, MaximumDesktops);
+    state.desktopNames
+        = readTextList(properties[7], m_connection.atom(Name::Utf8String), state.desktopCount);
     state.desktopGeneration = m_rootState.desktopGeneration;
     if (wereDesktopsRemoved(m_rootState.desktopCount, state.desktopCount,
-                            std::exchange(m_countChanges, 0)))
+                            std::exchange(m_countChanges, 0))
+        || wereDesktopsReordered(m_rootState.desktopNames, state.desktopNames))
         ++state.desktopGeneration;
     if (const auto current = readValue(properties[3], CardinalType)) {
         state.hasCurrentDesktop = true;

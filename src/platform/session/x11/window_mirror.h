@@ -19,9 +19,10 @@ struct RootState
     QString managerName;
     QSet<Atom> supported;
     std::uint32_t desktopCount = 0;
-    // Changes when desktops went away: which of them did is not told, and numbers from before may
-    // now be those of other desktops.
+    // Changes when desktops went away or changed places: which of them did is not told, and numbers
+    // from before may now be those of other desktops.
     std::uint32_t desktopGeneration = 0;
+    QStringList desktopNames; // as they stand; there may be fewer, or more, than desktops
     std::uint32_t currentDesktop = 0;
     bool hasCurrentDesktop = false;
     std::uint32_t activeWindow = 0;
@@ -37,6 +38,10 @@ inline constexpr std::uint32_t MaximumClients = 8192;
 
 // The value of _NET_WM_DESKTOP that means every desktop.
 inline constexpr std::uint32_t AllDesktops = 0xFFFFFFFF;
+
+// Whether the desktops' names tell that desktops have changed places: the same names, in another
+// order.
+bool wereDesktopsReordered(const QStringList &before, const QStringList &now);
 
 // Whether a count of desktops that was set so often between two readings tells that some went.
 bool wereDesktopsRemoved(std::uint32_t before, std::uint32_t now, int changes);

@@ -1,5 +1,6 @@
 #include "platform/session/x11/x11_session.h"
 
+#include "platform/session/workspace_names.h"
 #include "platform/session/x11/connection.h"
 #include "platform/session/x11/key_grabs.h"
 #include "platform/session/x11/manager_traits.h"
@@ -126,13 +127,16 @@ QList<SessionScreen> X11Session::screens()
 QList<SessionOutput> X11Session::outputs()
 {
     const RootState &root = current().root();
-    if (!m_connection->isAlive() || root.desktopCount == 0)
+    // The properties of the root window outlive the manager that set them.
+    if (!hasManager() || root.desktopCount == 0)
         return {};
+    const QStringList names = chosenNames(root.desktopNames);
     SessionOutput output;
     // All that stays with a desktop from one run to the next is its number.
     for (std::uint32_t desktop = 0; desktop < root.desktopCount; ++desktop) {
-        output.workspaces.append(
-            {.id = workspaceOf(root, desktop), .uuid = QString::number(desktop + 1)});
+        output.workspaces.append({.id = workspaceOf(root, desktop),
+                                  .uuid = QString::number(desktop + 1),
+                                  .name = names.value(desktop)});
     }
     if (root.hasCurrentDesktop && root.currentDesktop < root.desktopCount)
         output.shown = workspaceOf(root, root.currentDesktop);
