@@ -8,6 +8,7 @@
 
 #include <QFileInfo>
 
+#include <algorithm>
 #include <chrono>
 
 namespace tovel {
@@ -18,6 +19,10 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr char Variable[] = "TOVEL_DESKTOP";
+
+// Those that there is a driver for.
+constexpr QStringView Sessions
+    = u"an X11 session whose window manager follows the Extended Window Manager Hints";
 
 // How long a process waits for others that store choices: a window must not hang, while a run
 // without one had better end late than in vain.
@@ -37,20 +42,17 @@ public:
 
     Platform &platform() override { return m_desktop; }
     QString missingSession() const override { return m_missingSession; }
+    QString sessionName() const override { return m_desktop.sessionName(); }
     QStringList limits() const override { return m_desktop.limits(); }
     QString accessAdvice() override
     {
         if (!m_missingSession.isEmpty()) {
             return m_missingSession.left(1).toUpper() + m_missingSession.mid(1)
-                + u". Start Tovel in an X11 session whose window manager follows the Extended "
-                  "Window Manager Hints."_s;
+                + u". Start Tovel in %1."_s.arg(Sessions);
         }
         if (m_desktop.accessibility().AXIsProcessTrusted())
             return {};
-        return (limits()
-                + QStringList{u"Start one that follows the Extended Window Manager Hints; Tovel "
-                              "then goes on by itself."_s})
-            .join(u' ');
+        return (limits() + QStringList{u"Tovel then goes on by itself."_s}).join(u' ');
     }
     void setSettingsOpener(std::function<void()> opener) override
     {
@@ -94,6 +96,7 @@ public:
 
     Platform &platform() override { return m_desktop.platform(); }
     QString missingSession() const override { return {}; }
+    QString sessionName() const override { return {}; }
     QStringList limits() const override
     {
         return {u"This is a simulated desktop: nothing here is real."_s};
@@ -111,21 +114,61 @@ private:
     SimulatedDesktop m_desktop;
 };
 
-std::unique_ptr<PlatformChoice> x11Choice(bool needsManager, Stay stay)
+// What looking for one kind of session has come to.
+struct Search
+{
+    std::unique_ptr<DesktopSession> session;
+    QString missing{}; // why there is none
+};
+
+// For one run a manager has to be there already.
+Search findX11(Stay stay)
 {
     const QByteArray display = qgetenv("DISPLAY");
     if (display.isEmpty())
-        return std::make_unique<LinuxChoice>(nullptr, u"DISPLAY is not set"_s, patience(stay));
+        return {nullptr, u"DISPLAY is not set"_s};
     auto session = x11::X11Session::open(display);
-    QString missing;
+    const QString name = QString::fromLocal8Bit(display);
     if (!session)
-        missing = u"the X server on “%1” does not answer"_s.arg(QString::fromLocal8Bit(display));
-    else if (needsManager && !session->hasManager())
-        missing = u"no window manager that follows the Extended Window Manager Hints runs on “%1”"_s
-                      .arg(QString::fromLocal8Bit(display));
-    if (!missing.isEmpty())
-        session.reset();
-    return std::make_unique<LinuxChoice>(std::move(session), missing, patience(stay));
+        return {nullptr, u"the X server on “%1” does not answer"_s.arg(name)};
+    if (stay == Stay::OneRun && !session->hasManager()) {
+        return {
+            nullptr,
+            u"no window manager that follows the Extended Window Manager Hints runs on “%1”"_s.arg(
+                name)};
+    }
+    return {std::move(session)};
+}
+
+// A kind of session. One that is asked for by name may lack its manager as yet.
+struct Driver
+{
+    QByteArrayView name; // the value of TOVEL_DESKTOP
+    const char *hint; // the environment variable without which there is none
+    Search (*find)(Stay stay);
+};
+
+// Those whose sessions have an X server for their X11 programs come before X11 itself.
+constexpr Driver Drivers[] = {{"x11", "DISPLAY", findX11}};
+
+Search findAny(Stay stay)
+{
+    QStringList reasons;
+    for (const Driver &driver : Drivers) {
+        if (qEnvironmentVariableIsEmpty(driver.hint))
+            continue;
+        Search search = driver.find(stay);
+        if (search.session)
+            return search;
+        reasons.append(search.missing);
+    }
+    return {nullptr, reasons.value(0, u"DISPLAY is not set"_s)};
+}
+
+const Driver *driverNamed(QByteArrayView name)
+{
+    const auto *found = std::ranges::find(Drivers, name, &Driver::name);
+    return found == std::end(Drivers) ? nullptr : found;
 }
 
 } // namespace
@@ -133,28 +176,33 @@ std::unique_ptr<PlatformChoice> x11Choice(bool needsManager, Stay stay)
 std::unique_ptr<PlatformChoice> choosePlatform(Stay stay)
 {
     const QByteArray wanted = qgetenv(Variable);
-    if (wanted.isEmpty())
-        return x11Choice(stay == Stay::OneRun, stay);
-    if (wanted == "x11")
-        return x11Choice(false, stay);
     if (wanted == "simulated")
         return std::make_unique<SimulatedChoice>(patience(stay));
-    if (wanted == "none")
-        return std::make_unique<LinuxChoice>(nullptr, u"TOVEL_DESKTOP asks for none"_s,
-                                             patience(stay));
-    return nullptr;
+    Search search;
+    if (const Driver *driver = driverNamed(wanted))
+        search = driver->find(Stay::Session);
+    else if (wanted.isEmpty())
+        search = findAny(stay);
+    else if (wanted == "none")
+        search.missing = u"TOVEL_DESKTOP asks for none"_s;
+    else
+        return nullptr;
+    return std::make_unique<LinuxChoice>(std::move(search.session), search.missing, patience(stay));
 }
 
 bool isUsersSession()
 {
     const QByteArray wanted = qgetenv(Variable);
-    return wanted.isEmpty() || wanted == "x11";
+    return wanted.isEmpty() || driverNamed(wanted);
 }
 
 QString unknownPlatformText()
 {
-    return u"TOVEL_DESKTOP is “%1”, but can only be x11, simulated or none"_s.arg(
-        QString::fromLocal8Bit(qgetenv(Variable)));
+    QStringList names;
+    for (const Driver &driver : Drivers)
+        names.append(QString::fromLatin1(driver.name));
+    return u"TOVEL_DESKTOP is “%1”, but can only be %2, simulated or none"_s.arg(
+        QString::fromLocal8Bit(qgetenv(Variable)), names.join(u", "_s));
 }
 
 } // namespace tovel

@@ -21,6 +21,9 @@ public:
     // Why there is no desktop session to work with; empty when there is one.
     virtual QString missingSession() const = 0;
 
+    // What the session calls itself, with its version where it is known; empty when unknown.
+    virtual QString sessionName() const = 0;
+
     // What a user of this session has to know that it cannot do; a sentence each.
     virtual QStringList limits() const = 0;
 

@@ -156,6 +156,9 @@ private Q_SLOTS:
         const QString windows = u"Selected windows: 2; skipped: 1\n"
                                 "Notes: Full screen — leave full screen to move\n"_s;
         QCOMPARE(diagnosis(nothing), lines(head + displays + windows, u"0 available 2"_s));
+        QVERIFY(diagnosis([](auto &w) {
+                    static_cast<World &>(w).setting.session = u"Herd 1.2"_s;
+                }).endsWith(windows + u"Session: Herd 1.2\n"_s));
         QCOMPARE(diagnosis([](auto &w) { w.facts().trusted = false; }),
                  u"0\nPrivate window APIs: available\nAccessibility: not yet allowed\n"
                  "Displays: 2\n"_s

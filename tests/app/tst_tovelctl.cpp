@@ -221,14 +221,14 @@ private Q_SLOTS:
         const QByteArray status
             = R"({"available":true,"desktops":[],"displays":[{"builtIn":true,"id":"A","name":"n"}],)"
               R"("flock":[{"id":"a","inFlock":true,"name":"n","running":true}],"flockDesktop":2,)"
-              R"("follow":true,"limits":["l"],"problems":[],"schema":1,"status":0,"trusted":true,)"
-              R"("windows":[{"app":"a","appName":"n","desktops":[2],"id":7,"reason":null,)"
+              R"("follow":true,"limits":["l"],"problems":[],"schema":1,"session":"Herd 1.2",)"
+              R"("status":0,"trusted":true,"windows":[{"app":"a","appName":"n","desktops":[2],"id":7,"reason":null,)"
               R"("title":"t"}]})";
-        const StatusContent filled{true,    true,
-                                   true,    {{u"A"_s, u"n"_s, true}},
-                                   {},      {{u"a"_s, u"n"_s, true, true}},
-                                   2,       {{7, u"a"_s, u"n"_s, u"t"_s, {2}, {}}},
-                                   {u"l"_s}};
+        const StatusContent filled{true,     true,
+                                   true,     {{u"A"_s, u"n"_s, true}},
+                                   {},       {{u"a"_s, u"n"_s, true, true}},
+                                   2,        {{7, u"a"_s, u"n"_s, u"t"_s, {2}, {}}},
+                                   {u"l"_s}, u"Herd 1.2"_s};
         QVERIFY(answerFromJson(StatusRequest(), status)
                 == (Answer{AnswerStatus::Done, {}, filled}));
 

@@ -373,8 +373,8 @@ private Q_SLOTS:
     {
         const QString wanted = u"Allow Accessibility access to move apps.\n"
                                "No window manager that can move windows between desktops is "
-                               "running. Start one that follows the Extended Window Manager "
-                               "Hints; Tovel then goes on by itself."_s;
+                               "running: start one that follows the Extended Window Manager "
+                               "Hints. Tovel then goes on by itself."_s;
         QVERIFY(m_user.find(u"Choose apps for your flock."_s));
         m_session.killManager();
         QVERIFY(m_user.find(wanted));

@@ -72,6 +72,14 @@ private Q_SLOTS:
         row("hostile class", windowClass({}, u"A\n\u202E"_s + QString(5000, u'b')),
             u'A' + QString(255, u'b'));
 
+        WindowClues native;
+        native.appId = u"Navigator"_s;
+        row("native window of the same program", native, u"browser"_s);
+        native.appId = u"nobody"_s;
+        row("native window of none", native, u"nobody"_s);
+        native.process.sandboxId = u"small"_s;
+        row("sandbox", native, u"small"_s);
+
         WindowClues clues;
         clues.process.executable = u"browser-bin"_s;
         clues.process.launchedDesktopFile = u"/usr/share/applications/small.desktop"_s;

@@ -21,6 +21,7 @@ public:
 
     void invalidate() override { m_heldRevision.reset(); }
     std::uint64_t revision() override { return m_heldRevision.value_or(m_revision); }
+    QString name() override { return QStringLiteral("Memory 1"); }
     bool hasManager() override { return true; }
     bool isControllable() override { return m_controllable; }
     SessionCapabilities capabilities() override { return m_capabilities; }

@@ -106,6 +106,7 @@ struct StatusContent
     std::optional<std::int64_t> flockDesktop{}; // number of the one that holds every movable window
     QList<WindowInfo> windows{};
     QStringList limits{}; // what the session cannot do, a sentence each
+    QString session{}; // its name and version, as far as known
 
     bool operator==(const StatusContent &) const = default;
 };

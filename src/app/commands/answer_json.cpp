@@ -97,6 +97,7 @@ void describe(Fields &field, StatusContent &status)
     field("flockDesktop"_L1, status.flockDesktop);
     field("windows"_L1, status.windows);
     field("limits"_L1, status.limits);
+    field.added("session"_L1, status.session);
 }
 
 template <typename Fields>

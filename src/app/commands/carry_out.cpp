@@ -64,7 +64,8 @@ QString accessNeeded(const Surroundings &surroundings)
 
 Answer tellStatus(const TovelModel &model, const Surroundings &surroundings)
 {
-    const StatusContent content = statusContent(model, surroundings.limits);
+    StatusContent content = statusContent(model, surroundings.limits);
+    content.session = surroundings.session;
     if (content.trusted && content.available) {
         Answer answer = done(content);
         if (!model.choicesProblem().isEmpty())

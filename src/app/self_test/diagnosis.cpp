@@ -59,6 +59,8 @@ int diagnose(const SelfTestSetting &setting)
     }
     if (trusted)
         describeFlock(setting.platform, out);
+    if (!setting.session.isEmpty())
+        out << "Session: " << setting.session << Qt::endl;
     return available && !displays.isEmpty() ? SelfTestPassed : SelfTestFailed;
 }
 

@@ -42,10 +42,11 @@ struct SelfTestSetting
     Platform &platform;
     QTextStream &out;
     QTextStream &err;
+    QString session{}; // what it calls itself, as far as known
 };
 
 // Whether windows can be moved here, what displays there are, and which windows of the flock stay
-// behind. Passes where a display is listed and windows can be moved.
+// behind; last, which session it is. Passes where a display is listed and windows can be moved.
 int diagnose(const SelfTestSetting &setting);
 
 // Shows another desktop and the first one again. Silent when skipped.

@@ -117,5 +117,6 @@ int main(int argc, char *argv[])
         return UsageError;
     }
     const PlatformInstallation installation(choice->platform());
-    return runMode(*mode, arguments, {choice->platform(), out, err});
+    return runMode(*mode, arguments,
+                   {choice->platform(), out, err, printable(choice->sessionName())});
 }

@@ -115,7 +115,7 @@ int runPanel(int &argc, char **argv, AppDelegate::Launch launch, QTextStream &er
     presence.application().serve(
         {.show = [&delegate] { delegate.show(); }, .toggle = [&delegate] { delegate.toggle(); }});
     presence.commands().serve(delegate.model(), [&choice] {
-        return Surroundings{choice->missingSession(), choice->limits()};
+        return Surroundings{choice->missingSession(), choice->limits(), choice->sessionName()};
     });
     return QApplication::exec();
 }

@@ -97,7 +97,7 @@ std::optional<Answer> askRunning(const Request &request, int &interrupted)
 Answer workAlone(PlatformChoice &choice, const Request &request, int &interrupted)
 {
     const PlatformInstallation installation(choice.platform());
-    const Surroundings surroundings{choice.missingSession(), choice.limits()};
+    const Surroundings surroundings{choice.missingSession(), choice.limits(), choice.sessionName()};
     TovelModel model;
     // The answer to a question for the status has it.
     if (!model.choicesProblem().isEmpty() && !std::holds_alternative<StatusRequest>(request))

@@ -108,6 +108,8 @@ QString contentText(const Request &, const StatusContent &status)
     QString result;
     for (const QString &limit : status.limits)
         result += printable(limit) + u'\n';
+    if (!status.session.isEmpty())
+        result += u"Session:           "_s + printable(status.session) + u'\n';
     result += accessText(status.trusted, status.available) + u"After a move:      "_s
         + (status.follow ? u"follow to the desktop\n"_s : u"stay here\n"_s);
     if (status.desktops.isEmpty())

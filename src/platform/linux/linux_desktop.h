@@ -44,6 +44,9 @@ public:
 
     bool hasSession() const { return m_session != nullptr; }
 
+    // What the session calls itself; empty where there is none, or it does not say.
+    QString sessionName() const { return m_session ? m_session->name() : QString(); }
+
     // What a user of this session has to know that it cannot do; a sentence each.
     QStringList limits() const;
 

@@ -2,6 +2,7 @@
 
 #include "platform/session/session_records.h"
 
+#include <QString>
 #include <QStringList>
 
 #include <functional>
@@ -25,6 +26,9 @@ public:
 
     // Changes whenever any of the answers below may have changed; reading it verifies the picture.
     virtual std::uint64_t revision() = 0;
+
+    // What the session calls itself, with its version where it tells that; empty when unknown.
+    virtual QString name() = 0;
 
     // Whether a window manager (or what takes its place) runs, now, able or not.
     virtual bool hasManager() = 0;

@@ -72,6 +72,8 @@ struct SessionWindow
     std::int32_t process = 0; // 0: unknown, or not on this machine
 
     // What tells the application apart, as far as the window carries it.
+    QString appId; // of a Wayland window (xdg-shell)
+    QString sandboxId; // the application that the session knows the sandbox of its program by
     QString instanceName;
     QString className;
     QString gtkApplicationId;

@@ -129,17 +129,19 @@ const ApplicationEntry *ApplicationIndex::byWindowClass(const QString &text) con
 
 const ApplicationEntry *ApplicationIndex::match(const WindowClues &clues) const
 {
+    const QString appId = cleanClue(clues.appId);
     const QString instance = cleanClue(clues.instance);
     const QString className = cleanClue(clues.className);
     // A text that an entry claims to the letter outweighs one that differs in case.
     const bool onlyClassIsExact = at(m_windowClasses, className) && !at(m_windowClasses, instance);
-    for (const QString &text : {onlyClassIsExact ? className : instance, className, instance}) {
+    for (const QString &text :
+         {appId, onlyClassIsExact ? className : instance, className, instance}) {
         if (const auto *entry = byWindowClass(text))
             return entry;
     }
     const ProcessClues &process = clues.process;
     for (const QString &name :
-         {instance, className, process.sandboxId, cleanClue(clues.gtkApplicationId),
+         {appId, instance, className, process.sandboxId, cleanClue(clues.gtkApplicationId),
           cleanClue(clues.kdeDesktopFile), process.launchedDesktopFile}) {
         if (const auto *entry = byDesktopFileName(name))
             return entry;
@@ -157,6 +159,8 @@ ApplicationIdentity ApplicationIndex::identify(const WindowClues &clues) const
     if (const auto *entry = match(clues))
         return {entry->bundleIdentifier, entry->name, entry->icon, true};
     QString name = cleanClue(clues.className).trimmed();
+    if (name.isEmpty())
+        name = cleanClue(clues.appId).trimmed();
     if (name.isEmpty())
         name = clues.process.executable.trimmed();
     if (name.isEmpty())

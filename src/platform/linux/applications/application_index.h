@@ -26,6 +26,7 @@ struct ApplicationEntry
 // All that is known of whose window a window is. The texts are the programs' own and not trusted.
 struct WindowClues
 {
+    QString appId; // of a Wayland window
     QString instance; // of WM_CLASS
     QString className; // of WM_CLASS
     QString gtkApplicationId; // _GTK_APPLICATION_ID
@@ -69,11 +70,12 @@ public:
     const ApplicationEntry *byExecutable(const QString &baseName) const;
 
     // Decides in this order: WM_CLASS instance, then class, as a StartupWMClass, to the letter
-    // before without regard to case; instance, then class, as a desktop-file name; sandbox; GTK
+    // before without regard to case; instance, then class, as a desktop-file name; a Wayland
+    // window's id stands for both, so that it makes the same application; sandbox; GTK
     // and KDE properties; the process's desktop file; its program, unless that runs other programs,
     // and never an entry that nobody sees. Instance before class because
     // web applications share the class and the process of their browser. A window that matches
-    // nothing is an application of its own, named by its class, else its program.
+    // nothing is an application of its own, named by its class or its id, else its program.
     ApplicationIdentity identify(const WindowClues &clues) const;
 
     const std::vector<ApplicationEntry> &entries() const { return m_entries; }

@@ -22,7 +22,8 @@ bool belongsInTaskBar(const SessionWindow &window)
 // Whether two readings of a window lead to the same application.
 bool sameEvidence(const SessionWindow &a, const SessionWindow &b)
 {
-    return a.process == b.process && a.instanceName == b.instanceName && a.className == b.className
+    return a.process == b.process && a.appId == b.appId && a.sandboxId == b.sandboxId
+        && a.instanceName == b.instanceName && a.className == b.className
         && a.gtkApplicationId == b.gtkApplicationId && a.kdeDesktopFile == b.kdeDesktopFile;
 }
 
@@ -196,6 +197,7 @@ SessionApplications::Owner SessionApplications::identify(
     const SessionWindow &window, QHash<std::int32_t, ProcessClues> &processes)
 {
     WindowClues clues;
+    clues.appId = window.appId;
     clues.instance = window.instanceName;
     clues.className = window.className;
     clues.gtkApplicationId = window.gtkApplicationId;
@@ -205,6 +207,8 @@ SessionApplications::Owner SessionApplications::identify(
             processes.insert(window.process, readProcessClues(window.process));
         clues.process = processes.value(window.process);
     }
+    if (!window.sandboxId.isEmpty())
+        clues.process.sandboxId = cleanClue(window.sandboxId);
     Owner owner;
     owner.evidence = window;
     owner.identity = m_installed.index().identify(clues);

@@ -83,6 +83,9 @@ WindowMirror &X11Session::current()
 
 std::uint64_t X11Session::revision() { return current().revision(); }
 
+// EWMH knows no version of a manager.
+QString X11Session::name() { return hasManager() ? m_mirror->root().managerName : QString(); }
+
 bool X11Session::hasManager() { return current().root().hasManager && m_connection->isAlive(); }
 
 bool X11Session::isControllable()
@@ -286,7 +289,8 @@ QStringList X11Session::limits()
                           .arg(root.managerName));
     } else if (m_connection->isAlive() && !isControllable()) {
         limits.append(QStringLiteral("No window manager that can move windows between desktops is "
-                                     "running."));
+                                     "running: start one that follows the Extended Window Manager "
+                                     "Hints."));
     }
     if (root.hasMoreClients) {
         limits.append(QStringLiteral("There are more than %1 windows: Tovel knows the oldest %1.")

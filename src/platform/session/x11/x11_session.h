@@ -26,6 +26,7 @@ public:
 
     void invalidate() override;
     std::uint64_t revision() override;
+    QString name() override;
     bool hasManager() override;
     bool isControllable() override;
     SessionCapabilities capabilities() override;
