@@ -34,16 +34,6 @@ private:
         return QJsonDocument::fromJson(out.toUtf8()).object();
     }
 
-    std::uint32_t xterm(const QString &application, const QString &title)
-    {
-        m_session.install(u"org.example."_s + application.simplified().replace(u' ', u'-'),
-                          application, application);
-        m_session.start(
-            u"xterm"_s,
-            {u"-class"_s, application, u"-name"_s, application, u"-T"_s, title, u"-e"_s, u"cat"_s});
-        return windowTitled(m_session, title);
-    }
-
     // Waits until the manager has taken the window of the client on.
     std::uint32_t open(TestClient &client, const ClientWindow &window)
     {
@@ -82,14 +72,14 @@ private:
         return eventually([&] { return shownDesktop(m_session) == desktop; });
     }
 
-    PrivateSession m_session{managerFromEnvironment()};
+    PrivateSession m_session{managerFromEnvironment(), {.tcp = true}};
     TestClient m_client{m_session.display()};
 
 private Q_SLOTS:
     void initTestCase()
     {
         QVERIFY(m_session.isReady());
-        QVERIFY(xterm(u"Bystander"_s, u"bystander"_s));
+        QVERIFY(openTerminal(m_session, u"Bystander"_s, u"bystander"_s));
     }
 
     // Nobody is in the flock to begin with.
@@ -110,8 +100,8 @@ private Q_SLOTS:
         QVERIFY(open(m_client, {.application = u"Neighbour"_s}));
         QList<std::uint32_t> flock{windowTitled(m_session, u"Note"_s),
                                    windowTitled(m_session, u"Qt window"_s),
-                                   xterm(u"Herd"_s, u"one"_s),
-                                   xterm(u"Herd"_s, u"two"_s),
+                                   openTerminal(m_session, u"Herd"_s, u"one"_s),
+                                   openTerminal(m_session, u"Herd"_s, u"two"_s),
                                    parent,
                                    open(m_client,
                                         {.application = u"Parent"_s,
@@ -152,14 +142,14 @@ private Q_SLOTS:
 
     void movesWindowsInEveryState()
     {
-        const std::uint32_t plain = xterm(u"States"_s, u"plain"_s);
-        const std::uint32_t sticky = xterm(u"States"_s, u"sticky"_s);
+        const std::uint32_t plain = openTerminal(m_session, u"States"_s, u"plain"_s);
+        const std::uint32_t sticky = openTerminal(m_session, u"States"_s, u"sticky"_s);
         m_client.askForDesktop(sticky, allDesktops);
         const QString states[] = {u"_NET_WM_STATE_HIDDEN"_s, u"_NET_WM_STATE_MAXIMIZED_VERT"_s,
                                   u"_NET_WM_STATE_FULLSCREEN"_s};
         QList<std::uint32_t> special;
         for (const QString &state : states)
-            special.append(xterm(u"States"_s, state));
+            special.append(openTerminal(m_session, u"States"_s, state));
         m_client.minimize(special[0]);
         m_client.addState(special[1], states[1].toLatin1());
         m_client.addState(special[2], states[2].toLatin1());

@@ -72,8 +72,6 @@ private:
         return m_session.run(QStringLiteral(TOVELCTL), line.split(u' '));
     }
 
-    DefaultsReading stored() const { return storedChoices(m_session); }
-
 private Q_SLOTS:
     void initTestCase()
     {
@@ -140,9 +138,9 @@ private Q_SLOTS:
             return QJsonDocument::fromJson(text.toUtf8()).object();
         };
         QCOMPARE(status()[u"desktops"_s][1][u"name"_s], u"Harbour"_s);
-        const QVariantMap before = stored().values;
+        const QVariantMap before = storedChoices(m_session).values;
         QCOMPARE(ctl(u"flock add Sharks"_s).status, 3);
-        QCOMPARE(stored().values, before);
+        QCOMPARE(storedChoices(m_session).values, before);
 
         const Outcome moved = ctl(u"move Harbour --no-follow"_s);
         QCOMPARE(moved.out, u"3 moved · 0 already there\n"_s);
@@ -173,21 +171,6 @@ private Q_SLOTS:
         QCOMPARE(second.err, u"tovel: Tovel runs already, but does not answer\n"_s);
     }
 
-    void theFirstSignalEndsItAlsoWhenItHangs()
-    {
-        m_session.pauseServer(true);
-        const QDBusPendingCall unanswered
-            = m_bus.asyncCall(message(u"org.tovel.Tovel1"_s, u"Status"_s));
-        kill(static_cast<pid_t>(m_program->processId()), SIGTERM);
-        const bool hasEnded
-            = eventually([this] { return m_program->state() == QProcess::NotRunning; });
-        m_session.pauseServer(false);
-        QVERIFY(hasEnded);
-        QCOMPARE(m_program->exitStatus(), QProcess::CrashExit);
-        QCOMPARE(m_program->exitCode(), SIGTERM);
-        QVERIFY(startProgram());
-    }
-
     void anySignalEndsItInMidMove_data()
     {
         QTest::addColumn<int>("number");
@@ -214,7 +197,7 @@ private Q_SLOTS:
         QCOMPARE(outcomeOf(*m_program).status, 0);
         const Outcome asked = outcomeOf(*asker);
         QVERIFY(asked.status == 0 || asked.err.contains(u"gave no answer"));
-        QVERIFY(stored().texts(u"selected"_s)->contains(u"org.example.Boats"_s));
+        QVERIFY(storedChoices(m_session).texts(u"selected"_s)->contains(u"org.example.Boats"_s));
         QCOMPARE(ctl(u"move 1"_s).status, 0); // alone
         QVERIFY(startProgram());
     }

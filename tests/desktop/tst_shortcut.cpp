@@ -42,6 +42,10 @@ private:
     {
         return eventually([this] { return isActive(); });
     }
+    bool canSave(bool wanted)
+    {
+        return eventually([&] { return m_user.find(u"Save"_s)->is("enabled"_L1) == wanted; });
+    }
 
     // Its field has the keyboard. By keys, as icewm tells a new dialog late where it stands.
     bool openEditor()
@@ -50,11 +54,6 @@ private:
             return false;
         m_user.press({u"Up"_s, u"Up"_s, u"Return"_s});
         return m_user.find(u"Keyboard Shortcut"_s, u"dialog"_s).has_value();
-    }
-
-    bool recordingShows(const QString &informativeText)
-    {
-        return m_user.find(informativeText, u"label"_s).has_value();
     }
 
     QJsonObject storedShortcut() const
@@ -87,8 +86,7 @@ private Q_SLOTS:
     {
         QVERIFY(m_session.isReady());
         m_client = std::make_unique<TestClient>(m_session.display());
-        m_session.start(u"xterm"_s, {u"-T"_s, u"other"_s, u"-e"_s, u"cat"_s});
-        m_other = windowTitled(m_session, u"other"_s);
+        m_other = openTerminal(m_session, u"Other"_s, u"other"_s);
         QVERIFY(m_other);
         m_tray = std::make_unique<BusTray>(
             m_session.environment().value(u"DBUS_SESSION_BUS_ADDRESS"_s));
@@ -133,19 +131,17 @@ private Q_SLOTS:
         const std::uint32_t editor = windowTitled(m_session, u"Keyboard Shortcut"_s);
         QVERIFY(eventually([&] { return desktopOf(m_session, editor) == allDesktops; }));
         m_user.press({u"space"_s});
-        QVERIFY(eventually([&] { return !m_user.find(u"Save"_s)->is("enabled"_L1); }));
+        QVERIFY(canSave(false));
         m_user.press({u"shift+a"_s});
-        QVERIFY(recordingShows(u"Include Command, Control, or Option in your shortcut."_s));
-        QVERIFY(!m_user.find(u"Save"_s)->is("enabled"_L1));
+        QVERIFY(m_user.find(u"Include Command, Control, or Option in your shortcut."_s));
         m_user.press({u"Escape"_s});
-        QVERIFY(eventually([&] { return m_user.find(u"Save"_s)->is("enabled"_L1); }));
+        QVERIFY(canSave(true));
 
-        m_user.press({u"space"_s});
-        m_user.press({u"ctrl+shift+F6"_s});
-        QVERIFY(recordingShows(u"Click Save to use this shortcut."_s));
+        m_user.press({u"space"_s, u"ctrl+shift+F6"_s});
+        QVERIFY(m_user.find(u"Click Save to use this shortcut."_s));
         QVERIFY(m_client->grabKey(keyF6, control | shift)); // another program is faster
         m_user.press({u"Return"_s});
-        QVERIFY(recordingShows(
+        QVERIFY(m_user.find(
             u"That shortcut is unavailable. Click the field and try another combination."_s));
         m_user.press({u"Escape"_s});
         QVERIFY(m_user.isGone(field));
@@ -154,9 +150,8 @@ private Q_SLOTS:
         QVERIFY(becomesActive());
 
         QVERIFY(openEditor());
-        m_user.press({u"space"_s});
-        m_user.press({u"ctrl+shift+F5"_s});
-        QVERIFY(recordingShows(u"Click Save to use this shortcut."_s));
+        m_user.press({u"space"_s, u"ctrl+shift+F5"_s});
+        QVERIFY(m_user.find(u"Click Save to use this shortcut."_s));
         m_user.press({u"Return"_s});
         QVERIFY(eventually([&] { return storedShortcut()[u"key"_s] == u"F5"_s; }));
         QVERIFY(eventually([&] { return toolTip() == u"Tovel · ⌃⇧F5"_s; }));
@@ -178,7 +173,7 @@ private Q_SLOTS:
     void returnSaves_data()
     {
         QTest::addColumn<QString>("desktop");
-        for (const char *desktop : {"", "XFCE", "GNOME", "X-Cinnamon", "MATE", "LXDE", "KDE"})
+        for (const char *desktop : {"XFCE", "GNOME", "KDE"})
             QTest::newRow(desktop) << QString::fromLatin1(desktop);
     }
 
@@ -192,7 +187,7 @@ private Q_SLOTS:
         QVERIFY(openEditor());
         m_user.press({u"space"_s});
         m_user.press({before[u"key"_s] == u"F8"_s ? u"ctrl+shift+F9"_s : u"ctrl+shift+F8"_s});
-        QVERIFY(recordingShows(u"Click Save to use this shortcut."_s));
+        QVERIFY(m_user.find(u"Click Save to use this shortcut."_s));
         m_user.press({u"Return"_s});
         QVERIFY(eventually([&] { return storedShortcut() != before; }));
         QVERIFY(m_user.isGone(u"Record keyboard shortcut"_s));

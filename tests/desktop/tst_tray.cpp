@@ -56,9 +56,14 @@ private:
         }
     }
 
+    // In a tray of the X session, once it stays where it is.
     bool hasIcon()
     {
-        return eventually([this] { return m_busTray ? m_busTray->hasItem() : !!iconPlace(); });
+        std::optional<QPoint> place;
+        return eventually([&] {
+            const auto before = std::exchange(place, m_busTray ? std::nullopt : iconPlace());
+            return m_busTray ? m_busTray->hasItem() : place && place == before;
+        });
     }
 
     void clickAt(const QPoint &place, int button)
@@ -72,7 +77,7 @@ private:
     {
         if (m_busTray)
             m_busTray->activateItem();
-        else
+        else if (hasIcon())
             clickAt(iconPlace().value_or(QPoint()), button);
     }
 
@@ -99,11 +104,6 @@ private:
         });
     }
 
-    bool isHerdOn(std::uint32_t desktop)
-    {
-        return eventually([&] { return desktopOf(m_session, m_herd) == desktop; });
-    }
-
     PrivateSession m_session{managerFromEnvironment(), {.assistive = true}};
     PanelUser m_user{m_session};
     std::optional<BusTray> m_busTray;
@@ -114,11 +114,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         QVERIFY(m_session.isReady());
-        m_session.install(u"org.example.herd"_s, u"Herd"_s, u"Herd"_s);
-        m_session.start(
-            u"xterm"_s,
-            {u"-class"_s, u"Herd"_s, u"-name"_s, u"Herd"_s, u"-T"_s, u"herd"_s, u"-e"_s, u"cat"_s});
-        m_herd = windowTitled(m_session, u"herd"_s);
+        m_herd = openTerminal(m_session, u"Herd"_s, u"herd"_s);
         QVERIFY(m_herd);
         QVERIFY(m_user.start());
         QVERIFY(m_user.click(u"Add app"_s) && m_user.click(u"Add Herd"_s));
@@ -149,7 +145,7 @@ private Q_SLOTS:
         click(1);
         QVERIFY(panelIs(false));
         QVERIFY(choose(desktops.value(2)));
-        QVERIFY(isHerdOn(2));
+        QVERIFY(isOn(m_session, m_herd, 2));
         QVERIFY(panelIs(false));
         click(1);
         QVERIFY(panelIs(true));
@@ -163,7 +159,7 @@ private Q_SLOTS:
         m_user.press({u"Escape"_s});
         QVERIFY(m_user.isGone(u"Fly to this pond"_s));
         QVERIFY(choose(desktops.value(0)));
-        QVERIFY(isHerdOn(0));
+        QVERIFY(isOn(m_session, m_herd, 0));
         QVERIFY(m_user.find(u"Your flock is on "_s + desktops.value(0) + u'.'));
         QVERIFY(panelIs(true)); // above what came
 

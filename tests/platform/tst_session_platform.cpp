@@ -92,6 +92,8 @@ private Q_SLOTS:
         QCOMPARE(second.key(), u"Main/12"_s);
         QCOMPARE(m_model->displayName(second.display), u"All displays"_s);
         QVERIFY(!m_model->displayIsBuiltIn(second.display));
+        QVERIFY(QCoro::waitFor(m_model->switchDesktop(second, std::nullopt)));
+        QCOMPARE(m_session->cursorMoves(), 0); // it is on that display wherever it is
     }
 
     void aSwitchActsOnTheDisplayOfItsDesktop_data()

@@ -5,6 +5,8 @@
 
 namespace tovel {
 
+using namespace Qt::StringLiterals;
+
 QList<ListedWindow> listedWindows(const PrivateSession &session)
 {
     const TestClient client(session.display());
@@ -31,6 +33,16 @@ std::uint32_t windowTitled(const PrivateSession &session, const QString &title)
     return id;
 }
 
+std::uint32_t openTerminal(PrivateSession &session, const QString &application,
+                           const QString &title)
+{
+    session.install(u"org.example."_s + application.toLower(), application, application);
+    session.start(
+        u"xterm"_s,
+        {u"-class"_s, application, u"-name"_s, application, u"-T"_s, title, u"-e"_s, u"cat"_s});
+    return windowTitled(session, title);
+}
+
 std::optional<std::uint32_t> desktopOf(const PrivateSession &session, std::uint32_t window)
 {
     return TestClient(session.display()).number(window, "_NET_WM_DESKTOP");
@@ -40,6 +52,11 @@ std::optional<std::uint32_t> shownDesktop(const PrivateSession &session)
 {
     const TestClient client(session.display());
     return client.number(client.root(), "_NET_CURRENT_DESKTOP");
+}
+
+bool isOn(const PrivateSession &session, std::uint32_t window, std::uint32_t desktop)
+{
+    return eventually([&] { return desktopOf(session, window) == desktop; });
 }
 
 bool hasState(const PrivateSession &session, std::uint32_t window, const QString &state)

@@ -26,8 +26,15 @@ QList<ListedWindow> listedWindows(const PrivateSession &session);
 // comes in good time.
 std::uint32_t windowTitled(const PrivateSession &session, const QString &title);
 
+// Installs an application of terminals, if need be, and opens one; its window as above.
+std::uint32_t openTerminal(PrivateSession &session, const QString &application,
+                           const QString &title);
+
 std::optional<std::uint32_t> desktopOf(const PrivateSession &session, std::uint32_t window);
 std::optional<std::uint32_t> shownDesktop(const PrivateSession &session);
+
+// Whether the window comes to be there in good time.
+bool isOn(const PrivateSession &session, std::uint32_t window, std::uint32_t desktop);
 
 // Whether _NET_WM_STATE has the state.
 bool hasState(const PrivateSession &session, std::uint32_t window, const QString &state);

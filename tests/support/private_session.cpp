@@ -90,8 +90,9 @@ PrivateSession::PrivateSession(Manager manager, const SessionOptions &options)
     m_server->setStandardErrorFile(QProcess::nullDevice());
     // A server that resets when its last client leaves would drop a manager that just connects.
     m_server->start(u"Xvfb"_s,
-                    {u"-displayfd"_s, u"1"_s, u"-noreset"_s, u"-listen"_s, u"tcp"_s, u"-screen"_s,
-                     u"0"_s, QString::fromLatin1(options.screen)});
+                    {u"-displayfd"_s, u"1"_s, u"-noreset"_s,
+                     options.tcp ? u"-listen"_s : u"-nolisten"_s, u"tcp"_s, u"-screen"_s, u"0"_s,
+                     QString::fromLatin1(options.screen)});
     while (!m_server->canReadLine() && m_server->waitForReadyRead(Deadline)) { }
     const QByteArray number = m_server->readLine().trimmed();
     if (number.isEmpty())

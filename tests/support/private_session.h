@@ -23,6 +23,7 @@ struct SessionOptions
     int desktops = 4; // i3 starts with one
     QByteArray screen = "1280x800x24";
     QString activateAction{}; // xfwm4's choice of that name; empty leaves it at its default
+    bool tcp = false; // the server also listens on TCP, so that a client can hide its process
     bool bus = false; // with a session bus
     bool assistive = false; // with that and the bus on which assistive programs read others
 };
@@ -38,9 +39,9 @@ struct Outcome
     QString err{};
 };
 
-// An X server with a window manager, in folders of their own. The server also listens on TCP, so
-// that a client can hide its process. Every process that was started here has ended when this
-// object goes, or when the test's process is killed. Starting fails the test by isReady().
+// An X server with a window manager, in folders of their own. Every process that was started here
+// has ended when this object goes, or when the test's process is killed. Starting fails the test by
+// isReady().
 class PrivateSession final
 {
 public:

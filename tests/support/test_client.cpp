@@ -117,14 +117,6 @@ QPoint TestClient::cursor() const
     return reply ? QPoint(reply->root_x, reply->root_y) : QPoint();
 }
 
-void TestClient::moveCursor(QPoint position)
-{
-    xcb_warp_pointer(m_connection, XCB_NONE, m_root, 0, 0, 0, 0,
-                     static_cast<std::int16_t>(position.x()),
-                     static_cast<std::int16_t>(position.y()));
-    synchronize();
-}
-
 QRect TestClient::place(std::uint32_t window) const
 {
     const auto geometry = owned(

@@ -57,7 +57,6 @@ public:
     void showDesktop(std::uint32_t desktop);
 
     QPoint cursor() const;
-    void moveCursor(QPoint position);
 
     // Of the window, on the screen.
     QRect place(std::uint32_t window) const;
