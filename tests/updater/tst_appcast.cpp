@@ -62,9 +62,7 @@ private Q_SLOTS:
             "<s:version>" + QByteArray(appcastVersionLimit + 1, '2') + "</s:version>",
         };
         for (const QByteArray &other : others) {
-            const AppcastReading reading = parseAppcast(feed(item(other) + item(version)));
-            QCOMPARE(reading.error, QString());
-            QCOMPARE(reading.items.size(), 1);
+            QCOMPARE(parseAppcast(feed(item(other) + item(version))).items.size(), 1);
         }
     }
 
@@ -93,8 +91,7 @@ private Q_SLOTS:
         };
         for (const QByteArray &bytes : refused) {
             const AppcastReading reading = parseAppcast(bytes);
-            QVERIFY2(!reading.error.isEmpty(), bytes.left(200));
-            QVERIFY2(reading.items.isEmpty(), bytes.left(200));
+            QVERIFY2(!reading.error.isEmpty() && reading.items.isEmpty(), bytes.left(200));
         }
     }
 
@@ -118,30 +115,28 @@ private Q_SLOTS:
     // Every pair of the list, which also shows that the order is total and consistent.
     void ordersVersions()
     {
-        const QList<QStringList> ascending{
-            {u"alpha"_s, u"ALPHA"_s},
-            {u""_s, u"0"_s, u"-.-"_s, u"0.0.0"_s},
-            {u"0.9"_s},
-            {u"1-alpha"_s, u"1.0alpha"_s, u"1.0.0-Alpha"_s},
-            {u"1.0-beta.2"_s, u"1.0beta2"_s},
-            {u"1.0-beta.11"_s},
-            {u"1.0-rc.1"_s},
-            {u"1"_s, u"1.0"_s, u"v1.0"_s, u" 1.0.0 "_s, u"01.00"_s},
-            {u"1.9"_s, u"1.09"_s},
-            {u"1.10"_s},
-            {u"2"_s},
-            {u"18446744073709551616"_s},
-            {u"18446744073709551617"_s},
-        };
-        for (qsizetype i = 0; i < ascending.size(); ++i) {
-            for (qsizetype j = 0; j < ascending.size(); ++j) {
-                for (const QString &left : ascending[i]) {
-                    for (const QString &right : ascending[j]) {
-                        QVERIFY2(compareVersions(left, right) == (i <=> j),
-                                 qPrintable(left + u" against "_s + right));
-                    }
-                }
-            }
+        const QList<QStringList> ascending{{u"alpha"_s, u"ALPHA"_s},
+                                           {u""_s, u"0"_s, u"-.-"_s, u"0.0.0"_s},
+                                           {u"0.9"_s},
+                                           {u"1-alpha"_s, u"1.0alpha"_s, u"1.0.0-Alpha"_s},
+                                           {u"1.0-beta.2"_s, u"1.0beta2"_s},
+                                           {u"1.0-beta.11"_s},
+                                           {u"1.0-rc.1"_s},
+                                           {u"1"_s, u"1.0"_s, u"v1.0"_s, u" 1.0.0 "_s, u"01.00"_s},
+                                           {u"1.9"_s, u"1.09"_s},
+                                           {u"1.10"_s},
+                                           {u"2"_s},
+                                           {u"18446744073709551616"_s},
+                                           {u"18446744073709551617"_s}};
+        QList<std::pair<int, QString>> all;
+        for (const QStringList &equal : ascending) {
+            for (const QString &version : equal)
+                all.emplaceBack(ascending.indexOf(equal), version);
+        }
+        for (const auto &[i, left] : all) {
+            for (const auto &[j, right] : all)
+                QVERIFY2(compareVersions(left, right) == (i <=> j),
+                         qPrintable(left + u" against "_s + right));
         }
     }
 

@@ -209,45 +209,38 @@ private Q_SLOTS:
     {
         QTest::addColumn<ScriptedAnswer>("answer");
         QTest::addColumn<QString>("outcome");
-        using Then = ScriptedAnswer::Then;
+        const auto row
+            = [](const QByteArray &name, const ScriptedAnswer &answer, const QString &outcome) {
+                  QTest::newRow(name.constData()) << answer << outcome;
+              };
         const auto movedTo = [](const QByteArray &target) {
             return httpAnswer("302 Found", "", "Location: " + target + "\r\n");
         };
-        const QByteArray good = httpAnswer("200 OK", feedWith("11")).bytes;
-
-        QTest::newRow("nothing new") << httpAnswer("200 OK", feedWith("10.0")) << u"up to date"_s;
-        QTest::newRow("not found")
-            << httpAnswer("404 Not Found", feedWith("11")) << u"failed: *cannot be read*404*"_s;
-        QTest::newRow("a byte too many")
-            << httpAnswer("200 OK", QByteArray(appcastSizeLimit + 1, ' '))
-            << u"failed: *cannot be read*larger*"_s;
-        QTest::newRow("truncated XML") << httpAnswer("200 OK", feedWith("11").chopped(9))
-                                       << u"failed: *cannot be understood*"_s;
-        QTest::newRow("closed within the body")
-            << ScriptedAnswer{good.chopped(9)} << u"failed: *cannot be read*"_s;
+        const auto endless = [](const QByteArray &beginning, const QByteArray &more) {
+            return ScriptedAnswer{beginning, ScriptedAnswer::Then::goesOn, more};
+        };
+        const ScriptedAnswer good = httpAnswer("200 OK", feedWith("11"));
+        row("nothing new", httpAnswer("200 OK", feedWith("10.0")), u"up to date"_s);
+        row("not found", httpAnswer("404 Not Found", feedWith("11")), u"failed: *read*404*"_s);
+        row("a byte too many", httpAnswer("200 OK", QByteArray(appcastSizeLimit + 1, ' ')),
+            u"failed: *read*larger*"_s);
+        row("truncated XML", httpAnswer("200 OK", feedWith("11").chopped(9)),
+            u"failed: *understood*"_s);
+        row("closed within the body", {good.bytes.chopped(9)}, u"failed: *cannot be read*"_s);
         const QByteArray head = "HTTP/1.1 200 OK\r\n";
         const QByteArray chunks = head + "Transfer-Encoding: chunked\r\n\r\n";
-        const QByteArray manyFields = QByteArray("A: b\r\n").repeated(1500);
+        const QByteArray fields = QByteArray("A: b\r\n").repeated(1500);
         const QByteArray letters(9000, 'a');
-        QTest::newRow("endless chunk") << ScriptedAnswer{chunks + "1;", Then::goesOn, letters}
-                                       << u"failed: *cannot be read*larger*"_s;
-        QTest::newRow("endless trailer")
-            << ScriptedAnswer{chunks + "0\r\n", Then::goesOn, manyFields}
-            << u"failed: *cannot be read*head*"_s;
-        QTest::newRow("endless while")
-            << ScriptedAnswer{{},
-                              Then::goesOn,
-                              QByteArray("HTTP/1.1 100 Continue\r\n\r\n").repeated(400)}
-            << u"failed: *cannot be read*head*"_s;
-        QTest::newRow("endless fields")
-            << ScriptedAnswer{head, Then::goesOn, manyFields} << u"failed: *cannot be read*head*"_s;
-        QTest::newRow("endless field")
-            << ScriptedAnswer{head, Then::goesOn, letters} << u"failed: *cannot be read*large*"_s;
-        QTest::newRow("moved on this machine") << movedTo("/moved") << u"found 12 after 10"_s;
-        QTest::newRow("moved in a circle") << movedTo("/feed") << u"failed: *too often*"_s;
-        for (const char *target : {"http://tovel.test/feed", "file:///etc/hostname",
-                                   "https://a:b@tovel.test", "http://:"})
-            QTest::addRow("moved to %s", target) << movedTo(target) << u"failed: *not secure*"_s;
+        const QByteArray continues = QByteArray("HTTP/1.1 100 Continue\r\n\r\n").repeated(400);
+        row("endless chunk", endless(chunks + "1;", letters), u"failed: *read*larger*"_s);
+        row("endless trailer", endless(chunks + "0\r\n", fields), u"failed: *read*head*"_s);
+        row("endless while", endless({}, continues), u"failed: *read*head*"_s);
+        row("endless fields", endless(head, fields), u"failed: *read*head*"_s);
+        row("endless field", endless(head, letters), u"failed: *read*large*"_s);
+        row("moved on this machine", movedTo("/moved"), u"found 12 after 10"_s);
+        row("moved in a circle", movedTo("/feed"), u"failed: *too often*"_s);
+        for (const char *target : {"http://tovel.test/feed", "https://a:b@tovel.test", "http://:"})
+            row(QByteArray("moved to ") + target, movedTo(target), u"failed: *not secure*"_s);
     }
 
     void tellsEveryOutcome()
@@ -324,9 +317,7 @@ private Q_SLOTS:
             server.nextPendingConnection()->write(httpAnswer("200 OK", feedWith("11")).bytes);
         });
         World world;
-        UpdaterConfiguration configuration = world.configuration();
-        configuration.feed = feedAddress(u"https://127.0.0.1:%1/"_s.arg(server.serverPort()));
-        world.start(configuration);
+        world.start({feedAddress(u"https://127.0.0.1:%1/"_s.arg(server.serverPort())), false, {}});
         world.controller->checkForUpdates();
         QTRY_VERIFY(world.user.log.size() > 3);
         QVERIFY2(world.user.log.last().contains(u"certificate"), qPrintable(world.user.log.last()));
@@ -337,9 +328,7 @@ private Q_SLOTS:
         World world;
         world.server.answers.insert("tovel.test:443", httpAnswer("403 Forbidden", ""));
         qputenv("https_proxy", world.server.address(u""_s).toLatin1());
-        UpdaterConfiguration configuration = world.configuration();
-        configuration.feed = feedAddress(u"https://tovel.test/feed"_s);
-        world.start(configuration);
+        world.start({feedAddress(u"https://tovel.test/feed"_s), false, {}});
         world.controller->checkForUpdates();
         QTRY_VERIFY(world.user.log.size() > 3);
         qunsetenv("https_proxy");
@@ -349,10 +338,7 @@ private Q_SLOTS:
     void cannotCheckWithoutAFeed()
     {
         World world;
-        UpdaterConfiguration configuration = world.configuration();
-        configuration.feed.reset();
-        configuration.automaticChecks = true;
-        world.start(configuration);
+        world.start({.feed = {}, .automaticChecks = true, .current = {}});
         world.controller->checkForUpdates();
         world.clock.advance(2 * day);
         QCOMPARE(world.user.take(), QStringList{u"cannot check"_s});

