@@ -47,7 +47,8 @@ private Q_SLOTS:
         if (qEnvironmentVariableIsSet("TOVEL_TEST_MANAGER"))
             m_world = makeX11World();
         else
-            m_world = makeSimulatedWorld(qEnvironmentVariableIntValue("TOVEL_TEST_DISPLAYS"));
+            m_world
+                = makeSimulatedWorld(qMax(1, qEnvironmentVariableIntValue("TOVEL_TEST_DISPLAYS")));
         QVERIFY2(m_world, "the session does not start");
         bind();
         QVERIFY(m_entries.canMove() && m_entries.isOrderedIn && m_entries.windowsWithTags);
