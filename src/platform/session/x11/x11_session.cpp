@@ -1,5 +1,6 @@
 #include "platform/session/x11/x11_session.h"
 
+#include "platform/session/built_in_screens.h"
 #include "platform/session/workspace_names.h"
 #include "platform/session/x11/connection.h"
 #include "platform/session/x11/key_grabs.h"
@@ -37,15 +38,6 @@ std::optional<std::uint32_t> desktopOf(const RootState &root, std::uint64_t work
     if (desktop >= root.desktopCount)
         return std::nullopt;
     return static_cast<std::uint32_t>(desktop);
-}
-
-bool isBuiltIn(const QString &output)
-{
-    for (const auto *prefix : {"eDP", "LVDS", "DSI"}) {
-        if (output.startsWith(QLatin1StringView(prefix)))
-            return true;
-    }
-    return false;
 }
 
 } // namespace
@@ -118,7 +110,7 @@ QList<SessionScreen> X11Session::screens()
     QList<SessionScreen> screens;
     for (const Monitor &monitor : current().monitors()) {
         const SessionScreen screen{monitor.id, monitor.name, monitor.bounds,
-                                   isBuiltIn(monitor.name)};
+                                   isBuiltInScreen(monitor.name)};
         if (monitor.primary)
             screens.prepend(screen);
         else
