@@ -1,6 +1,8 @@
 #include "app/platform_choice.h"
 
+#include "app/session_bus.h"
 #include "platform/linux/linux_desktop.h"
+#include "platform/session/kwin/kwin_session.h"
 #include "platform/session/x11/x11_session.h"
 #include "platform/simulated/demo_world.h"
 #include "platform/simulated/simulated_desktop.h"
@@ -21,8 +23,8 @@ namespace {
 constexpr char Variable[] = "TOVEL_DESKTOP";
 
 // Those that there is a driver for.
-constexpr QStringView Sessions
-    = u"an X11 session whose window manager follows the Extended Window Manager Hints";
+constexpr QStringView Sessions = u"a Wayland session of KWin, or an X11 session whose window "
+                                 u"manager follows the Extended Window Manager Hints";
 
 // How long a process waits for others that store choices: a window must not hang, while a run
 // without one had better end late than in vain.
@@ -140,6 +142,17 @@ Search findX11(Stay stay)
     return {std::move(session)};
 }
 
+Search findKWin(Stay)
+{
+    const QByteArray socket = qgetenv("WAYLAND_DISPLAY");
+    if (socket.isEmpty())
+        return {nullptr, u"WAYLAND_DISPLAY is not set"_s};
+    auto session = kwin::KWinSession::open(socket, sessionBus());
+    if (!session)
+        return {nullptr, u"no KWin answers on “%1”"_s.arg(QString::fromLocal8Bit(socket))};
+    return {std::move(session)};
+}
+
 // A kind of session. One that is asked for by name may lack its manager as yet.
 struct Driver
 {
@@ -149,7 +162,7 @@ struct Driver
 };
 
 // Those whose sessions have an X server for their X11 programs come before X11 itself.
-constexpr Driver Drivers[] = {{"x11", "DISPLAY", findX11}};
+constexpr Driver Drivers[] = {{"kwin", "WAYLAND_DISPLAY", findKWin}, {"x11", "DISPLAY", findX11}};
 
 Search findAny(Stay stay)
 {

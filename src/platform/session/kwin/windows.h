@@ -1,0 +1,106 @@
+#pragma once
+
+#include <QRectF>
+#include <QString>
+#include <QStringList>
+
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+struct org_kde_plasma_window;
+struct org_kde_plasma_window_management;
+
+namespace tovel::kwin {
+
+class Connection;
+
+struct Window
+{
+    std::uint32_t id = 0; // ours
+    QString title;
+    QString application;
+    std::uint32_t states = 0; // org_kde_plasma_window_management.state
+    QStringList desktops; // uuids; none for a window on all
+    std::uint32_t parent = 0; // its id; 0: none
+    QRectF frame; // with its border, global pixels
+    std::int32_t process = 0;
+
+    bool isActive() const;
+    bool isMinimized() const;
+    bool isFullScreen() const;
+    bool isOnAllDesktops() const;
+    bool skipsTaskBar() const;
+
+    bool operator==(const Window &) const = default;
+};
+
+// More than anybody opens.
+inline constexpr std::size_t MaximumWindows = 8192;
+
+// The windows that KWin manages, kept by events (org_kde_plasma_window_management).
+class Windows final
+{
+public:
+    // From 12 to 16, KWin 5.27 tells the stacking order by one message that cannot take the names
+    // of more than 104 windows: it drops the client that asked for them.
+    static constexpr std::uint32_t Version = 11;
+
+    // The changes are counted in the number, the ids are taken from the other; both outlive this.
+    Windows(Connection &connection, org_kde_plasma_window_management *management,
+            std::uint64_t &changes, std::uint32_t &nextId);
+    ~Windows();
+
+    Windows(const Windows &) = delete;
+    Windows &operator=(const Windows &) = delete;
+
+    // Those of which everything is known, oldest first. Each holds until the next event.
+    std::vector<const Window *> list() const;
+    const Window *find(std::uint32_t id) const;
+    // Ids, front to back.
+    std::vector<std::uint32_t> stackingOrder() const;
+    bool hasMore() const { return m_hasMore; } // than MaximumWindows
+
+    // A window that is older than its parent is told without one to a client that is new: those
+    // without are asked for again, now that all are known, and the copies let go.
+    bool askForParents();
+    void forgetCopies();
+
+    // Requests; the window has to be there.
+    void enterDesktop(std::uint32_t window, const QString &uuid);
+    void leaveDesktop(std::uint32_t window, const QString &uuid);
+    void activate(std::uint32_t window);
+    void setAbove(std::uint32_t window, bool on);
+
+    // For the library's callbacks.
+    struct Entry
+    {
+        Windows *owner = nullptr;
+        org_kde_plasma_window *proxy = nullptr;
+        org_kde_plasma_window *copy = nullptr;
+        std::uint32_t counter = 0; // KWin's number
+        bool isKnown = false; // its first state has been told
+        Window window{};
+    };
+    void add(std::uint32_t counter);
+    void restack(std::span<const std::uint32_t> counters);
+    void remove(Entry &entry);
+    void changed(bool isDifferent) { m_changes += isDifferent; }
+    void adopt(Entry &entry, org_kde_plasma_window *parent);
+
+private:
+    Entry *entry(std::uint32_t id) const;
+    void setState(std::uint32_t window, std::uint32_t state, bool on);
+    void destroyProxies(Entry &entry);
+
+    Connection &m_connection;
+    org_kde_plasma_window_management *m_management;
+    std::uint64_t &m_changes;
+    std::uint32_t &m_nextId;
+    std::vector<std::unique_ptr<Entry>> m_entries;
+    std::vector<std::uint32_t> m_stacking; // KWin's numbers, bottom to top
+    bool m_hasMore = false;
+};
+
+} // namespace tovel::kwin
