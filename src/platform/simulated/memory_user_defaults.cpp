@@ -9,6 +9,10 @@ namespace tovel {
 
 namespace {
 
+bool isStorable(const QVariant &value);
+
+bool isMember(const QVariant &value) { return !value.isValid() || isStorable(value); }
+
 bool isStorable(const QVariant &value)
 {
     if (isNumber(value) || boolean(value) || text(value))
@@ -16,9 +20,9 @@ bool isStorable(const QVariant &value)
     if (value.typeId() == QMetaType::QByteArray)
         return true;
     if (const auto list = array(value))
-        return std::ranges::all_of(*list, isStorable);
+        return std::ranges::all_of(*list, isMember);
     if (const auto map = dictionary(value))
-        return std::ranges::all_of(*map, isStorable);
+        return std::ranges::all_of(*map, isMember);
     return false;
 }
 

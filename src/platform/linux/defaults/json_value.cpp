@@ -49,11 +49,16 @@ QJsonValue jsonFromUnsigned(quint64 number)
 
 std::optional<QJsonValue> encoded(const QVariant &value, int depth);
 
+std::optional<QJsonValue> encodedMember(const QVariant &value, int depth)
+{
+    return value.isValid() ? encoded(value, depth) : QJsonValue();
+}
+
 std::optional<QJsonValue> encodedList(const QVariantList &list, int depth)
 {
     QJsonArray array;
     for (const QVariant &item : list) {
-        const auto json = encoded(item, depth);
+        const auto json = encodedMember(item, depth);
         if (!json)
             return std::nullopt;
         array.append(*json);
@@ -65,7 +70,7 @@ std::optional<QJsonValue> encodedMap(const QVariantMap &map, int depth)
 {
     QJsonObject object;
     for (auto it = map.cbegin(); it != map.cend(); ++it) {
-        const auto json = encoded(it.value(), depth);
+        const auto json = encodedMember(it.value(), depth);
         if (!json)
             return std::nullopt;
         object.insert(it.key(), *json);
@@ -114,15 +119,11 @@ std::optional<QJsonValue> encoded(const QVariant &value, int depth)
 
 std::optional<QVariant> decoded(const QJsonValue &json, int depth);
 
-std::optional<QVariantMap> decodedMap(const QJsonObject &object, int depth)
+QVariantMap decodedMap(const QJsonObject &object, int depth)
 {
     QVariantMap map;
-    for (auto it = object.begin(); it != object.end(); ++it) {
-        auto value = decoded(it.value(), depth);
-        if (!value)
-            return std::nullopt;
-        map.insert(it.key(), *std::move(value));
-    }
+    for (auto it = object.begin(); it != object.end(); ++it)
+        map.insert(it.key(), decoded(it.value(), depth).value_or(QVariant()));
     return map;
 }
 
@@ -162,12 +163,8 @@ std::optional<QVariant> decoded(const QJsonValue &json, int depth)
         return json.toVariant();
     case QJsonValue::Array: {
         QVariantList list;
-        for (const QJsonValue item : json.toArray()) {
-            auto value = decoded(item, depth + 1);
-            if (!value)
-                return std::nullopt;
-            list.append(*std::move(value));
-        }
+        for (const QJsonValue item : json.toArray())
+            list.append(decoded(item, depth + 1).value_or(QVariant()));
         return list;
     }
     case QJsonValue::Object: {
@@ -211,10 +208,10 @@ std::optional<QVariantMap> parseDefaults(QByteArrayView bytes)
         return std::nullopt;
     const auto document
         = QJsonDocument::fromJson(QByteArray::fromRawData(bytes.data(), bytes.size()));
-    if (!document.isObject())
+    const QJsonObject object = document.object();
+    if (!document.isObject() || object.size() > maximumDefaultsCount)
         return std::nullopt;
     QVariantMap values;
-    const QJsonObject object = document.object();
     for (auto it = object.begin(); it != object.end(); ++it) {
         if (auto value = decoded(it.value(), 0))
             values.insert(it.key(), *std::move(value));

@@ -16,19 +16,22 @@ namespace tovel {
 //   {"$unsigned": text}    an integer above the signed range
 //   {"$dictionary": {…}}   a dictionary whose only key is a marker
 
-inline constexpr qsizetype maximumDefaultsSize = 4 * 1024 * 1024; // bytes of all values together
+inline constexpr qsizetype maximumDefaultsSize = 1024 * 1024; // bytes of all values together
+inline constexpr qsizetype maximumDefaultsCount = 1000; // values
 inline constexpr int maximumDefaultsDepth = 32; // of arrays and dictionaries in each other
 
-// One value as compact JSON. Nothing for a value that is or holds another kind, null included, is
-// nested too deeply, or is larger than half of what all may be. Lone surrogates are not kept.
+// One value as compact JSON. Nothing for a value that is or holds another kind, is nested too
+// deeply, or is larger than half of what all may be. A null one can only be within another. Lone
+// surrogates are not kept.
 std::optional<QByteArray> jsonFromVariant(const QVariant &value);
 
 // Integers come back as qint64, or quint64 above its range. Nothing for anything but one such
-// value: for null, a marker with malformed content, or what is nested too deeply.
+// value: for null, or a marker with malformed content. Within an array or a dictionary those and
+// what is nested too deeply come back as null ones, so that they take nothing from the others.
 std::optional<QVariant> variantFromJson(QByteArrayView json);
 
 // The values of a file that is one JSON object, without those that variantFromJson would not read.
-// Nothing for bytes that are not one whole JSON object, or are more than maximumDefaultsSize.
+// Nothing for bytes that are not one whole JSON object, or are more than may be stored.
 std::optional<QVariantMap> parseDefaults(QByteArrayView bytes);
 
 } // namespace tovel
