@@ -22,20 +22,15 @@ constexpr char schemaVersion[] = "1";
 constexpr char schema[] = "CREATE TABLE defaults(key TEXT PRIMARY KEY, value TEXT NOT NULL) "
                           "WITHOUT ROWID";
 
-bool isUnreadable(int code)
+// Whether it is the file's own fault. Whatever else goes wrong says nothing of the file.
+bool isDamage(int code)
 {
     switch (code & 0xff) {
-    case SQLITE_PERM:
-    case SQLITE_BUSY:
-    case SQLITE_LOCKED:
-    case SQLITE_NOMEM:
-    case SQLITE_READONLY:
-    case SQLITE_INTERRUPT:
-    case SQLITE_IOERR:
-    case SQLITE_FULL:
-    case SQLITE_CANTOPEN:
-    case SQLITE_PROTOCOL:
-    case SQLITE_NOLFS:
+    case SQLITE_ERROR:
+    case SQLITE_CORRUPT:
+    case SQLITE_TOOBIG:
+    case SQLITE_FORMAT:
+    case SQLITE_NOTADB:
         return true;
     default:
         return false;
@@ -133,7 +128,7 @@ DefaultsDatabase::Reading DefaultsDatabase::read()
 DefaultsDatabase::Reading DefaultsDatabase::beginChange()
 {
     // Somebody may have given it a write-ahead log.
-    if (m_code == SQLITE_OK && !run("PRAGMA journal_mode = DELETE"))
+    if (m_code != SQLITE_OK || !run("PRAGMA journal_mode = DELETE"))
         return failure();
     m_code = SQLITE_OK;
     return begin("BEGIN IMMEDIATE");
@@ -176,14 +171,23 @@ DefaultsDatabase::Reading DefaultsDatabase::begin(const char *how)
     }
     if (const auto unknown = unknownSchema())
         return *unknown;
-    return readValues();
+    // Checked last, for that takes long where there is more than may be.
+    Reading reading = readValues();
+    if (reading.state == State::Read && !isWhole())
+        return failure();
+    return reading;
+}
+
+DefaultsDatabase::Reading DefaultsDatabase::damaged()
+{
+    return {State::Damaged, {}, u"it is damaged"_s};
 }
 
 DefaultsDatabase::Reading DefaultsDatabase::failure() const
 {
     const int code = m_code & 0xff;
-    if (!isUnreadable(m_code))
-        return {State::Damaged, {}, u"it is damaged"_s};
+    if (isDamage(m_code))
+        return damaged();
     if (code == SQLITE_BUSY || code == SQLITE_LOCKED)
         return {State::Unreadable, {}, u"another process holds it"_s};
     if (code == SQLITE_FULL)
@@ -199,7 +203,6 @@ DefaultsDatabase::Reading DefaultsDatabase::failure() const
 // What keeps the values from being read, if anything does.
 std::optional<DefaultsDatabase::Reading> DefaultsDatabase::unknownSchema()
 {
-    const Reading damaged{State::Damaged, {}, u"it is damaged"_s};
     {
         Statement version(*this, "PRAGMA user_version");
         if (!version.step())
@@ -212,18 +215,24 @@ std::optional<DefaultsDatabase::Reading> DefaultsDatabase::unknownSchema()
         Statement objects(*this, "SELECT sql FROM sqlite_schema");
         const bool isKnown = objects.step() && objects.isText(0) && objects.text(0) == schema;
         if (!isKnown)
-            return m_code == SQLITE_ROW || m_code == SQLITE_DONE ? damaged : failure();
+            return m_code == SQLITE_ROW || m_code == SQLITE_DONE ? damaged() : failure();
         if (objects.step())
-            return damaged;
+            return damaged();
         if (m_code != SQLITE_DONE)
             return failure();
     }
+    return std::nullopt;
+}
+
+bool DefaultsDatabase::isWhole()
+{
     Statement check(*this, "PRAGMA integrity_check(1)");
     if (!check.step())
-        return failure();
-    if (check.text(0) != "ok")
-        return damaged;
-    return std::nullopt;
+        return false;
+    const bool isWhole = check.text(0) == "ok";
+    if (!isWhole)
+        m_code = SQLITE_CORRUPT;
+    return isWhole;
 }
 
 DefaultsDatabase::Reading DefaultsDatabase::readValues()
@@ -237,8 +246,10 @@ DefaultsDatabase::Reading DefaultsDatabase::readValues()
         const QByteArray key = rows.text(0);
         const QByteArray value = rows.text(1);
         size += key.size() + value.size();
-        if (!areTexts || size > maximumDefaultsSize)
-            return {State::Damaged, {}, u"it is damaged"_s};
+        const bool isTooMuch
+            = size > maximumDefaultsSize || reading.values.size() == maximumDefaultsCount;
+        if (!areTexts || isTooMuch)
+            return damaged();
         reading.values.insert(QString::fromUtf8(key), variantFromJson(value).value_or(QVariant()));
     }
     return m_code == SQLITE_DONE ? reading : failure();

@@ -61,10 +61,13 @@ public:
 private:
     class Statement;
 
+    static Reading damaged();
+
     Reading begin(const char *how);
     Reading failure() const;
     std::optional<Reading> unknownSchema();
     Reading readValues();
+    bool isWhole(); // if not, the code tells why
     bool run(const char *sql);
     bool put(const DefaultsTexts &texts);
 
