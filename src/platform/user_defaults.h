@@ -20,7 +20,8 @@ struct DefaultsReading
 
     bool succeeded() const { return failure.isEmpty(); }
 
-    // What is stored under the key. A null one is of a kind that this program does not know.
+    // What is stored under the key. A null one, or a null member, is of a kind that this program
+    // does not know.
     std::optional<QVariant> object(const QString &key) const
     {
         const auto found = values.constFind(key);
@@ -45,6 +46,7 @@ struct DefaultsReading
 struct DefaultsOutcome
 {
     QString failure{}; // a sentence that says why it was not stored; empty when it was
+    QString notice{}; // a sentence on what became of a damaged store that this took the place of
 
     bool isStored() const { return failure.isEmpty(); }
 };

@@ -27,6 +27,10 @@ constexpr int mostSetAside = 10'000;
 
 qint64 nanoseconds(const timespec &time) { return time.tv_sec * 1'000'000'000 + time.tv_nsec; }
 
+const QString cannotRead = u"Cannot read the settings file"_s;
+const QString cannotWrite = u"Cannot write the settings file"_s;
+const QString cannotSetAside = u"Cannot set aside the settings file"_s;
+
 QString systemFailure(const QString &what, const QString &path)
 {
     return fileFailure(what, path, qt_error_string(errno));
@@ -73,6 +77,17 @@ bool renameFile(const QString &from, const QString &to)
     return ::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0;
 }
 
+// The path with the suffix, and a number if need be; empty when there are too many of those.
+QString freeName(const QString &path, const QString &suffix)
+{
+    for (int number = 1; number < mostSetAside; ++number) {
+        QString name = path + suffix + (number > 1 ? u'-' + QString::number(number) : QString());
+        if (!QFileInfo::exists(name))
+            return name;
+    }
+    return {};
+}
+
 // True when all is written and lasts; otherwise errno says why not.
 bool writeAll(int descriptor, const QByteArray &bytes)
 {
@@ -101,14 +116,21 @@ qint64 FileStamp::age() const
 
 FileLook lookAtFile(const QString &path)
 {
-    const QString what = u"Cannot read the settings file"_s;
     struct stat status
     {
     };
-    if (::stat(QFile::encodeName(path).constData(), &status) != 0)
-        return errno == ENOENT ? FileLook{} : FileLook{{}, systemFailure(what, path)};
+    if (::stat(QFile::encodeName(path).constData(), &status) != 0) {
+        if (errno != ENOENT)
+            return {{}, systemFailure(cannotRead, path)};
+        if (const QFileInfo file(path); file.isSymLink())
+            return {{},
+                    fileFailure(
+                        cannotRead, path,
+                        u"it is a link to “%1”, which is not there"_s.arg(file.symLinkTarget()))};
+        return {};
+    }
     if (!S_ISREG(status.st_mode))
-        return {{}, fileFailure(what, path, u"it is not a regular file"_s)};
+        return {{}, fileFailure(cannotRead, path, u"it is not a regular file"_s)};
     return {stampOf(status), {}};
 }
 
@@ -140,22 +162,17 @@ FolderLock::~FolderLock()
         ::close(m_descriptor);
 }
 
-QString FolderLock::makeFile(const QString &name, const QByteArray &bytes,
-                             const std::function<QString()> &clearPlace) const
+QString FolderLock::makeFile(const QString &name, const QByteArray &bytes) const
 {
     const QString path = m_folder + u'/' + name;
-    const QString what = u"Cannot write the settings file"_s;
     const QByteArray encoded = QFile::encodeName(name);
-    QString failure;
 
     // A file without a name leaves nothing behind when the process is killed.
     const int nameless = ::openat(m_descriptor, ".", O_TMPFILE | O_RDWR | O_CLOEXEC, ownFile);
     if (nameless >= 0) {
         const auto close = qScopeGuard([nameless] { ::close(nameless); });
         if (!writeAll(nameless, bytes))
-            return systemFailure(what, path);
-        if (failure = clearPlace(); !failure.isEmpty())
-            return failure;
+            return systemFailure(cannotWrite, path);
         const QByteArray handle = "/proc/self/fd/" + QByteArray::number(nameless);
         if (::linkat(AT_FDCWD, handle.constData(), m_descriptor, encoded.constData(),
                      AT_SYMLINK_FOLLOW)
@@ -164,18 +181,17 @@ QString FolderLock::makeFile(const QString &name, const QByteArray &bytes,
             return {};
         }
         if (errno == EEXIST)
-            return systemFailure(what, path);
-    } else if (failure = clearPlace(); !failure.isEmpty()) {
-        return failure;
+            return systemFailure(cannotWrite, path);
     }
 
     // Not every file system knows such files. A process that is killed here leaves a damaged file.
     const int named = ::openat(m_descriptor, encoded.constData(),
                                O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, ownFile);
     if (named < 0)
-        return systemFailure(what, path);
+        return systemFailure(cannotWrite, path);
+    QString failure;
     if (!writeAll(named, bytes)) {
-        failure = systemFailure(what, path);
+        failure = systemFailure(cannotWrite, path);
         ::unlinkat(m_descriptor, encoded.constData(), 0);
     }
     ::close(named);
@@ -183,21 +199,43 @@ QString FolderLock::makeFile(const QString &name, const QByteArray &bytes,
     return failure;
 }
 
+SetAside FolderLock::replaceFile(const QString &name, const QByteArray &bytes,
+                                 const QString &suffix) const
+{
+    // The new file takes the name that the old one is to have, and then they swap.
+    const QString path = m_folder + u'/' + name;
+    const QString other = freeName(path, suffix);
+    if (other.isEmpty())
+        return {{}, fileFailure(cannotSetAside, path, u"there are too many already"_s)};
+    if (const QString failure = makeFile(QFileInfo(other).fileName(), bytes); !failure.isEmpty())
+        return {{}, failure};
+    SetAside old{other, {}};
+    if (::renameat2(AT_FDCWD, QFile::encodeName(other).constData(), AT_FDCWD,
+                    QFile::encodeName(path).constData(), RENAME_EXCHANGE)
+        != 0) {
+        // Not every file system can, and then there is a moment without either.
+        old = setFileAside(path, suffix);
+        if (old.failure.isEmpty() && !renameFile(other, path)) {
+            old.failure = systemFailure(cannotWrite, path);
+            putFileBack(old.name, path);
+        }
+        if (!old.failure.isEmpty())
+            QFile::remove(other);
+    }
+    sync();
+    return old;
+}
+
 void FolderLock::sync() const { ::fsync(m_descriptor); }
 
 SetAside setFileAside(const QString &path, const QString &suffix)
 {
-    const QString what = u"Cannot set aside the settings file"_s;
-    for (int number = 1; number < mostSetAside; ++number) {
-        const QString name
-            = path + suffix + (number > 1 ? u'-' + QString::number(number) : QString());
-        if (QFileInfo::exists(name))
-            continue;
-        if (renameFile(path, name))
-            return {name, {}};
-        return {{}, systemFailure(what, path)};
-    }
-    return {{}, fileFailure(what, path, u"there are too many already"_s)};
+    const QString name = freeName(path, suffix);
+    if (name.isEmpty())
+        return {{}, fileFailure(cannotSetAside, path, u"there are too many already"_s)};
+    if (!renameFile(path, name))
+        return {{}, systemFailure(cannotSetAside, path)};
+    return {name, {}};
 }
 
 void putFileBack(const QString &name, const QString &path)

@@ -4,7 +4,6 @@
 #include <QDeadlineTimer>
 #include <QString>
 
-#include <functional>
 #include <optional>
 
 namespace tovel {
@@ -36,11 +35,17 @@ struct FileStamp
 struct FileLook
 {
     std::optional<FileStamp> stamp{}; // nothing when there is no such file
-    QString failure{}; // when that cannot be told, or it is not a regular file
+    QString failure{}; // when that cannot be told, or it is no regular file, or a link to nothing
 };
 
 // Opens nothing, so that a pipe or a device of that name holds nobody up.
 FileLook lookAtFile(const QString &path);
+
+struct SetAside
+{
+    QString name{}; // the path now
+    QString failure{}; // empty, or why it is where it was
+};
 
 // Keeps other processes from making, or setting aside, a file of the folder. No file is needed for
 // it, and the kernel ends it with the process. Where a file system cannot do it, nobody is kept
@@ -58,10 +63,12 @@ public:
     const QString &failure() const { return m_failure; } // empty: it is held
 
     // Makes a file that has the bytes from its first moment on, for the user only, and that lasts
-    // when this returns. Clears the place for it as late as it can. Empty, or the reason why there
-    // is no such file, of clearing the place, too.
-    QString makeFile(const QString &name, const QByteArray &bytes,
-                     const std::function<QString()> &clearPlace) const;
+    // when this returns. Empty, or the reason why not, as when there is one already.
+    QString makeFile(const QString &name, const QByteArray &bytes) const;
+
+    // Such a file in the place of one, which is set aside. The name stands for the one or the other
+    // at any moment, where the file system can swap two files.
+    SetAside replaceFile(const QString &name, const QByteArray &bytes, const QString &suffix) const;
 
     // Makes renames in the folder last, where the file system can.
     void sync() const;
@@ -70,12 +77,6 @@ private:
     QString m_folder;
     int m_descriptor = -1;
     QString m_failure;
-};
-
-struct SetAside
-{
-    QString name{};
-    QString failure{};
 };
 
 // Gives the file a name that nothing has: its own with the suffix, and if need be with "-2" and so

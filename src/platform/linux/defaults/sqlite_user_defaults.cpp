@@ -20,8 +20,12 @@ namespace {
 constexpr qint64 settlingTime = 50'000'000; // nanoseconds
 constexpr qint64 largestFile = 3 * maximumDefaultsSize; // it is checked as a whole
 constexpr int mostAttempts = 5;
+// One thing that somebody does takes several calls. Longer than the rest of them take.
+constexpr std::chrono::milliseconds impatience{1000};
 const QString logSuffix = u"-wal"_s;
 const QStringList sidecars{u"-journal"_s, logSuffix, u"-shm"_s};
+
+const QString damagedSuffix = u".damaged"_s;
 
 const QString cannotRead = u"Cannot read the settings file"_s;
 const QString cannotWrite = u"Cannot write the settings file"_s;
@@ -68,12 +72,19 @@ QVariantMap merged(QVariantMap values, const DefaultsChanges &changes)
     return values;
 }
 
-bool isTooLarge(const QVariantMap &values)
+bool isTooMuch(const QVariantMap &values)
 {
     qsizetype size = 0;
     for (auto it = values.cbegin(); it != values.cend(); ++it)
         size += it.key().toUtf8().size() + jsonFromVariant(it.value()).value_or("").size();
-    return size > maximumDefaultsSize;
+    return size > maximumDefaultsSize || values.size() > maximumDefaultsCount;
+}
+
+QString damageNotice(const QString &path, const QString &old)
+{
+    const QString text = u"The settings file was damaged. It is “%1” now, and what could last be "
+                         "read of it is in a new one, “%2”."_s;
+    return text.arg(old, path);
 }
 
 } // namespace
@@ -85,20 +96,35 @@ SqliteUserDefaults::SqliteUserDefaults(QString filePath, QString jsonPath,
     , m_options(options)
 { }
 
+// The result of the work, which waits for other processes until the deadline that it is given.
+auto SqliteUserDefaults::patiently(const auto &work) const
+{
+    const bool isImpatient = !m_impatience.hasExpired();
+    const QDeadlineTimer deadline(isImpatient ? std::chrono::milliseconds(0) : m_options.patience);
+    const auto result = work(deadline);
+    if (!isImpatient && deadline.hasExpired() && !result.failure.isEmpty())
+        m_impatience.setRemainingTime(impatience);
+    return result;
+}
+
 DefaultsReading SqliteUserDefaults::dictionaryRepresentation() const
 {
-    const Content now = content(QDeadlineTimer(m_options.patience));
-    return {now.values, now.failure};
+    return patiently([this](const QDeadlineTimer &deadline) {
+        const Content now = content(deadline);
+        return DefaultsReading{now.values, now.failure};
+    });
 }
 
 DefaultsOutcome SqliteUserDefaults::change(const Decision &decide, DefaultsAuthor author)
 {
-    const QDeadlineTimer deadline(m_options.patience);
-    for (int attempt = 0; attempt < mostAttempts; ++attempt) {
-        if (const auto outcome = attemptChange(decide, author, deadline))
-            return *outcome;
-    }
-    return {fileFailure(cannotWrite, m_filePath, u"somebody else replaces it all the time"_s)};
+    return patiently([&](const QDeadlineTimer &deadline) {
+        for (int attempt = 0; attempt < mostAttempts; ++attempt) {
+            if (const auto outcome = attemptChange(decide, author, deadline))
+                return *outcome;
+        }
+        return DefaultsOutcome{
+            fileFailure(cannotWrite, m_filePath, u"somebody else replaces it all the time"_s)};
+    });
 }
 
 SqliteUserDefaults::Content SqliteUserDefaults::content(const QDeadlineTimer &deadline) const
@@ -123,7 +149,7 @@ SqliteUserDefaults::Content SqliteUserDefaults::content(const QDeadlineTimer &de
     if (now.state == State::Read) {
         m_values = now.values;
         // What is in a write-ahead log does not show in the database.
-        if (atRest && !QFileInfo::exists(m_filePath + logSuffix))
+        if (atRest && !QFileInfo::exists(realPath() + logSuffix))
             m_stamp = now.database;
     }
     return now;
@@ -179,7 +205,7 @@ SqliteUserDefaults::Content SqliteUserDefaults::jsonContent() const
 // SQLite would open what it finds there, and a pipe would hold it for ever.
 QString SqliteUserDefaults::sidecarFailure() const
 {
-    const QString real = QFileInfo(m_filePath).canonicalFilePath();
+    const QString real = realPath();
     for (const QString &sidecar : sidecars) {
         const FileLook look = lookAtFile(real + sidecar);
         if (!look.failure.isEmpty())
@@ -220,8 +246,8 @@ SqliteUserDefaults::Attempt SqliteUserDefaults::changeDatabase(const Decision &d
             if (!wanted.failure.isEmpty())
                 return DefaultsOutcome{wanted.failure};
             const QVariantMap values = merged(reading.values, changes);
-            reason = isTooLarge(values) ? u"it would become too large"_s
-                                        : database.store(wanted.texts);
+            reason
+                = isTooMuch(values) ? u"it would become too large"_s : database.store(wanted.texts);
             if (reason.isEmpty())
                 m_values = values;
         }
@@ -242,13 +268,15 @@ SqliteUserDefaults::Attempt SqliteUserDefaults::makeDatabase(const QVariantMap &
                                                              const QDeadlineTimer &deadline)
 {
     DefaultsChanges all;
-    for (auto it = values.cbegin(); it != values.cend(); ++it)
-        all.insert(it.key(), it.value());
+    for (auto it = values.cbegin(); it != values.cend(); ++it) {
+        if (it.value().isValid())
+            all.insert(it.key(), it.value());
+    }
     const Written whole = written(all, {});
     if (!whole.failure.isEmpty())
         return DefaultsOutcome{whole.failure};
     const auto image = DefaultsDatabase::image(whole.texts);
-    if (!image || isTooLarge(values))
+    if (!image || isTooMuch(values))
         return DefaultsOutcome{
             fileFailure(cannotWrite, m_filePath, u"it would become too large"_s)};
 
@@ -260,24 +288,30 @@ SqliteUserDefaults::Attempt SqliteUserDefaults::makeDatabase(const QVariantMap &
     if (lookAtFile(m_filePath).stamp != before.database
         || (!before.database && lookAtFile(m_jsonPath).stamp != before.json))
         return std::nullopt;
+    // Also without a database: SQLite would roll the new one back by a journal that was left
+    // behind.
     QList<std::pair<QString, QString>> aside; // paths and their names now
-    const auto clearPlace = [&] {
-        for (const QString &path : databaseFiles()) {
-            const SetAside moved = setFileAside(path, u".damaged"_s);
-            if (!moved.failure.isEmpty())
-                return moved.failure;
-            aside.append({path, moved.name});
-        }
-        return QString();
-    };
-    const QString failure = lock.makeFile(file.fileName(), *image, clearPlace);
-    if (!failure.isEmpty()) {
+    SetAside old;
+    for (const QString &sidecar : sidecars) {
+        const QString path = realPath() + sidecar;
+        if (!old.failure.isEmpty() || !QFileInfo::exists(path))
+            continue;
+        old = setFileAside(path, damagedSuffix);
+        aside.append({path, old.name});
+    }
+    if (old.failure.isEmpty()) {
+        old = before.database ? lock.replaceFile(file.fileName(), *image, damagedSuffix)
+                              : SetAside{m_jsonPath, lock.makeFile(file.fileName(), *image)};
+    }
+    if (!old.failure.isEmpty()) {
         for (const auto &[path, name] : std::as_const(aside))
             putFileBack(name, path);
-        return DefaultsOutcome{failure};
+        return DefaultsOutcome{old.failure};
     }
     m_values = values;
-    if (before.json && before.state == State::Read) {
+    if (before.state == State::Damaged)
+        return DefaultsOutcome{{}, damageNotice(m_filePath, old.name)};
+    if (before.json) {
         // Should this fail, the file counts for nothing all the same.
         setFileAside(m_jsonPath, u".taken-over"_s);
         lock.sync();
@@ -291,17 +325,11 @@ bool SqliteUserDefaults::mayReplace(const Content &damaged) const
     return stamp && std::chrono::nanoseconds(stamp->age()) >= m_options.restoringTime;
 }
 
-// What is there of it. Also without a database: SQLite would roll a new one back by a journal that
-// was left behind.
-QStringList SqliteUserDefaults::databaseFiles() const
+// Of the database, which may be behind a link: SQLite has its other files beside that.
+QString SqliteUserDefaults::realPath() const
 {
     const QString real = QFileInfo(m_filePath).canonicalFilePath();
-    QStringList paths;
-    for (const QString &sidecar : sidecars)
-        paths.append((real.isEmpty() ? m_filePath : real) + sidecar);
-    paths.append(m_filePath);
-    paths.removeIf([](const QString &path) { return !QFileInfo::exists(path); });
-    return paths;
+    return real.isEmpty() ? m_filePath : real;
 }
 
 } // namespace tovel

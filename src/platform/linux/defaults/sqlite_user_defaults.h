@@ -4,6 +4,8 @@
 #include "platform/linux/defaults/defaults_file.h"
 #include "platform/user_defaults.h"
 
+#include <QDeadlineTimer>
+
 #include <chrono>
 #include <optional>
 
@@ -11,7 +13,8 @@ namespace tovel {
 
 struct SqliteUserDefaultsOptions
 {
-    // How long a call waits for other processes.
+    // How long a call waits for other processes. After one in vain, none does for a second, so that
+    // whatever takes several of them waits once.
     std::chrono::milliseconds patience{200};
     // A damaged file that was touched later than this is left alone: it may be on its way back
     // from a backup.
@@ -30,7 +33,8 @@ struct SqliteUserDefaultsOptions
 //
 // A file that cannot be read is left alone, and nothing is stored. So is a damaged one; but when
 // nobody has touched it for the restoring time, a change by the user renames it, with ".damaged" at
-// its end, and starts a new one, with the values as they were last read in this process.
+// its end, and starts a new one, with the values as they were last read in this process. The
+// change's outcome says so.
 class SqliteUserDefaults final : public UserDefaults
 {
 public:
@@ -66,12 +70,14 @@ private:
     Attempt makeDatabase(const QVariantMap &values, const Content &before,
                          const QDeadlineTimer &deadline);
     bool mayReplace(const Content &damaged) const;
-    QStringList databaseFiles() const;
+    QString realPath() const;
+    auto patiently(const auto &work) const;
 
     QString m_filePath;
     QString m_jsonPath;
     SqliteUserDefaultsOptions m_options;
     mutable QVariantMap m_values; // as last read
+    mutable QDeadlineTimer m_impatience; // while that goes on, no call waits
     mutable std::optional<FileStamp> m_stamp; // of the database they are of, once it is at rest
 };
 
