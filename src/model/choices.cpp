@@ -21,11 +21,35 @@ QStringList sorted(const QSet<QString> &texts)
     return list;
 }
 
-DefaultsChanges written(const Choices &choices, const QStringList &keys)
+// The texts among the members: one of another kind takes nothing from the others.
+QSet<QString> flock(const QVariant &value)
+{
+    QSet<QString> identifiers;
+    const QVariantList members = array(value).value_or(QVariantList());
+    for (const QVariant &member : members) {
+        if (const auto identifier = text(member))
+            identifiers.insert(*identifier);
+    }
+    return identifiers;
+}
+
+// Whether there is something in the value, once stored for this key, that choices have not.
+bool holdsMore(const QString &key, const QVariant &value)
+{
+    if (key == ChoiceKeys::selected)
+        return value.isValid() && !texts(value);
+    const bool isDictionary = key == ChoiceKeys::appNames || key == ChoiceKeys::aliases;
+    return isDictionary && value.isValid() && !textDictionary(value);
+}
+
+DefaultsChanges written(const Choices &choices, const QStringList &keys, const QVariantMap &stored)
 {
     DefaultsChanges changes;
-    for (const QString &key : keys)
+    for (const QString &key : keys) {
         changes.insert(key, choices.value(key));
+        if (holdsMore(key, stored[key]))
+            changes.insert(key + ChoiceKeys::unreadable, stored[key]);
+    }
     return changes;
 }
 
@@ -34,10 +58,9 @@ DefaultsChanges written(const Choices &choices, const QStringList &keys)
 Choices Choices::from(const DefaultsReading &reading)
 {
     using Texts = QMap<QString, QString>;
-    const QStringList flock = reading.texts(ChoiceKeys::selected).value_or(QStringList());
     Choices choices;
     choices.hasFlock = reading.object(ChoiceKeys::selected).has_value();
-    choices.selected = QSet<QString>(flock.cbegin(), flock.cend());
+    choices.selected = flock(reading.values[ChoiceKeys::selected]);
     choices.appNames = reading.textDictionary(ChoiceKeys::appNames).value_or(Texts());
     choices.aliases = reading.textDictionary(ChoiceKeys::aliases).value_or(Texts());
     choices.follow = reading.boolean(ChoiceKeys::follow).value_or(choices.follow);
@@ -64,6 +87,13 @@ QVariant Choices::value(const QString &key) const
     return rawValue(iconStyle);
 }
 
+const QString &StoredChoices::problem() const
+{
+    if (!m_readProblem.isEmpty())
+        return m_readProblem;
+    return m_storeProblem.isEmpty() ? m_notice : m_storeProblem;
+}
+
 void StoredChoices::read()
 {
     const DefaultsReading reading = m_defaults.dictionaryRepresentation();
@@ -82,7 +112,7 @@ DefaultsOutcome StoredChoices::change(const QStringList &keys, const QList<Chang
         for (const Change &change : changes)
             change.apply(changed);
         changed.hasFlock = changed.hasFlock || keys.contains(ChoiceKeys::selected);
-        return written(changed, isLost ? ChoiceKeys::all : keys);
+        return written(changed, isLost ? ChoiceKeys::all : keys, stored);
     };
     const DefaultsOutcome outcome = m_defaults.change(decide, DefaultsAuthor::User);
     for (const Change &change : changes) {
@@ -95,8 +125,10 @@ DefaultsOutcome StoredChoices::change(const QStringList &keys, const QList<Chang
         m_storeProblem = ModelTexts::choicesNotStored(outcome.failure);
     else if (m_unstored.isEmpty())
         m_storeProblem.clear();
-    if (outcome.isStored())
+    if (outcome.isStored()) {
         m_readProblem.clear();
+        m_notice = outcome.notice;
+    }
     adopt(outcome.isStored() ? changed : m_stored);
     return outcome;
 }
@@ -115,7 +147,7 @@ void StoredChoices::preselect(const QMap<QString, QString> &apps)
             return DefaultsChanges();
         add(preselected);
         preselected.hasFlock = true;
-        return written(preselected, {ChoiceKeys::selected, ChoiceKeys::appNames});
+        return written(preselected, {ChoiceKeys::selected, ChoiceKeys::appNames}, stored);
     };
     // Not the user's doing: a first run has nothing that is worth replacing a damaged store.
     const DefaultsOutcome outcome = m_defaults.change(decide, DefaultsAuthor::Program);

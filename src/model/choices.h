@@ -21,10 +21,13 @@ inline const QString aliases = QStringLiteral("aliases");
 inline const QString follow = QStringLiteral("follow");
 inline const QString pinned = QStringLiteral("pinned");
 inline const QString iconStyle = QStringLiteral("iconStyle");
+inline const QString unreadable = QStringLiteral(".unreadable"); // see Choices
 inline const QStringList all{selected, appNames, aliases, follow, pinned, iconStyle};
 } // namespace ChoiceKeys
 
-// What the user has chosen. A value that is missing or of another kind counts as the default.
+// What the user has chosen. A value that is missing or of another kind counts as the default, a
+// member of the flock that is no text does not count. A list or a dictionary that was not taken as
+// it was is kept, when it is written over, under the key with ".unreadable" at its end.
 struct Choices
 {
     bool hasFlock = false; // whether anything at all stands for a flock, be it an empty one
@@ -60,11 +63,9 @@ public:
 
     const Choices &current() const { return m_current; }
 
-    // What keeps the choices from being read or stored, for the user; empty when nothing does.
-    const QString &problem() const
-    {
-        return m_readProblem.isEmpty() ? m_storeProblem : m_readProblem;
-    }
+    // What keeps the choices from being read or stored, for the user, or what else became of the
+    // latest change that was stored; empty when there is nothing to tell.
+    const QString &problem() const;
 
     // Takes up what is stored. The choices stay as they are when that cannot be read, or when a
     // flock was stored before and none is any more.
@@ -91,6 +92,7 @@ private:
     Choices m_current;
     QString m_readProblem;
     QString m_storeProblem;
+    QString m_notice;
 };
 
 } // namespace tovel

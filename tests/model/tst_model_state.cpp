@@ -38,6 +38,8 @@ private Q_SLOTS:
         const QVariantMap notNames{{u"A/ten"_s, u"Work"_s}, {u"A/12"_s, 12}};
         QCOMPARE(load(u"unrelated"_s, 1), usual);
         QCOMPARE(load(u"iconStyle"_s, u"Light"_s), usual);
+        QCOMPARE(load(u"selected"_s, QVariantList{u"a"_s, QVariant(), 12, QVariantList{u"b"_s}}),
+                 u"follows loose dark [a] []"_s);
         QCOMPARE(load(u"follow"_s, u"false"_s), usual);
         QCOMPARE(load(u"follow"_s, 0), usual);
         QCOMPARE(load(u"pinned"_s, u"true"_s), usual);
@@ -127,8 +129,9 @@ private Q_SLOTS:
     {
         ModelWorld world;
         TovelModel &model = world.start();
-        world.defaults().put(u"selected"_s,
-                             QStringList{u"org.mail"_s, u"org.notes"_s, u"org.other"_s});
+        const QVariant odd
+            = QVariantList{u"org.mail"_s, QVariant(), u"org.notes"_s, 12, u"org.other"_s};
+        world.defaults().put(u"selected"_s, odd);
         world.defaults().put(u"aliases"_s, QVariantMap{{u"A/ten"_s, u"Work"_s}});
         for (const RunningApp &app : QList<RunningApp>(model.apps())) {
             if (app.id == u"org.mail"_s)
@@ -139,6 +142,8 @@ private Q_SLOTS:
                  (QStringList{u"org.notes"_s, u"org.other"_s}));
         QCOMPARE(world.stored().textDictionary(u"aliases"_s),
                  (QMap<QString, QString>{{u"A/ten"_s, u"Work"_s}, {u"A/eleven"_s, u"Home"_s}}));
+        QCOMPARE(world.stored().object(u"selected.unreadable"_s), odd);
+        QVERIFY(!world.stored().object(u"aliases.unreadable"_s));
         world.defaults().put(u"selected"_s, QStringList());
         model.refresh();
         QVERIFY(model.selected().isEmpty());
@@ -246,6 +251,7 @@ private Q_SLOTS:
         QCOMPARE(select(u"Later"_s, true), with + u"Later issues,message,apps"_s);
         QCOMPARE(select(u"Later"_s, false), without + u"Later issues,message,selected,apps"_s);
         QCOMPARE(select(u"Later"_s, false), without + u"Later issues,message"_s);
+        QVERIFY(!world.stored().object(u"selected.unreadable"_s));
     }
 
     void requestsAccess()

@@ -49,7 +49,7 @@ DefaultsOutcome MemoryUserDefaults::change(const Decision &decide, DefaultsAutho
         put(it.key(), it.value());
         m_writes.append(it.key());
     }
-    return {};
+    return {{}, m_notice};
 }
 
 void MemoryUserDefaults::failWrites(const QString &reason, int after)

@@ -22,6 +22,8 @@ public:
     // Control: after so many more changes nothing can be stored, for the reason given; empty ends
     // it.
     void failWrites(const QString &reason, int after = 0);
+    // Control: what changes that are stored come to besides.
+    void giveNotice(const QString &notice) { m_notice = notice; }
     // Control: what another program stores; nothing removes the key.
     void put(const QString &key, const std::optional<QVariant> &value);
     // Control: keys in the order in which they were stored or removed since the last call.
@@ -33,6 +35,7 @@ private:
     QStringList m_writes;
     QString m_unreadable;
     QString m_unwritable;
+    QString m_notice;
     int m_writesLeft = 0; // before that shows
 };
 
