@@ -261,8 +261,18 @@ private Q_SLOTS:
         QCOMPARE(outcome.complaints,
                  QStringList{u"the choice could not be stored: the disk is full"_s});
         QCOMPARE(world.model->name(world.model->desktops().first()), u"Work"_s);
-        QCOMPARE(run(world, u"rename 1 "_s + QString(1001, u'x')).status, 3);
+        for (const QString &name : {QString(1001, u'x'), u"a\x1b[2J"_s, u"a\nb"_s})
+            QCOMPARE(run(world, u"rename 1 "_s + name).status, 3);
         QCOMPARE(world.model->name(world.model->desktops().first()), u"Work"_s);
+
+        world.defaults().failWrites({});
+        for (const QString &notice : {u"set aside"_s, QString()}) {
+            world.defaults().giveNotice(notice);
+            const Outcome stored = run(world, u"rename 1 Work"_s);
+            QCOMPARE(stored.status, 0);
+            QCOMPARE(stored.complaints.join(u'|'), notice);
+            QCOMPARE(world.model->choicesProblem(), notice);
+        }
     }
 };
 

@@ -6,6 +6,8 @@
 
 #include <QPointer>
 
+#include <algorithm>
+
 namespace tovel {
 
 using namespace Qt::StringLiterals;
@@ -24,8 +26,12 @@ Answer done(const Content &content)
 template <typename Content>
 Answer concludedChange(const Content &content, const DefaultsOutcome &outcome)
 {
-    if (outcome.isStored())
-        return done(content);
+    if (outcome.isStored()) {
+        Answer answer = done(content);
+        if (!outcome.notice.isEmpty())
+            answer.problems.append(outcome.notice);
+        return answer;
+    }
     return {AnswerStatus::Incomplete,
             {u"the choice could not be stored: "_s + outcome.failure},
             content};
@@ -53,6 +59,9 @@ Answer renameDesktop(TovelModel &model, const RenameRequest &request)
         return refusal(RefusalCause::NameTooLong,
                        u"a name has at most %1 characters"_s.arg(longestName));
     }
+    const auto isControl = [](QChar c) { return c.category() == QChar::Other_Control; };
+    if (std::ranges::any_of(request.name, isControl))
+        return refusal(RefusalCause::Other, u"a name has no control characters"_s);
     const DefaultsOutcome outcome = model.rename(*found.record, request.name);
     return concludedChange(RenameContent{desktopInfo(model, *found.record)}, outcome);
 }

@@ -238,6 +238,8 @@ void AppDelegate::editShortcut()
     if (!outcome.isStored())
         tellShortcutFailure(u"The shortcut works until Tovel ends, but could not be stored: "_s
                             + outcome.failure);
+    else if (!outcome.notice.isEmpty())
+        m_model->setIssues({outcome.notice});
     if (!m_hotKey.isRegistered() && !m_hotKey.registerShortcut(m_shortcuts.shortcut()))
         tellShortcutFailure(u"Shortcut unavailable. Choose another shortcut in Settings."_s);
     showShortcut();
