@@ -10,7 +10,7 @@ void openMissingStreams()
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         // The lowest free descriptor is the missing one, for those below it are open by now.
         if (fcntl(stream, F_GETFD) == -1)
-            open("/dev/null", O_RDWR);
+            open("/dev/null", stream == STDOUT_FILENO ? O_RDONLY : O_RDWR);
     }
 }
 

@@ -1,3 +1,4 @@
+#include "app/console.h"
 #include "app/interrupt.h"
 
 #include <QCoreApplication>
@@ -5,6 +6,7 @@
 
 #include <csignal>
 
+#include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -85,6 +87,18 @@ private Q_SLOTS:
         QCOMPARE(endOf(inLoop), SIGTERM);
         QCOMPARE(endOf(onWayOut), SIGTERM);
         QCOMPARE(endOf(slow), 0);
+    }
+
+    void whatIsMissingIsNotWrittenTo()
+    {
+        const pid_t process = fork();
+        if (process == 0) {
+            close(STDOUT_FILENO);
+            openMissingStreams();
+            _exit(writeText(stdout, QStringLiteral("text"))
+                  || open("/dev/null", O_RDONLY) <= STDERR_FILENO);
+        }
+        QCOMPARE(endOf(process), 0);
     }
 };
 
