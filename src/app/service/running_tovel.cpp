@@ -37,8 +37,10 @@ RunningTovel findRunningTovel(const QDBusConnection &bus)
         return RunningTovel::Silent;
     if (reply.type() != QDBusMessage::ReplyMessage)
         return RunningTovel::None;
-    const QString display = reply.arguments().value(0).value<QDBusVariant>().variant().toString();
-    return isSameDisplay(ownDisplay(), display) ? RunningTovel::Answers : RunningTovel::None;
+    const QVariant display = reply.arguments().value(0).value<QDBusVariant>().variant();
+    const bool isOurs
+        = display.typeId() == QMetaType::QString && isSameDisplay(ownDisplay(), display.toString());
+    return isOurs ? RunningTovel::Answers : RunningTovel::None;
 }
 
 } // namespace tovel

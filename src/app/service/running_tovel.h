@@ -7,7 +7,7 @@ namespace tovel {
 
 // The Tovel that runs on the session bus, as others find it.
 enum class RunningTovel {
-    None, // none, or one of another display, which is none for this one
+    None, // none, one of another display, which is none for this one, or something else
     Answers,
     Silent, // does not answer
 };

@@ -4,9 +4,11 @@
 #include "app/service/bus_names.h"
 #include "app/service/running_tovel.h"
 
-#include <QCoroDBusPendingCall>
+#include <QCoroSignal>
 #include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
 
+#include <chrono>
 #include <limits>
 #include <utility>
 
@@ -16,8 +18,9 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int patience = 10000; // milliseconds
-constexpr int unlimited = std::numeric_limits<int>::max(); // a move may take its time
+constexpr std::chrono::seconds patience{10};
+constexpr std::chrono::seconds patienceForMove{60}; // for the next that is heard of it
+constexpr int unlimited = std::numeric_limits<int>::max(); // the limits are those above
 
 QDBusMessage methodCall(const QString &method, const QVariantList &arguments = {})
 {
@@ -63,11 +66,22 @@ QCoro::Task<Answer> RunningApplication::carryOut(Request request)
     const bool moves = std::holds_alternative<MoveRequest>(request);
     const QDBusMessage message
         = std::visit([](const auto &asked) { return callFor(asked); }, request);
-    const QDBusPendingCall call = m_bus.asyncCall(message, moves ? unlimited : patience);
-    const QDBusMessage reply = co_await call;
+    QDBusPendingCallWatcher watcher(m_bus.asyncCall(message, unlimited));
+    do {
+        m_isHeardOf = false;
+        co_await qCoro(&watcher, &QDBusPendingCallWatcher::finished,
+                       moves ? patienceForMove : patience);
+    } while (!watcher.isFinished() && m_isHeardOf);
+    if (!watcher.isFinished())
+        co_return refusal(RefusalCause::NoAnswer, u"the running Tovel gave no answer"_s);
+    const QDBusMessage reply = watcher.reply();
     if (reply.type() != QDBusMessage::ReplyMessage) {
-        if (reply.errorName() == "org.freedesktop.DBus.Error.NoReply"_L1)
-            co_return refusal(RefusalCause::NoAnswer, u"the running Tovel gave no answer"_s);
+        // The bus says so when whoever was asked has gone.
+        if (reply.errorName() == "org.freedesktop.DBus.Error.NoReply"_L1) {
+            co_return refusal(RefusalCause::NoAnswer,
+                              moves ? u"Tovel ended in the middle of the move"_s
+                                    : u"Tovel ended before it had answered"_s);
+        }
         co_return refusal(reply.errorName() == BusNames::BusyError ? RefusalCause::Busy
                                                                    : RefusalCause::Other,
                           reply.errorMessage());

@@ -20,18 +20,23 @@ public:
     // Progress of moves goes to the function.
     RunningApplication(const QDBusConnection &bus, std::function<void(QString)> progress);
 
-    // The answer to the request; a refusal when the program cannot carry it out, ends meanwhile, or
-    // answers something else.
+    // The answer to the request; a refusal when the program cannot carry it out, ends meanwhile,
+    // answers something else, or nothing is heard of it for ten seconds, of a move for a minute.
     QCoro::Task<Answer> carryOut(Request request);
 
     void stopMove();
 
 private Q_SLOTS:
-    void tell(const QString &message) { m_progress(message); }
+    void tell(const QString &message)
+    {
+        m_isHeardOf = true;
+        m_progress(message);
+    }
 
 private:
     QDBusConnection m_bus;
     std::function<void(QString)> m_progress;
+    bool m_isHeardOf = false; // since it was last looked
 };
 
 } // namespace tovel
