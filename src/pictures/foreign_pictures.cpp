@@ -22,8 +22,9 @@ QImage imageFrom(const PictureAnswer &answer)
 
 } // namespace
 
-ForeignPictures::ForeignPictures(const QString &program, QObject *parent)
+ForeignPictures::ForeignPictures(const QString &program, QObject *parent, const PictureTimes &times)
     : QObject(parent)
+    , m_times(times)
     , m_process(this)
     , m_timer(this)
 {
@@ -65,11 +66,11 @@ void ForeignPictures::proceed()
         if (!m_errands.empty())
             start();
     } else if (m_isGreeted && m_errands.empty()) {
-        m_timer.start(idleTime);
+        m_timer.start(m_times.idle);
     } else if (m_isGreeted) {
         m_isAsked = true;
         m_process.write(m_errands.front().request);
-        m_timer.start(patience);
+        m_timer.start(m_times.patience);
     }
 }
 
@@ -83,7 +84,7 @@ void ForeignPictures::start()
     }
     m_received.clear();
     m_isStarted = true;
-    m_timer.start(startPatience);
+    m_timer.start(m_times.startPatience);
     m_process.start();
 }
 
@@ -116,7 +117,7 @@ void ForeignPictures::becomeImpatient()
     if (m_isGreeted && !m_isAsked && !m_isEnding) {
         m_isEnding = true;
         m_process.closeWriteChannel();
-        m_timer.start(patience);
+        m_timer.start(m_times.patience);
     } else {
         m_process.kill();
     }
@@ -127,7 +128,7 @@ void ForeignPictures::noteEnd()
     m_timer.stop();
     m_isEnding = false;
     if (!m_isGreeted)
-        m_pause.setRemainingTime(pause);
+        m_pause.setRemainingTime(m_times.pause);
     if (std::exchange(m_isAsked, false)) {
         if (m_errands.front().isSecondChance) {
             finishFirst(QImage());

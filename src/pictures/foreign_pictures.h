@@ -15,6 +15,17 @@
 
 namespace tovel {
 
+struct PictureTimes
+{
+    // For one picture, and for the program to start. A picture that is late has a second chance
+    // after all others, because the machine may have been busy.
+    std::chrono::milliseconds patience = std::chrono::seconds(2);
+    std::chrono::milliseconds startPatience = std::chrono::seconds(10);
+    std::chrono::milliseconds idle = std::chrono::seconds(5);
+    // After a program that could not be started, or ended before it was any good.
+    std::chrono::milliseconds pause = std::chrono::seconds(60);
+};
+
 // Pictures that other programs made, decoded by a program that is started when the first is asked
 // for and ended some time after the last. A picture that hangs it, kills it or takes it too long
 // costs that process and nothing else. Nothing here blocks.
@@ -25,15 +36,8 @@ public:
     // different in a minute.
     using Handler = std::function<void(std::optional<QImage>)>;
 
-    // For one picture, and for the program to start. A picture that is late has a second chance
-    // after all others, because the machine may have been busy.
-    static constexpr std::chrono::seconds patience{2};
-    static constexpr std::chrono::seconds startPatience{10};
-    static constexpr std::chrono::seconds idleTime{5};
-    // After a program that could not be started, or ended before it was any good.
-    static constexpr std::chrono::seconds pause{60};
-
-    explicit ForeignPictures(const QString &program, QObject *parent = nullptr);
+    explicit ForeignPictures(const QString &program, QObject *parent = nullptr,
+                             const PictureTimes &times = {});
     // Ends the program, without calling any handler.
     ~ForeignPictures() override;
 
@@ -55,6 +59,7 @@ private:
     void noteEnd();
     void finishFirst(const std::optional<QImage> &picture);
 
+    const PictureTimes m_times;
     std::deque<Errand> m_errands; // the first one may be with the program
     QProcess m_process;
     QTimer m_timer; // for whatever is waited for
