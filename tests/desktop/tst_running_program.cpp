@@ -12,6 +12,7 @@
 #include <QTest>
 
 #include <csignal>
+#include <cstring>
 
 using namespace tovel;
 using namespace Qt::StringLiterals;
@@ -201,9 +202,8 @@ private Q_SLOTS:
     void anySignalEndsItInMidMove_data()
     {
         QTest::addColumn<int>("number");
-        QTest::newRow("log-out") << SIGHUP;
-        QTest::newRow("interrupt") << SIGINT;
-        QTest::newRow("termination") << SIGTERM;
+        for (const int number : {SIGHUP, SIGINT, SIGTERM})
+            QTest::newRow(strsignal(number)) << number;
     }
 
     void anySignalEndsItInMidMove()

@@ -14,6 +14,7 @@ class TestSelfTestModes : public QObject
 private:
     PrivateSession m_session{managerFromEnvironment(), {.bus = true}};
     PrivateSession m_narrow{managerFromEnvironment(), {.desktops = 1}};
+    QProcessEnvironment m_nowhere;
 
 private Q_SLOTS:
     void initTestCase()
@@ -23,53 +24,46 @@ private Q_SLOTS:
         m_session.start(QStringLiteral(TOVEL), {});
         QVERIFY(windowTitled(m_session, u"Tovel"_s) != 0);
         QVERIFY(m_narrow.isReady());
-    }
-
-    void modesEndWithTheirVerdict_data()
-    {
-        QTest::addColumn<int>("statusOfOneDesktop");
-        QTest::addColumn<int>("statusWithoutDisplay");
-        QTest::newRow("--self-test") << 0 << 0;
-        QTest::newRow("--diagnose") << 0 << 1;
-        QTest::newRow("--switch-test") << 2 << 2;
-        QTest::newRow("--cross-process-test") << 2 << 1;
-        QTest::newRow("--integration-test") << 2 << 2;
-        QTest::newRow("--integration-test --minimized") << 2 << 2;
+        m_nowhere.insert(u"DISPLAY"_s, QString());
     }
 
     void modesEndWithTheirVerdict()
     {
-        QFETCH(const int, statusOfOneDesktop);
-        QFETCH(const int, statusWithoutDisplay);
-        const auto mode = QString::fromLatin1(QTest::currentDataTag());
-        const QString tovel = QStringLiteral(TOVEL);
-        const QStringList arguments = mode.split(u' ');
+        const struct
+        {
+            QString mode;
+            int statusOfOneDesktop;
+            int statusWithoutDisplay;
+        } rows[] = {{u"--self-test"_s, 0, 0},        {u"--diagnose"_s, 0, 1},
+                    {u"--switch-test"_s, 2, 2},      {u"--cross-process-test"_s, 2, 1},
+                    {u"--integration-test"_s, 2, 2}, {u"--integration-test --minimized"_s, 2, 2}};
+        for (const auto &[mode, statusOfOneDesktop, statusWithoutDisplay] : rows) {
+            const QString tovel = QStringLiteral(TOVEL);
+            const QStringList arguments = mode.split(u' ');
+            const Outcome outcome = m_session.run(tovel, arguments);
+            QVERIFY2(outcome.status == 0, qPrintable(mode + outcome.out + outcome.err));
+            QVERIFY2(!outcome.out.contains(u"false"), qPrintable(mode + outcome.out));
+            QVERIFY(!outcome.out.isEmpty());
+            QCOMPARE(outcome.err, QString());
 
-        const Outcome outcome = m_session.run(tovel, arguments);
-        QVERIFY2(outcome.status == 0, qPrintable(outcome.out + outcome.err));
-        QVERIFY2(!outcome.out.contains(u"false"), qPrintable(outcome.out));
-        QVERIFY(!outcome.out.isEmpty());
-        QCOMPARE(outcome.err, QString());
+            const Outcome narrow = m_narrow.run(tovel, arguments);
+            QVERIFY2(narrow.status == statusOfOneDesktop, qPrintable(mode + narrow.err));
+            QCOMPARE(narrow.err.contains(u"SKIP: need two regular desktops on one display"),
+                     mode.startsWith(u"--integration-test"));
 
-        const Outcome narrow = m_narrow.run(tovel, arguments);
-        QVERIFY2(narrow.status == statusOfOneDesktop, qPrintable(narrow.out + narrow.err));
-        QCOMPARE(narrow.err.contains(u"SKIP: need two regular desktops on one display"),
-                 mode.startsWith(u"--integration-test"));
-
-        QProcessEnvironment nowhere;
-        nowhere.insert(u"DISPLAY"_s, QString());
-        const Outcome blind = m_session.run(tovel, arguments, nowhere);
-        QVERIFY2(blind.status == statusWithoutDisplay, qPrintable(blind.out + blind.err));
-        QCOMPARE(blind.out.contains(u"missing"), mode == u"--diagnose");
+            const Outcome blind = m_session.run(tovel, arguments, m_nowhere);
+            QVERIFY2(blind.status == statusWithoutDisplay, qPrintable(mode + blind.err));
+            QCOMPARE(blind.out.contains(u"missing"), mode == u"--diagnose");
+        }
     }
 
     void thePanelNeedsADisplay()
     {
-        QProcessEnvironment nowhere;
-        nowhere.insert(u"DISPLAY"_s, QString());
-        const Outcome outcome = m_session.run(QStringLiteral(TOVEL), {}, nowhere);
+        const Outcome outcome = m_session.run(QStringLiteral(TOVEL), {}, m_nowhere);
         QCOMPARE(outcome.status, 3);
-        QCOMPARE(outcome.err, u"tovel: there is no display to show the panel on\n"_s);
+        // After what the toolkit says.
+        QVERIFY2(outcome.err.endsWith(u"tovel: there is no display to show the panel on\n"_s),
+                 qPrintable(outcome.err));
     }
 };
 

@@ -59,21 +59,6 @@ void TestClient::close(std::uint32_t window)
     synchronize();
 }
 
-void TestClient::flicker(int count)
-{
-    QList<std::uint32_t> windows;
-    for (int i = 0; i < count; ++i) {
-        windows.append(xcb_generate_id(m_connection));
-        xcb_create_window(m_connection, XCB_COPY_FROM_PARENT, windows.last(), m_root, 0, 0, 9, 9, 0,
-                          XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
-    }
-    setProperty(m_root, "_NET_CLIENT_LIST", "WINDOW", 32, words(windows));
-    synchronize();
-    for (const std::uint32_t window : std::as_const(windows))
-        xcb_destroy_window(m_connection, window);
-    xcb_flush(m_connection);
-}
-
 bool TestClient::isManaged(std::uint32_t window) const
 {
     return numbers(m_root, "_NET_CLIENT_LIST").contains(window);

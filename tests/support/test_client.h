@@ -44,9 +44,6 @@ public:
     std::uint32_t open(const ClientWindow &window);
     void close(std::uint32_t window);
 
-    // Lets the root window list windows as clients that no manager knows, and destroys them.
-    void flicker(int count);
-
     // Whether the manager has taken it on.
     bool isManaged(std::uint32_t window) const;
 
