@@ -15,6 +15,7 @@ namespace tovel {
 
 using namespace Qt::StringLiterals;
 
+constexpr std::uint32_t Tag = 0x746F766C;
 constexpr std::uint32_t HotKeyModifiers = 0x1900; // control, option, command
 
 // A world, and short questions to its platform.
@@ -22,6 +23,30 @@ class ContractBench
 {
 protected:
     using Numbers = QList<quint64>;
+
+    bool eventually(const std::function<bool()> &condition)
+    {
+        return m_world->eventually(condition);
+    }
+    // Somebody shows a desktop of the first display.
+    bool show(int desktop)
+    {
+        m_world->showDesktop(desktop);
+        return eventually([&] { return shown() == m_row[desktop]; });
+    }
+    // Somebody closes the window.
+    bool goes(std::uint32_t window)
+    {
+        close(window);
+        return eventually([&] { return spacesOf(window).isEmpty(); });
+    }
+    // Marks the space, sends the window there, and clears the mark.
+    bool sends(std::uint32_t window, quint64 space)
+    {
+        return m_entries.compat(m_connection, space, Tag) == 0
+            && m_entries.workspace(m_connection, &window, 1, Tag) == 0
+            && m_entries.compat(m_connection, space, 0) == 0 && arrives(window, space);
+    }
 
     static Numbers numbers(const std::optional<QVariantList> &reply)
     {
@@ -67,11 +92,11 @@ protected:
     }
     bool arrives(std::uint32_t window, quint64 space)
     {
-        return m_world->eventually([&] { return spacesOf(window) == Numbers{space}; });
+        return eventually([&] { return spacesOf(window) == Numbers{space}; });
     }
     bool becomes(std::uint32_t window, const QString &name)
     {
-        return m_world->eventually([&] { return attribute(window, name) == QVariant(true); });
+        return eventually([&] { return attribute(window, name) == QVariant(true); });
     }
 
     QVariantMap information(std::uint32_t window)
@@ -86,7 +111,7 @@ protected:
     {
         const std::uint32_t number = m_world->open(window);
         m_open.append(number);
-        const bool isThere = m_world->eventually([&] {
+        const bool isThere = eventually([&] {
             return spacesOf(number) == Numbers{m_row.value(window.desktop)} && element(number);
         });
         if (!isThere)
