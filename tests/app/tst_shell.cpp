@@ -94,6 +94,12 @@ public:
     FakeUpdaterState updater;
     AppDelegate delegate;
 
+    // Until the panel has the keyboard.
+    bool launch()
+    {
+        delegate.applicationDidFinishLaunching();
+        return QTest::qWaitForWindowActive(&delegate.panel());
+    }
     QMenu *openMenu()
     {
         QTest::keyClick(&delegate.panel(), Qt::Key_F10);
@@ -143,8 +149,7 @@ private Q_SLOTS:
     {
         Program program;
         AppDelegate &delegate = program.delegate;
-        delegate.applicationDidFinishLaunching();
-        QVERIFY(QTest::qWaitForWindowActive(&delegate.panel()));
+        QVERIFY(program.launch());
         QMenu *menu = program.openMenu();
         QVERIFY(menu);
         QCOMPARE(lines(*menu),
@@ -200,8 +205,7 @@ private Q_SLOTS:
             if (!hasKey)
                 program.world.desktop.takeHotKey(17, 6400);
             delegate.setReachableByStarting(reachableByStarting);
-            delegate.applicationDidFinishLaunching();
-            QVERIFY(QTest::qWaitForWindowActive(&delegate.panel()));
+            QVERIFY(program.launch());
             QCOMPARE(quits([&] { delegate.panel().close(); }), text.isEmpty());
             QCOMPARE(program.told(), !text.isEmpty());
             QCOMPARE(visible<HiddenPanelNote>().size(), text.isEmpty() ? 0 : 1);
@@ -219,8 +223,7 @@ private Q_SLOTS:
     void tellsNothingAgainNorOnTheWayOut()
     {
         Program program;
-        program.delegate.applicationDidFinishLaunching();
-        QVERIFY(QTest::qWaitForWindowActive(&program.delegate.panel()));
+        QVERIFY(program.launch());
         QVERIFY(
             quits([&] { QTest::keyClick(program.openMenu(), Qt::Key_Q, Qt::ControlModifier); }));
         QVERIFY(!program.told() && visible<HiddenPanelNote>().isEmpty());
@@ -344,8 +347,7 @@ private Q_SLOTS:
     void aHeldKeyActsOnce()
     {
         Program program;
-        program.delegate.applicationDidFinishLaunching();
-        QVERIFY(QTest::qWaitForWindowActive(&program.delegate.panel()));
+        QVERIFY(program.launch());
         const auto send = [](QWidget *to, Qt::Key key, bool repeated, quint64 time = 0,
                              QEvent::Type type = QEvent::KeyPress) {
             QKeyEvent event(type, key, Qt::NoModifier, 36, 0, 0, u" "_s, repeated);

@@ -112,8 +112,6 @@ private Q_SLOTS:
         };
         QCOMPARE(meanwhile([](auto &w) { w.facts().trusted = false; }),
                  u"1 The windows could not be looked at afterwards."_s);
-        QCOMPARE(meanwhile([](auto &w) { w.desktop.removeWindow(102); }),
-                 u"0 Mail: desktop changed; skipped."_s);
         QCOMPARE(meanwhile([](auto &w) {
                      w.desktop.after(0.1, [&w] { w.window(101).spaces = {10}; });
                      w.window(102).moveDelay = 0.3;
@@ -196,13 +194,9 @@ private Q_SLOTS:
         QCOMPARE(run(world, u"move 7 --json"_s).json()[u"cause"_s], u"notFound"_s);
 
         world.window(101).move = SimMove::Arrives;
-        world.desktop.onMoveRequested([&](std::uint32_t number, std::uint64_t) {
-            if (number == 102)
-                world.window(101).spaces = {11};
-        });
+        world.desktop.onMoveRequested([&](auto...) { world.window(101).spaces = {11}; });
         const QJsonObject putBack = run(world, u"move 1 --json"_s).json();
         QCOMPARE(putBack[u"windows"_s][0][u"outcome"_s], u"putBack"_s);
-        QCOMPARE(putBack[u"status"_s], 1);
     }
 
     void answerOfAnotherProgramIsReadStrictly()
@@ -232,23 +226,23 @@ private Q_SLOTS:
         QVERIFY(answerFromJson(StatusRequest(), status)
                 == (Answer{AnswerStatus::Done, {}, filled}));
 
-        const auto isRefused = [&](const QByteArray &text, const char *before, const char *after) {
-            QByteArray changed = text;
-            return changed.replace(before, after) != text && !answerFromJson(request, changed);
-        };
         QVERIFY(!answerFromJson(AppsRequest(), move));
         QVERIFY(!answerFromJson(request, move.chopped(1)));
-        QVERIFY(isRefused(move, "true", "1"));
-        QVERIFY(isRefused(move, "\"s\"", "null"));
-        QVERIFY(isRefused(move, ":2", ":2.5"));
-        QVERIFY(isRefused(move, ":2", ":-2"));
-        QVERIFY(isRefused(move, ":2", ":4294967296"));
-        QVERIFY(isRefused(move, "[\"i\"]", "[0]"));
-        QVERIFY(isRefused(move, "\"schema\":1", "\"schema\":2"));
-        QVERIFY(isRefused(move, "\"status\":1", "\"status\":2"));
-        QVERIFY(isRefused(move, "\"untried\"", "\"windows\":0,\"untried\""));
-        QVERIFY(isRefused(error, ":3", ":0"));
-        QVERIFY(isRefused(error, "\"schema\"", "\"cause\":\"mood\",\"schema\""));
+        for (const auto &[text, before, after] :
+             {std::tuple(move, "true", "1"),
+              {move, "\"s\"", "null"},
+              {move, ":2", ":2.5"},
+              {move, ":2", ":-2"},
+              {move, ":2", ":4294967296"},
+              {move, "[\"i\"]", "[0]"},
+              {move, "\"schema\":1", "\"schema\":2"},
+              {move, "\"status\":1", "\"status\":2"},
+              {move, "\"untried\"", "\"windows\":0,\"untried\""},
+              {error, ":3", ":0"},
+              {error, "\"schema\"", "\"cause\":\"mood\",\"schema\""}}) {
+            const QByteArray changed = QByteArray(text).replace(before, after);
+            QVERIFY2(changed != text && !answerFromJson(request, changed), after);
+        }
     }
 
     void choiceThatDoesNotLastIsReported()
