@@ -36,6 +36,10 @@ public:
 
     virtual Platform &platform() = 0;
     virtual int displayCount() const { return 1; }
+    // Whether another window may get the number of one that is gone, and whether anybody is told
+    // where the cursor is.
+    virtual bool usesNumbersAgain() const { return true; }
+    virtual bool tellsCursor() const { return true; }
     // Of the first display.
     virtual QRectF bounds() const { return QRectF(0, 0, 1280, 800); }
 
@@ -70,5 +74,8 @@ std::unique_ptr<ContractWorld> makeSimulatedWorld(int displays);
 
 // On the manager that managerFromEnvironment() names; null when it does not start.
 std::unique_ptr<ContractWorld> makeX11World();
+
+// On a private KWin; null when it does not start.
+std::unique_ptr<ContractWorld> makeKWinWorld();
 
 } // namespace tovel

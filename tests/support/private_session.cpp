@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFile>
 #include <QRegularExpression>
+#include <QStandardPaths>
 #include <QTest>
 
 #include <csignal>
@@ -16,6 +17,8 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int Deadline = 30000; // for a program to start or to end
+
+const QString Socket = u"wayland-test"_s;
 
 std::unique_ptr<QProcess> makeProcess(const QProcessEnvironment &environment)
 {
@@ -60,6 +63,8 @@ Manager managerFromEnvironment()
     const QByteArray name = qgetenv("TOVEL_TEST_MANAGER");
     if (name == "icewm")
         return Manager::Icewm;
+    if (name == "kwin")
+        return Manager::KWin;
     if (name == "i3")
         return Manager::I3;
     return name == "xfwm4" ? Manager::Xfwm4 : Manager::Openbox;
@@ -85,6 +90,11 @@ PrivateSession::PrivateSession(Manager manager, const SessionOptions &options)
                           QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     writeConfiguration(options);
 
+    if (manager == Manager::KWin) {
+        startBus();
+        startManager();
+        return;
+    }
     m_processes.push_back(makeProcess(m_environment));
     m_server = m_processes.back().get();
     m_server->setStandardErrorFile(QProcess::nullDevice());
@@ -146,6 +156,10 @@ void PrivateSession::writeConfiguration(const SessionOptions &options) const
         names.append(u"\"%1\""_s.arg(i));
     write(u"home/.icewm/preferences"_s,
           u"WorkspaceNames=%1\nTaskBarEnableSystemTray=0\n"_s.arg(names.join(u',')));
+    QString desktops = u"[Desktops]\nNumber=%1\nRows=1\n"_s.arg(options.desktops);
+    for (int i = 1; i <= options.desktops; ++i)
+        desktops += u"Id_%1=00000000-0000-4000-8000-00000000000%1\n"_s.arg(i);
+    write(u"config/kwinrc"_s, desktops);
     write(u"config/i3/config"_s, u"font pango:monospace 8\n"_s);
     const QString action = options.activateAction.isEmpty()
         ? QString()
@@ -176,6 +190,8 @@ void PrivateSession::adopt() const
 
 bool PrivateSession::isReady()
 {
+    if (m_manager == Manager::KWin)
+        return isKWinReady();
     if (m_display.isEmpty()) {
         qWarning("the X server does not start: %s", qPrintable(m_server->errorString()));
         return false;
@@ -239,7 +255,9 @@ Outcome PrivateSession::run(const QString &program, const QStringList &arguments
 
 void PrivateSession::startManager()
 {
-    if (m_manager == Manager::Openbox)
+    if (m_manager == Manager::KWin)
+        startKWin();
+    else if (m_manager == Manager::Openbox)
         m_managerProcess = &start(u"openbox"_s, {u"--sm-disable"_s});
     else if (m_manager == Manager::Icewm)
         m_managerProcess = &start(u"icewm"_s, {});
@@ -247,6 +265,42 @@ void PrivateSession::startManager()
         m_managerProcess = &start(u"xfwm4"_s, {u"--compositor=off"_s});
     else
         m_managerProcess = &start(u"i3"_s, {u"-c"_s, m_folder.filePath(u"config/i3/config"_s)});
+}
+
+// A copy, because the program's file has a capability that cannot be had everywhere.
+void PrivateSession::startKWin()
+{
+    const QString copy = m_folder.filePath(u"kwin_wayland"_s);
+    QFile::copy(QStandardPaths::findExecutable(u"kwin_wayland"_s), copy);
+    m_environment.insert(u"LIBGL_ALWAYS_SOFTWARE"_s, u"1"_s);
+    m_environment.insert(u"KWIN_WAYLAND_NO_PERMISSION_CHECKS"_s, u"1"_s);
+    for (const auto &variable : {u"WAYLAND_DISPLAY"_s, u"QT_QPA_PLATFORM"_s})
+        m_environment.remove(variable);
+    m_managerProcess = &start(copy,
+                              {u"--virtual"_s, u"--width"_s, u"1280"_s, u"--height"_s, u"800"_s,
+                               u"--no-lockscreen"_s, u"--socket"_s, Socket});
+    m_server = m_managerProcess;
+    m_environment.insert(u"WAYLAND_DISPLAY"_s, Socket);
+    m_environment.insert(u"GDK_BACKEND"_s, u"wayland"_s);
+    m_environment.insert(u"QT_QPA_PLATFORM"_s, u"wayland"_s);
+}
+
+bool PrivateSession::isKWinReady()
+{
+    const bool isReady = eventually(
+        [this] {
+            return run(u"gdbus"_s,
+                       {u"call"_s, u"--session"_s, u"--dest"_s, u"org.kde.KWin"_s,
+                        u"--object-path"_s, u"/VirtualDesktopManager"_s, u"--method"_s,
+                        u"org.freedesktop.DBus.Properties.Get"_s,
+                        u"org.kde.KWin.VirtualDesktopManager"_s, u"count"_s})
+                       .out.trimmed()
+                == u"(<uint32 %1>,)"_s.arg(m_desktops);
+        },
+        Deadline);
+    if (!isReady)
+        qWarning("KWin %s", isManagerRunning() ? "is not ready" : "has ended");
+    return isReady;
 }
 
 bool PrivateSession::isManagerRunning()

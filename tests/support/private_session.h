@@ -13,9 +13,10 @@
 
 namespace tovel {
 
-enum class Manager { Openbox, Icewm, Xfwm4, I3 };
+enum class Manager { Openbox, Icewm, Xfwm4, I3, KWin };
 
-// The manager that the environment variable TOVEL_TEST_MANAGER names: openbox, icewm, xfwm4 or i3.
+// The manager that the environment variable TOVEL_TEST_MANAGER names: openbox, icewm, xfwm4, i3
+// or kwin.
 Manager managerFromEnvironment();
 
 struct SessionOptions
@@ -39,8 +40,9 @@ struct Outcome
     QString err{};
 };
 
-// An X server with a window manager, in folders of their own. Every process that was started here
-// has ended when this object goes, or when the test's process is killed. Starting fails the test by
+// An X server with a window manager, in folders of their own; or KWin as a Wayland session with a
+// bus and without an X server, which permits everything. Every process that was started here has
+// ended when this object goes, or when the test's process is killed. Starting fails the test by
 // isReady().
 class PrivateSession final
 {
@@ -77,6 +79,9 @@ public:
     Outcome run(const QString &program, const QStringList &arguments,
                 const QProcessEnvironment &changes) const;
 
+    // A file in the session's folder.
+    void write(const QString &path, const QString &text) const;
+
     void startManager();
     bool isManagerRunning();
     // At once, without a chance to clean up.
@@ -87,8 +92,9 @@ public:
 
 private:
     void startBus();
+    void startKWin();
+    bool isKWinReady();
     void writeConfiguration(const SessionOptions &options) const;
-    void write(const QString &path, const QString &text) const;
 
     QTemporaryDir m_folder;
     QProcessEnvironment m_environment;

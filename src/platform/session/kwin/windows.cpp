@@ -211,6 +211,11 @@ const Window *Windows::find(std::uint32_t id) const
 std::vector<std::uint32_t> Windows::stackingOrder() const
 {
     std::vector<std::uint32_t> order;
+    // Of a window that has just come, the order does not tell yet.
+    for (auto entry = m_entries.rbegin(); entry != m_entries.rend(); ++entry) {
+        if ((*entry)->isKnown && std::ranges::count(m_stacking, (*entry)->counter) == 0)
+            order.push_back((*entry)->window.id);
+    }
     for (auto counter = m_stacking.rbegin(); counter != m_stacking.rend(); ++counter) {
         const auto found = std::ranges::find(m_entries, *counter,
                                              [](const auto &entry) { return entry->counter; });

@@ -1,0 +1,194 @@
+#include "support/kwin_user.h"
+
+#include <QList>
+
+#include <fake-input-client.h>
+#include <plasma-virtual-desktop-client.h>
+#include <plasma-window-management-client.h>
+#include <wayland-client.h>
+
+#include <map>
+
+namespace tovel {
+
+namespace {
+
+// Later ones tell the stacking order in a message that many windows do not fit in.
+constexpr std::uint32_t ManagementVersion = 11;
+
+void ignore(void *, org_kde_plasma_virtual_desktop_management *) { }
+
+} // namespace
+
+struct KWinUser::Connection
+{
+    wl_display *display = nullptr;
+    org_kde_plasma_window_management *management = nullptr;
+    org_kde_plasma_virtual_desktop_management *manager = nullptr;
+    org_kde_kwin_fake_input *keyboard = nullptr;
+    QList<QByteArray> desktops;
+    QList<std::uint32_t> windows;
+    std::map<std::uint32_t, org_kde_plasma_window *> proxies;
+
+    void appear(wl_registry *registry, std::uint32_t name, const QByteArray &interface)
+    {
+        const auto bind = [&](auto *&proxy, const wl_interface &wanted, std::uint32_t version) {
+            if (interface == wanted.name) {
+                proxy = static_cast<std::remove_reference_t<decltype(proxy)>>(
+                    wl_registry_bind(registry, name, &wanted, version));
+            }
+        };
+        bind(management, org_kde_plasma_window_management_interface, ManagementVersion);
+        bind(manager, org_kde_plasma_virtual_desktop_management_interface, 1);
+        bind(keyboard, org_kde_kwin_fake_input_interface, 4);
+    }
+
+    void forget(const org_kde_plasma_window *proxy)
+    {
+        for (auto &[number, known] : proxies) {
+            if (known == proxy)
+                windows.removeOne(number);
+        }
+    }
+
+    org_kde_plasma_window *proxy(std::uint32_t window) const { return proxies.at(window); }
+
+    void add(std::uint32_t number);
+};
+
+namespace {
+
+using Window = org_kde_plasma_window;
+
+constexpr auto Text = [](void *, Window *, const char *) {};
+constexpr auto Number = [](void *, Window *, std::uint32_t) {};
+constexpr auto Nothing = [](void *, Window *) {};
+
+} // namespace
+
+void KWinUser::Connection::add(std::uint32_t number)
+{
+    static constexpr org_kde_plasma_window_listener listener{
+        .title_changed = Text,
+        .app_id_changed = Text,
+        .state_changed = Number,
+        .virtual_desktop_changed = [](void *, Window *, std::int32_t) {},
+        .themed_icon_name_changed = Text,
+        .unmapped
+        = [](void *data, Window *window) { static_cast<Connection *>(data)->forget(window); },
+        .initial_state = Nothing,
+        .parent_window = [](void *, Window *, Window *) {},
+        .geometry
+        = [](void *, Window *, std::int32_t, std::int32_t, std::uint32_t, std::uint32_t) {},
+        .icon_changed = Nothing,
+        .pid_changed = Number,
+        .virtual_desktop_entered = Text,
+        .virtual_desktop_left = Text,
+        .application_menu = [](void *, Window *, const char *, const char *) {},
+    };
+    windows.append(number);
+    proxies[number] = org_kde_plasma_window_management_get_window(management, number);
+    org_kde_plasma_window_add_listener(proxies[number], &listener, this);
+}
+
+KWinUser::KWinUser(const QByteArray &socket)
+    : m_connection(std::make_unique<Connection>())
+{
+    Connection &it = *m_connection;
+    it.display = wl_display_connect(socket.constData());
+    if (!it.display)
+        return;
+    static constexpr wl_registry_listener globals{
+        [](void *data, wl_registry *registry, std::uint32_t name, const char *interface,
+           std::uint32_t) { static_cast<Connection *>(data)->appear(registry, name, interface); },
+        [](void *, wl_registry *, std::uint32_t) {}};
+    wl_registry *registry = wl_display_get_registry(it.display);
+    wl_registry_add_listener(registry, &globals, &it);
+    wl_display_roundtrip(it.display);
+    wl_registry_destroy(registry);
+    if (!isConnected())
+        return;
+    static constexpr org_kde_plasma_window_management_listener management{
+        .show_desktop_changed = [](void *, org_kde_plasma_window_management *, std::uint32_t) {},
+        .window = [](void *data, org_kde_plasma_window_management *,
+                     std::uint32_t number) { static_cast<Connection *>(data)->add(number); },
+        .stacking_order_changed = [](void *, org_kde_plasma_window_management *, wl_array *) {},
+    };
+    org_kde_plasma_window_management_add_listener(it.management, &management, &it);
+    static constexpr org_kde_plasma_virtual_desktop_management_listener manager{
+        .desktop_created
+        = [](void *data, org_kde_plasma_virtual_desktop_management *, const char *uuid,
+             std::uint32_t) { static_cast<Connection *>(data)->desktops.append(uuid); },
+        .desktop_removed
+        = [](void *data, org_kde_plasma_virtual_desktop_management *,
+             const char *uuid) { static_cast<Connection *>(data)->desktops.removeOne(uuid); },
+        .done = ignore,
+    };
+    org_kde_plasma_virtual_desktop_management_add_listener(it.manager, &manager, &it);
+    org_kde_kwin_fake_input_authenticate(it.keyboard, "test", "types");
+    wl_display_roundtrip(it.display);
+}
+
+KWinUser::~KWinUser()
+{
+    if (m_connection->display)
+        wl_display_disconnect(m_connection->display);
+}
+
+bool KWinUser::isConnected() const
+{
+    return m_connection->management && m_connection->manager && m_connection->keyboard;
+}
+
+QList<std::uint32_t> KWinUser::windows()
+{
+    wl_display_roundtrip(m_connection->display);
+    return m_connection->windows;
+}
+
+void KWinUser::putOnDesktop(std::uint32_t window, int desktop)
+{
+    Connection &it = *m_connection;
+    org_kde_plasma_window_request_enter_virtual_desktop(it.proxy(window), it.desktops[desktop]);
+    for (const QByteArray &other : it.desktops) {
+        if (other != it.desktops[desktop])
+            org_kde_plasma_window_request_leave_virtual_desktop(it.proxy(window), other);
+    }
+    wl_display_roundtrip(it.display);
+}
+
+// Leaving the last one is what does it; leaving one of all would put it on the others.
+void KWinUser::putOnAllDesktops(std::uint32_t window)
+{
+    putOnDesktop(window, 0);
+    org_kde_plasma_window_request_leave_virtual_desktop(m_connection->proxy(window),
+                                                        m_connection->desktops.first());
+    wl_display_roundtrip(m_connection->display);
+}
+
+void KWinUser::showDesktop(int desktop)
+{
+    static constexpr org_kde_plasma_virtual_desktop_listener listener{
+        .desktop_id = [](void *, org_kde_plasma_virtual_desktop *, const char *) {},
+        .name = [](void *, org_kde_plasma_virtual_desktop *, const char *) {},
+        .activated = [](void *, org_kde_plasma_virtual_desktop *) {},
+        .deactivated = [](void *, org_kde_plasma_virtual_desktop *) {},
+        .done = [](void *, org_kde_plasma_virtual_desktop *) {},
+        .removed = [](void *, org_kde_plasma_virtual_desktop *) {},
+    };
+    Connection &it = *m_connection;
+    auto *proxy = org_kde_plasma_virtual_desktop_management_get_virtual_desktop(
+        it.manager, it.desktops[desktop]);
+    org_kde_plasma_virtual_desktop_add_listener(proxy, &listener, nullptr);
+    org_kde_plasma_virtual_desktop_request_activate(proxy);
+    wl_display_roundtrip(it.display);
+    org_kde_plasma_virtual_desktop_destroy(proxy);
+}
+
+void KWinUser::holdKey(std::uint32_t key, bool down)
+{
+    org_kde_kwin_fake_input_keyboard_key(m_connection->keyboard, key, down ? 1 : 0);
+    wl_display_roundtrip(m_connection->display);
+}
+
+} // namespace tovel
