@@ -77,19 +77,6 @@ private Q_SLOTS:
                  u"stays pinned light [org.mail,org.notes] []"_s);
     }
 
-    void keepsNamesThatOtherProgramsStored()
-    {
-        ModelWorld world;
-        TovelModel &model = world.start();
-        TovelModel(world.desktop.platform()).select({.id = u"a"_s, .name = u"Agenda"_s}, true);
-        model.select({.id = u"org.mail"_s}, false);
-        QStringList names;
-        const TovelModel later(world.desktop.platform());
-        for (const RunningApp &app : later.apps())
-            names.append(app.name);
-        QCOMPARE(names.join(u','), u"Agenda,Notes,Mail"_s);
-    }
-
     void refreshesOnlyWhileLookedAt()
     {
         ModelWorld world;
@@ -133,10 +120,9 @@ private Q_SLOTS:
             = QVariantList{u"org.mail"_s, QVariant(), u"org.notes"_s, 12, u"org.other"_s};
         world.defaults().put(u"selected"_s, odd);
         world.defaults().put(u"aliases"_s, QVariantMap{{u"A/ten"_s, u"Work"_s}});
-        for (const RunningApp &app : QList<RunningApp>(model.apps())) {
-            if (app.id == u"org.mail"_s)
-                model.select(app, false);
-        }
+        world.defaults().put(u"appNames"_s, QVariantMap{{u"org.other"_s, u"Other"_s}});
+        model.select({.id = u"org.mail"_s}, false);
+        QCOMPARE(world.stored().textDictionary(u"appNames"_s)->values(), QStringList{u"Other"_s});
         model.rename(world.target(11), u"Home"_s);
         QCOMPARE(world.stored().texts(u"selected"_s),
                  (QStringList{u"org.notes"_s, u"org.other"_s}));
