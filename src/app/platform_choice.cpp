@@ -2,6 +2,7 @@
 
 #include "app/session_bus.h"
 #include "platform/linux/linux_desktop.h"
+#include "platform/session/i3/i3_session.h"
 #include "platform/session/kwin/kwin_session.h"
 #include "platform/session/x11/x11_session.h"
 #include "platform/simulated/demo_world.h"
@@ -23,8 +24,9 @@ namespace {
 constexpr char Variable[] = "TOVEL_DESKTOP";
 
 // Those that there is a driver for.
-constexpr QStringView Sessions = u"a Wayland session of KWin, or an X11 session whose window "
-                                 u"manager follows the Extended Window Manager Hints";
+constexpr QStringView Sessions
+    = u"a Wayland session of KWin or sway, on i3, or in an X11 session whose window manager "
+      "follows the Extended Window Manager Hints";
 
 // How long a process waits for others that store choices: a window must not hang, while a run
 // without one had better end late than in vain.
@@ -123,26 +125,69 @@ struct Search
     QString missing{}; // why there is none
 };
 
-// For one run a manager has to be there already.
-Search findX11(Stay stay)
+// The X server that DISPLAY names, connected to once, whichever kinds of session are looked for.
+struct Server
 {
-    const QByteArray display = qgetenv("DISPLAY");
-    if (display.isEmpty())
-        return {nullptr, u"DISPLAY is not set"_s};
-    auto session = x11::X11Session::open(display);
-    const QString name = QString::fromLocal8Bit(display);
-    if (!session)
-        return {nullptr, u"the X server on “%1” does not answer"_s.arg(name)};
-    if (stay == Stay::OneRun && !session->hasManager()) {
+    std::unique_ptr<x11::X11Session> session{};
+    QString missing{};
+
+    void find()
+    {
+        const QByteArray display = qgetenv("DISPLAY");
+        if (display.isEmpty())
+            missing = u"DISPLAY is not set"_s;
+        else if (!session)
+            session = x11::X11Session::open(display);
+        if (!session && missing.isEmpty()) {
+            missing
+                = u"the X server on “%1” does not answer"_s.arg(QString::fromLocal8Bit(display));
+        }
+    }
+};
+
+QString unanswered(const QString &what, const QByteArray &path)
+{
+    return u"%1 does not answer this user on “%2”"_s.arg(what, QString::fromLocal8Bit(path));
+}
+
+Search findSway(Server &, Stay)
+{
+    const QByteArray path = qgetenv("SWAYSOCK");
+    if (path.isEmpty())
+        return {nullptr, u"SWAYSOCK is not set"_s};
+    auto session = i3::I3Session::open(path, nullptr);
+    return {std::move(session), unanswered(u"sway"_s, path)};
+}
+
+Search findI3(Server &server, Stay)
+{
+    server.find();
+    // The variable may be that of an i3 that has gone.
+    QByteArray path = server.session ? server.session->managerSocket() : QByteArray();
+    if (path.isEmpty())
+        path = qgetenv("I3SOCK");
+    if (path.isEmpty())
+        return {nullptr, u"no i3 is running, or I3SOCK is not set"_s};
+    auto session = i3::I3Session::open(path, std::move(server.session));
+    return {std::move(session), unanswered(u"i3"_s, path)};
+}
+
+// For one run a manager has to be there already.
+Search findX11(Server &server, Stay stay)
+{
+    server.find();
+    if (!server.session)
+        return {nullptr, server.missing};
+    if (stay == Stay::OneRun && !server.session->hasManager()) {
         return {
             nullptr,
             u"no window manager that follows the Extended Window Manager Hints runs on “%1”"_s.arg(
-                name)};
+                qEnvironmentVariable("DISPLAY"))};
     }
-    return {std::move(session)};
+    return {std::move(server.session)};
 }
 
-Search findKWin(Stay)
+Search findKWin(Server &, Stay)
 {
     const QByteArray socket = qgetenv("WAYLAND_DISPLAY");
     if (socket.isEmpty())
@@ -158,21 +203,29 @@ struct Driver
 {
     QByteArrayView name; // the value of TOVEL_DESKTOP
     const char *hint; // the environment variable without which there is none
-    Search (*find)(Stay stay);
+    Search (*find)(Server &server, Stay stay);
 };
 
 // Those whose sessions have an X server for their X11 programs come before X11 itself.
-constexpr Driver Drivers[] = {{"kwin", "WAYLAND_DISPLAY", findKWin}, {"x11", "DISPLAY", findX11}};
+constexpr Driver Drivers[] = {{"sway", "SWAYSOCK", findSway},
+                              {"kwin", "WAYLAND_DISPLAY", findKWin},
+                              {"i3", "DISPLAY", findI3},
+                              {"x11", "DISPLAY", findX11}};
 
 Search findAny(Stay stay)
 {
     QStringList reasons;
+    QByteArrayView hint;
+    Server server;
     for (const Driver &driver : Drivers) {
         if (qEnvironmentVariableIsEmpty(driver.hint))
             continue;
-        Search search = driver.find(stay);
+        Search search = driver.find(server, stay);
         if (search.session)
             return search;
+        // Of i3 and other managers under X11, the more common one's.
+        if (std::exchange(hint, driver.hint) == driver.hint)
+            reasons.removeLast();
         reasons.append(search.missing);
     }
     return {nullptr, reasons.value(0, u"DISPLAY is not set"_s)};
@@ -192,14 +245,17 @@ std::unique_ptr<PlatformChoice> choosePlatform(Stay stay)
     if (wanted == "simulated")
         return std::make_unique<SimulatedChoice>(patience(stay));
     Search search;
+    Server server;
     if (const Driver *driver = driverNamed(wanted))
-        search = driver->find(Stay::Session);
+        search = driver->find(server, Stay::Session);
     else if (wanted.isEmpty())
         search = findAny(stay);
     else if (wanted == "none")
         search.missing = u"TOVEL_DESKTOP asks for none"_s;
     else
         return nullptr;
+    if (search.session)
+        search.missing.clear();
     return std::make_unique<LinuxChoice>(std::move(search.session), search.missing, patience(stay));
 }
 

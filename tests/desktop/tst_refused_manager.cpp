@@ -6,7 +6,8 @@
 using namespace tovel;
 using namespace Qt::StringLiterals;
 
-// A manager whose desktops have no numbers to rely on is left alone, and its user is told.
+// A manager whose desktops have no numbers to rely on is left alone by X11's means, and its user is
+// told.
 class TestRefusedManager : public QObject
 {
     Q_OBJECT
@@ -20,7 +21,9 @@ private Q_SLOTS:
         const std::uint32_t window = client.open({.application = u"Flock"_s});
         QVERIFY(eventually([&] { return client.isManaged(window); }));
         const auto tovelctl = [&](const QStringList &arguments) {
-            return session.run(QStringLiteral(TOVELCTL), arguments);
+            QProcessEnvironment changes;
+            changes.insert(u"TOVEL_DESKTOP"_s, u"x11"_s);
+            return session.run(QStringLiteral(TOVELCTL), arguments, changes);
         };
         QCOMPARE(tovelctl({u"flock"_s, u"add"_s, u"Flock"_s}).status, 0);
         const auto desktop = client.number(window, "_NET_WM_DESKTOP");

@@ -58,6 +58,7 @@ constexpr const char *AtomNames[] = {
     "_GTK_APPLICATION_ID",
     "_KDE_NET_WM_DESKTOP_FILE",
     "_TOVEL_TIMESTAMP",
+    "I3_SOCKET_PATH",
 };
 static_assert(std::size(AtomNames) == static_cast<std::size_t>(Name::Count));
 

@@ -61,6 +61,7 @@ enum class Name : std::size_t {
     GtkApplicationId,
     KdeDesktopFile,
     Timestamp,
+    I3SocketPath,
     Count,
 };
 

@@ -6,7 +6,16 @@ namespace tovel::x11 {
 
 namespace {
 
-QString clean(QString text)
+QByteArrayView firstText(const QByteArray &bytes, qsizetype from)
+{
+    const QByteArrayView rest = QByteArrayView(bytes).sliced(from);
+    const qsizetype end = rest.indexOf('\0');
+    return end < 0 ? rest : rest.first(end);
+}
+
+} // namespace
+
+QString cleanText(QString text)
 {
     if (text.size() > MaximumTitleLength) {
         const bool splitsPair = text.at(MaximumTitleLength - 1).isHighSurrogate();
@@ -20,15 +29,6 @@ QString clean(QString text)
     }
     return text;
 }
-
-QByteArrayView firstText(const QByteArray &bytes, qsizetype from)
-{
-    const QByteArrayView rest = QByteArrayView(bytes).sliced(from);
-    const qsizetype end = rest.indexOf('\0');
-    return end < 0 ? rest : rest.first(end);
-}
-
-} // namespace
 
 std::vector<std::uint32_t> readList(const Property &property, Atom type)
 {
@@ -60,7 +60,7 @@ std::optional<QString> readText(const Property &property, Atom utf8String)
         text = QString::fromLatin1(bytes);
     if (text.isEmpty())
         return std::nullopt;
-    return clean(text);
+    return cleanText(text);
 }
 
 QStringList readTextList(const Property &property, Atom utf8String, qsizetype most)
@@ -70,7 +70,7 @@ QStringList readTextList(const Property &property, Atom utf8String, qsizetype mo
         return texts;
     for (qsizetype at = 0; at < property.bytes.size() && texts.size() < most;) {
         const QByteArrayView text = firstText(property.bytes, at);
-        texts.append(clean(QString::fromUtf8(text)));
+        texts.append(cleanText(QString::fromUtf8(text)));
         at += text.size() + 1;
     }
     return texts;
@@ -84,7 +84,7 @@ std::pair<QString, QString> readClass(const Property &property)
     QByteArrayView className;
     if (instance.size() < property.bytes.size())
         className = firstText(property.bytes, instance.size() + 1);
-    return {clean(QString::fromUtf8(instance)), clean(QString::fromUtf8(className))};
+    return {cleanText(QString::fromUtf8(instance)), cleanText(QString::fromUtf8(className))};
 }
 
 } // namespace tovel::x11

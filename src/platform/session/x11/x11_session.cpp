@@ -276,8 +276,9 @@ QStringList X11Session::limits()
     }
     const RootState &root = m_mirror->root();
     if (hasManager() && renumbersDesktops(root.managerName)) {
-        limits.append(QStringLiteral("%1 gives its workspaces new numbers as they come and go; "
-                                     "Tovel cannot work with it yet.")
+        limits.append(QStringLiteral("%1 gives its workspaces new numbers as they come and go: "
+                                     "Tovel works with it by its socket alone, which is not there "
+                                     "or does not answer.")
                           .arg(root.managerName));
     } else if (m_connection->isAlive() && !isControllable()) {
         limits.append(QStringLiteral("No window manager that can move windows between desktops is "
@@ -362,6 +363,13 @@ void X11Session::noticeKeys()
         if (m_keyHandler)
             m_keyHandler(key);
     }
+}
+
+QByteArray X11Session::managerSocket()
+{
+    const std::array requests{
+        PropertyRequest{m_connection->root(), m_connection->atom(Name::I3SocketPath), 1024}};
+    return m_connection->readProperties(requests).front().bytes;
 }
 
 std::uint64_t X11Session::roundTrips() const { return m_connection->roundTrips(); }

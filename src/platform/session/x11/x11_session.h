@@ -50,6 +50,9 @@ public:
     QStringList limits() override;
     void setShownWorkspaceHandler(std::function<void()> handler) override;
 
+    // Where i3 listens to other programs; empty where no i3 tells.
+    QByteArray managerSocket();
+
     // How often a call has waited for the server's answer so far.
     std::uint64_t roundTrips() const;
 

@@ -1,0 +1,71 @@
+#include "platform/session/i3/commands.h"
+
+#include <algorithm>
+
+namespace tovel::i3 {
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// sway takes these for words of the command even in quotes.
+constexpr const char *Words[] = {"next",    "prev",           "next_on_output", "prev_on_output",
+                                 "current", "back_and_forth", "number",         "output"};
+
+bool hasControls(const QString &name)
+{
+    return std::any_of(name.begin(), name.end(),
+                       [](QChar it) { return it.category() == QChar::Other_Control; });
+}
+
+QByteArray keyText(const SessionKey &key)
+{
+    constexpr int FirstKeycode = 8; // X11's, which is what a keyboard map calls the kernel's 0
+    QByteArray text;
+    const std::pair<bool, const char *> modifiers[]
+        = {{key.shift, "Shift+"}, {key.control, "Ctrl+"}, {key.alt, "Mod1+"}, {key.super, "Mod4+"}};
+    for (const auto &[isDown, name] : modifiers)
+        text += isDown ? name : "";
+    return text + QByteArray::number(key.position + FirstKeycode);
+}
+
+} // namespace
+
+QByteArray criteria(Compositor compositor, const TreeWindow &window)
+{
+    return compositor == Compositor::Sway
+        ? "[con_id=" + QByteArray::number(qulonglong(window.container)) + "] "
+        : "[id=" + QByteArray::number(window.x11Window) + "] ";
+}
+
+std::optional<QByteArray> quotedWorkspace(Compositor compositor, const QString &name)
+{
+    if (name.isEmpty() || name.startsWith(u"__") || hasControls(name))
+        return std::nullopt;
+    if (compositor == Compositor::I3) {
+        QString escaped = name;
+        escaped.replace(u'\\', u"\\\\"_s).replace(u'"', u"\\\""_s);
+        return '"' + escaped.toUtf8() + '"';
+    }
+    const bool isWord = std::ranges::any_of(Words, [&name](const char *word) {
+        return name.compare(QLatin1StringView(word), Qt::CaseInsensitive) == 0;
+    });
+    const bool hasBothQuotes = name.contains(u'\'') && name.contains(u'"');
+    // What sway replaces in texts of commands, or drops from them.
+    if (isWord || hasBothQuotes || name.contains(u'\\') || name.contains(u'$'))
+        return std::nullopt;
+    const char quote = name.contains(u'\'') ? '"' : '\'';
+    return quote + name.toUtf8() + quote;
+}
+
+QByteArray bindCommand(const SessionKey &key, const QString &command)
+{
+    return "mode default bindcode --locked --no-repeat " + keyText(key) + ' ' + command.toUtf8();
+}
+
+QByteArray unbindCommand(const SessionKey &key)
+{
+    return "mode default unbindcode --locked --no-repeat " + keyText(key);
+}
+
+} // namespace tovel::i3

@@ -1,0 +1,144 @@
+#include "platform/session/i3/ipc_connection.h"
+
+#include <QSocketNotifier>
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+namespace tovel::i3 {
+
+namespace {
+
+// Nobody takes so many in one turn of the event loop; a session that floods is given up.
+constexpr std::size_t MaximumEvents = 10000;
+
+} // namespace
+
+std::unique_ptr<IpcConnection> IpcConnection::open(const QByteArray &path)
+{
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    if (path.isEmpty() || static_cast<std::size_t>(path.size()) >= sizeof address.sun_path)
+        return nullptr;
+    std::memcpy(address.sun_path, path.constData(), static_cast<std::size_t>(path.size()));
+    const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    if (socket < 0)
+        return nullptr;
+    // Where the queue of those who want in is full, a socket that does not block says so at once.
+    if (::connect(socket, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) {
+        ::close(socket);
+        return nullptr;
+    }
+    return std::unique_ptr<IpcConnection>(new IpcConnection(socket));
+}
+
+IpcConnection::IpcConnection(int socket)
+    : m_socket(socket)
+{ }
+
+IpcConnection::~IpcConnection() { drop(); }
+
+void IpcConnection::drop()
+{
+    // It may be the one that has called.
+    if (m_notifier) {
+        m_notifier->setEnabled(false);
+        m_notifier.release()->deleteLater();
+    }
+    if (m_socket >= 0)
+        ::close(std::exchange(m_socket, -1));
+}
+
+bool IpcConnection::await(short events, Deadline deadline) const
+{
+    using namespace std::chrono;
+    for (;;) {
+        const auto left = ceil<milliseconds>(deadline - steady_clock::now());
+        pollfd waited{m_socket, events, 0};
+        const int ready = ::poll(&waited, 1, static_cast<int>(std::max(left, 0ms).count()));
+        if (ready >= 0 || errno != EINTR)
+            return ready > 0;
+    }
+}
+
+bool IpcConnection::send(const QByteArray &bytes, Deadline deadline)
+{
+    for (qsizetype at = 0; at < bytes.size();) {
+        const ssize_t sent = ::send(m_socket, bytes.constData() + at,
+                                    static_cast<std::size_t>(bytes.size() - at), MSG_NOSIGNAL);
+        if (sent > 0)
+            at += sent;
+        else if (errno != EINTR && (errno != EAGAIN || !await(POLLOUT, deadline)))
+            return false;
+    }
+    return true;
+}
+
+bool IpcConnection::receive()
+{
+    std::array<char, 1 << 16> bytes;
+    for (;;) {
+        const ssize_t size = ::recv(m_socket, bytes.data(), bytes.size(), 0);
+        if (size > 0) {
+            m_reader.append({bytes.data(), static_cast<qsizetype>(size)});
+            if (static_cast<std::size_t>(size) < bytes.size())
+                return true;
+        } else if (size == 0 || errno != EINTR) {
+            return size < 0 && errno == EAGAIN;
+        }
+    }
+}
+
+std::optional<QByteArray> IpcConnection::ask(MessageType type, const QByteArray &payload,
+                                             std::chrono::milliseconds patience)
+{
+    const Deadline deadline = std::chrono::steady_clock::now() + patience;
+    bool isThere = isAlive() && send(frameBytes(type, payload), deadline);
+    while (isThere) {
+        while (auto frame = m_reader.take()) {
+            if (frame->type == type)
+                return frame->payload;
+            if (isEvent(frame->type) && m_events.size() < MaximumEvents)
+                m_events.push_back(*std::move(frame));
+            else
+                break;
+        }
+        isThere = !m_reader.isBroken() && await(POLLIN, deadline) && receive();
+    }
+    drop();
+    return std::nullopt;
+}
+
+std::vector<Frame> IpcConnection::takeEvents()
+{
+    if (isAlive()) {
+        bool isThere = receive();
+        while (auto frame = m_reader.take()) {
+            isThere = isThere && isEvent(frame->type) && m_events.size() < MaximumEvents;
+            if (isThere)
+                m_events.push_back(*std::move(frame));
+        }
+        if (!isThere || m_reader.isBroken())
+            drop();
+    }
+    return std::exchange(m_events, {});
+}
+
+void IpcConnection::setReadableHandler(std::function<void()> handler)
+{
+    m_readableHandler = std::move(handler);
+    m_notifier.reset();
+    if (!m_readableHandler || !isAlive())
+        return;
+    m_notifier = std::make_unique<QSocketNotifier>(m_socket, QSocketNotifier::Read);
+    QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(),
+                     [this] { m_readableHandler(); });
+}
+
+} // namespace tovel::i3

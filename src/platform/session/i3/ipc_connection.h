@@ -1,0 +1,61 @@
+#pragma once
+
+#include "platform/session/i3/frames.h"
+
+#include <QByteArray>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
+
+class QSocketNotifier;
+
+namespace tovel::i3 {
+
+// A connection to the socket of i3 or sway. No call waits for longer than it is told to; a session
+// that did not answer by then, or sent what is no frame, is gone for good for this connection.
+class IpcConnection final
+{
+public:
+    // Null when nobody listens there, or not to this user.
+    static std::unique_ptr<IpcConnection> open(const QByteArray &path);
+    ~IpcConnection();
+
+    IpcConnection(const IpcConnection &) = delete;
+    IpcConnection &operator=(const IpcConnection &) = delete;
+
+    bool isAlive() const { return m_socket >= 0; }
+
+    // The reply. Events that the session sent before it are there to take then.
+    std::optional<QByteArray> ask(MessageType type, const QByteArray &payload,
+                                  std::chrono::milliseconds patience);
+
+    // Those that have arrived, oldest first. Does not wait.
+    std::vector<Frame> takeEvents();
+    bool hasEvents() const { return !m_events.empty(); }
+
+    // Called from the event loop when there may be events to take, and when the session is gone.
+    void setReadableHandler(std::function<void()> handler);
+
+private:
+    using Deadline = std::chrono::steady_clock::time_point;
+
+    explicit IpcConnection(int socket);
+
+    bool send(const QByteArray &bytes, Deadline deadline);
+    bool await(short events, Deadline deadline) const;
+    // What is there; false when the session is gone.
+    bool receive();
+    void drop();
+
+    int m_socket; // -1: gone
+    FrameReader m_reader;
+    std::vector<Frame> m_events;
+    std::unique_ptr<QSocketNotifier> m_notifier;
+    std::function<void()> m_readableHandler;
+};
+
+} // namespace tovel::i3
