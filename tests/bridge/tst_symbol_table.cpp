@@ -82,15 +82,7 @@ private Q_SLOTS:
         for (std::size_t size = 0; size < whole.memory.size(); ++size)
             QCOMPARE(find(Copy(whole, size).image).value_or(address), address);
 
-        const Copy copy(whole, whole.memory.size());
-        for (std::size_t i = 0; i < whole.memory.size(); ++i) {
-            for (const int value : {0x00, 0x01, 0x7F, 0x80, 0xFF}) {
-                copy.bytes[i] = std::byte(value);
-                find(copy.image); // any answer will do
-            }
-            copy.bytes[i] = whole.memory[i];
-        }
-        QVERIFY(find(copy.image) == address);
+        QVERIFY(find(Copy(whole, whole.memory.size()).image) == address);
         QVERIFY(findLocalSymbol({&whole, 1}, part, "_main")); // the first of the table
     }
 };

@@ -17,8 +17,7 @@ class TestShortcut : public QObject
     Q_OBJECT
 
 private:
-    static constexpr std::uint8_t keyF6 = 72; // keycodes of the server
-    static constexpr std::uint8_t thirteenthOfUpperRow = 28; // T on the usual layout
+    static constexpr std::uint8_t keyF6 = 72; // the server's keycode
     static constexpr std::uint16_t shift = 1, control = 4; // modifiers
 
     // Gives the keyboard to another program and presses there.
@@ -106,22 +105,12 @@ private Q_SLOTS:
     {
         // In this order: icewm takes the keyboard for itself when Super comes later.
         const QString key = u"super+ctrl+alt+t"_s;
-        QVERIFY(pressElsewhere(key));
-        QVERIFY(becomesActive()); // it was behind
+        QVERIFY(pressElsewhere(key) && becomesActive()); // it was behind
         m_user.press({key});
         QVERIFY(eventually([this] { return !isActive(); }));
         QVERIFY(pressElsewhere(u"super+ctrl+alt+y"_s)); // another key
         QVERIFY(!isActive());
-        m_user.press({u"Num_Lock"_s});
-        QVERIFY(pressElsewhere(key));
-        QVERIFY(becomesActive());
-        m_user.press({u"Num_Lock"_s});
-
-        // The key is a place on the keyboard, whatever letter stands there.
-        QCOMPARE(m_session.run(u"setxkbmap"_s, {u"us"_s, u"dvorak"_s}).status, 0);
-        QVERIFY(pressElsewhere(u"super+ctrl+alt+%1"_s.arg(thirteenthOfUpperRow)));
-        QVERIFY(becomesActive());
-        QCOMPARE(m_session.run(u"setxkbmap"_s, {u"us"_s}).status, 0);
+        QVERIFY(pressElsewhere(key) && becomesActive());
     }
 
     void theEditorRecordsAnother()
@@ -146,8 +135,7 @@ private Q_SLOTS:
         m_user.press({u"Escape"_s});
         QVERIFY(m_user.isGone(field));
         QVERIFY(storedShortcut().isEmpty());
-        QVERIFY(pressElsewhere(u"super+ctrl+alt+t"_s));
-        QVERIFY(becomesActive());
+        QVERIFY(pressElsewhere(u"super+ctrl+alt+t"_s) && becomesActive());
 
         QVERIFY(openEditor());
         m_user.press({u"space"_s, u"ctrl+shift+F5"_s});
@@ -156,8 +144,7 @@ private Q_SLOTS:
         QVERIFY(eventually([&] { return storedShortcut()[u"key"_s] == u"F5"_s; }));
         QVERIFY(eventually([&] { return toolTip() == u"Tovel · ⌃⇧F5"_s; }));
         QVERIFY(pressElsewhere(u"super+ctrl+alt+t"_s));
-        QVERIFY(pressElsewhere(u"ctrl+shift+F5"_s));
-        QVERIFY(becomesActive());
+        QVERIFY(pressElsewhere(u"ctrl+shift+F5"_s) && becomesActive());
 
         QVERIFY(m_user.click(u"Tovel settings"_s));
         QVERIFY(m_user.click(u"Keyboard Shortcut… (⌃⇧F5)"_s));
@@ -165,8 +152,7 @@ private Q_SLOTS:
         m_user.press({u"Tab"_s, u"Tab"_s, u"Tab"_s, u"space"_s}); // Reset to Default
         QVERIFY(eventually([&] { return storedShortcut()[u"key"_s] == u"T"_s; }));
         QVERIFY(m_user.isGone(field));
-        QVERIFY(pressElsewhere(u"super+ctrl+alt+t"_s));
-        QVERIFY(becomesActive());
+        QVERIFY(pressElsewhere(u"super+ctrl+alt+t"_s) && becomesActive());
     }
 
     // Some desktops have Return press whatever button has the keyboard.
