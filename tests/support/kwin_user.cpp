@@ -29,6 +29,7 @@ struct KWinUser::Connection
     QList<QByteArray> desktops;
     QList<std::uint32_t> windows;
     std::map<std::uint32_t, org_kde_plasma_window *> proxies;
+    std::map<const org_kde_plasma_window *, QList<QByteArray>> places; // the desktops of each
 
     void appear(wl_registry *registry, std::uint32_t name, const QByteArray &interface)
     {
@@ -82,8 +83,12 @@ void KWinUser::Connection::add(std::uint32_t number)
         = [](void *, Window *, std::int32_t, std::int32_t, std::uint32_t, std::uint32_t) {},
         .icon_changed = Nothing,
         .pid_changed = Number,
-        .virtual_desktop_entered = Text,
-        .virtual_desktop_left = Text,
+        .virtual_desktop_entered
+        = [](void *data, Window *window,
+             const char *uuid) { static_cast<Connection *>(data)->places[window].append(uuid); },
+        .virtual_desktop_left
+        = [](void *data, Window *window,
+             const char *uuid) { static_cast<Connection *>(data)->places[window].removeAll(uuid); },
         .application_menu = [](void *, Window *, const char *, const char *) {},
     };
     windows.append(number);
@@ -144,6 +149,14 @@ QList<std::uint32_t> KWinUser::windows()
 {
     wl_display_roundtrip(m_connection->display);
     return m_connection->windows;
+}
+
+QList<int> KWinUser::desktopsOf(std::uint32_t window) const
+{
+    QList<int> desktops;
+    for (const QByteArray &uuid : m_connection->places[m_connection->proxy(window)])
+        desktops.append(static_cast<int>(m_connection->desktops.indexOf(uuid)));
+    return desktops;
 }
 
 void KWinUser::putOnDesktop(std::uint32_t window, int desktop)

@@ -24,7 +24,8 @@ public:
     // KWin's numbers of its windows, oldest first. Waits for its answer.
     QList<std::uint32_t> windows();
 
-    // Desktops are counted from 0.
+    // Desktops are counted from 0. None for a window on all; by the events that windows() took.
+    QList<int> desktopsOf(std::uint32_t window) const;
     void putOnDesktop(std::uint32_t window, int desktop);
     void putOnAllDesktops(std::uint32_t window);
     void showDesktop(int desktop);

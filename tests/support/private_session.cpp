@@ -73,6 +73,7 @@ Manager managerFromEnvironment()
 PrivateSession::PrivateSession(Manager manager, const SessionOptions &options)
     : m_environment(bareEnvironment())
     , m_manager(manager)
+    , m_hasXWayland(options.xwayland)
     , m_desktops(manager == Manager::I3 ? 1 : options.desktops)
 {
     m_environment.insert(u"GDK_BACKEND"_s, u"x11"_s);
@@ -92,6 +93,8 @@ PrivateSession::PrivateSession(Manager manager, const SessionOptions &options)
 
     if (manager == Manager::KWin) {
         startBus();
+        if (options.permitsAll)
+            m_environment.insert(u"KWIN_WAYLAND_NO_PERMISSION_CHECKS"_s, u"1"_s);
         startManager();
         return;
     }
@@ -273,12 +276,18 @@ void PrivateSession::startKWin()
     const QString copy = m_folder.filePath(u"kwin_wayland"_s);
     QFile::copy(QStandardPaths::findExecutable(u"kwin_wayland"_s), copy);
     m_environment.insert(u"LIBGL_ALWAYS_SOFTWARE"_s, u"1"_s);
-    m_environment.insert(u"KWIN_WAYLAND_NO_PERMISSION_CHECKS"_s, u"1"_s);
     for (const auto &variable : {u"WAYLAND_DISPLAY"_s, u"QT_QPA_PLATFORM"_s})
         m_environment.remove(variable);
-    m_managerProcess = &start(copy,
-                              {u"--virtual"_s, u"--width"_s, u"1280"_s, u"--height"_s, u"800"_s,
-                               u"--no-lockscreen"_s, u"--socket"_s, Socket});
+    QStringList arguments{u"--virtual"_s, u"--width"_s,         u"1280"_s,     u"--height"_s,
+                          u"800"_s,       u"--no-lockscreen"_s, u"--socket"_s, Socket};
+    if (m_hasXWayland) {
+        // A program that KWin starts is told which display it is.
+        write(u"tell-display"_s, u"#!/bin/sh\necho $DISPLAY > ${0%/*}/display\n"_s);
+        const QString script = m_folder.filePath(u"tell-display"_s);
+        QFile::setPermissions(script, QFile::ReadOwner | QFile::ExeOwner);
+        arguments += {u"--xwayland"_s, script};
+    }
+    m_managerProcess = &start(copy, arguments);
     m_server = m_managerProcess;
     m_environment.insert(u"WAYLAND_DISPLAY"_s, Socket);
     m_environment.insert(u"GDK_BACKEND"_s, u"wayland"_s);
@@ -298,6 +307,13 @@ bool PrivateSession::isKWinReady()
                 == u"(<uint32 %1>,)"_s.arg(m_desktops);
         },
         Deadline);
+    QFile display(m_folder.filePath(u"display"_s));
+    if (m_hasXWayland && eventually([&] {
+            return QFileInfo(display).size() > 1 && display.open(QFile::ReadOnly);
+        })) {
+        m_display = display.readAll().trimmed();
+        m_environment.insert(u"DISPLAY"_s, QString::fromLatin1(m_display));
+    }
     if (!isReady)
         qWarning("KWin %s", isManagerRunning() ? "is not ready" : "has ended");
     return isReady;

@@ -25,6 +25,8 @@ struct SessionOptions
     QByteArray screen = "1280x800x24";
     QString activateAction{}; // xfwm4's choice of that name; empty leaves it at its default
     bool tcp = false; // the server also listens on TCP, so that a client can hide its process
+    bool permitsAll = true; // KWin tells every program of windows
+    bool xwayland = false; // with KWin
     bool bus = false; // with a session bus
     bool assistive = false; // with that and the bus on which assistive programs read others
 };
@@ -41,8 +43,8 @@ struct Outcome
 };
 
 // An X server with a window manager, in folders of their own; or KWin as a Wayland session with a
-// bus and without an X server, which permits everything. Every process that was started here has
-// ended when this object goes, or when the test's process is killed. Starting fails the test by
+// bus, and without an X server but XWayland where it is wanted. Every process that was started here
+// has ended when this object goes, or when the test's process is killed. Starting fails the test by
 // isReady().
 class PrivateSession final
 {
@@ -100,6 +102,7 @@ private:
     QProcessEnvironment m_environment;
     QByteArray m_display;
     Manager m_manager;
+    bool m_hasXWayland;
     int m_desktops;
     std::vector<std::unique_ptr<QProcess>> m_processes; // ended from the last to the first
     QProcess *m_server = nullptr;
