@@ -283,6 +283,21 @@ private Q_SLOTS:
         QVERIFY(eventually([&] { return !isListed(u"Tovel"_s); }));
     }
 
+    void aHeldKeyActsOnce()
+    {
+        const auto hold = [&](const QString &key) { // the server repeats after 0.66 seconds
+            m_session.run(u"xdotool"_s, {u"keydown"_s, key, u"sleep"_s, u"1"_s, u"keyup"_s, key});
+        };
+        QVERIFY(tabTo(u"Add app"_s));
+        hold(u"Return"_s);
+        QVERIFY(m_user.isFocused(u"Search apps"_s));
+        m_user.press({u"Escape"_s});
+        QVERIFY(tabTo(u"Tovel settings"_s));
+        hold(u"Return"_s);
+        QVERIFY(m_user.isFocused(u"Pin window"_s));
+        QVERIFY(flock().isEmpty() && !m_user.stored().values.contains(u"pinned"_s));
+    }
+
     // Now, and again as soon as it is there.
     void tellsWhatAccessNeeds()
     {
