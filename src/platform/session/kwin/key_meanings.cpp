@@ -21,7 +21,7 @@ struct Meaning
 constexpr Meaning Meanings[] = {
     {XKB_KEY_Escape, Qt::Key_Escape},
     {XKB_KEY_Tab, Qt::Key_Tab},
-    {XKB_KEY_ISO_Left_Tab, Qt::Key_Backtab},
+    {XKB_KEY_ISO_Left_Tab, Qt::Key_Tab},
     {XKB_KEY_BackSpace, Qt::Key_Backspace},
     {XKB_KEY_Return, Qt::Key_Return},
     {XKB_KEY_KP_Enter, Qt::Key_Enter},
@@ -86,15 +86,15 @@ int KeyMeanings::combination(const SessionKey &key, std::uint32_t layout) const
     const xkb_mod_index_t shift = xkb_keymap_mod_get_index(m_keymap.get(), XKB_MOD_NAME_SHIFT);
     if (!state || shift == XKB_MOD_INVALID)
         return 0;
-    const xkb_keycode_t code = key.position + FirstKeycode;
-    xkb_state_update_mask(state.get(), key.shift ? 1U << shift : 0, 0, 0, 0, 0, layout);
-    const int meant = keyOf(xkb_state_key_get_one_sym(state.get(), code));
+    const auto meaning = [&](bool withShift) {
+        xkb_state_update_mask(state.get(), withShift ? 1U << shift : 0, 0, 0, 0, 0, layout);
+        return keyOf(xkb_state_key_get_one_sym(state.get(), key.position + FirstKeycode));
+    };
+    const int meant = meaning(key.shift);
     if (meant == 0)
         return 0;
-    const bool isShiftUsed
-        = xkb_state_mod_index_is_consumed2(state.get(), code, shift, XKB_CONSUMED_MODE_GTK) == 1;
     int modifiers = 0;
-    if (key.shift && !isShiftUsed)
+    if (key.shift && meaning(false) == meant)
         modifiers |= Qt::ShiftModifier;
     if (key.control)
         modifiers |= Qt::ControlModifier;

@@ -12,7 +12,7 @@ struct xkb_keymap;
 namespace tovel::kwin {
 
 // What keys mean by an XKB keymap, in the way in which KWin looks for global shortcuts: by the
-// symbol, and a Shift that makes the symbol does not count.
+// symbol, and a Shift that makes the symbol, other than a capital letter, does not count.
 class KeyMeanings final
 {
 public:
