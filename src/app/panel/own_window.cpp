@@ -1,6 +1,7 @@
 #include "app/panel/own_window.h"
 
-#include <QGuiApplication>
+#include "views/components/window_system.h"
+
 #include <QWindow>
 
 namespace tovel {
@@ -9,7 +10,7 @@ OwnWindow ownWindow(const QWindow &window)
 {
     OwnWindow own{.title = window.title()};
     // Wayland gives windows no number, and the toolkit's counter may be that of anybody's window.
-    if (!QGuiApplication::platformName().startsWith(QLatin1StringView("wayland")))
+    if (!isOnWayland())
         own.windowNumber = static_cast<std::uint32_t>(window.winId());
     return own;
 }

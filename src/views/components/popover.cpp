@@ -2,6 +2,7 @@
 
 #include "views/components/accessible_surface.h"
 #include "views/components/continuous_corners.h"
+#include "views/components/window_system.h"
 #include "views/theme.h"
 
 #include <QAbstractButton>
@@ -89,6 +90,8 @@ Popover::Popover(QWidget *anchor)
 {
     installAccessibleSurfaces();
     setAttribute(Qt::WA_WindowPropagation);
+    // Elsewhere it takes a compositor to blend it, and a mask does without one.
+    setAttribute(Qt::WA_TranslucentBackground, isOnWayland());
     anchor->installEventFilter(this);
 }
 
@@ -176,11 +179,17 @@ void Popover::mousePressEvent(QMouseEvent *event)
 
 void Popover::paintEvent(QPaintEvent *)
 {
-    // The border is what the inside leaves of it, so that it goes along all of the mask's steps.
     QPainter painter(this);
-    painter.fillRect(rect(), windowBackground(palette()));
-    painter.fillRect(rect(), withOpacity(secondary(palette()), 0.4));
     painter.setRenderHint(QPainter::Antialiasing);
+    // The border is what the inside leaves of it. Of a masked window it covers all, so that it goes
+    // along all of the mask's steps.
+    QPainterPath edge = m_outline;
+    if (!testAttribute(Qt::WA_TranslucentBackground)) {
+        edge.clear();
+        edge.addRect(rect());
+    }
+    painter.fillPath(edge, windowBackground(palette()));
+    painter.fillPath(edge, withOpacity(secondary(palette()), 0.4));
     const QPoint origin = windowRect(m_placement).topLeft();
     painter.fillPath(outline(m_placement.body.translated(-origin), m_placement.tip - origin,
                              m_placement.side, borderWidth),
@@ -227,7 +236,8 @@ void Popover::place()
     const QRectF local(m_placement.body.translated(-window.topLeft()));
     m_outline = outline(local, m_placement.tip - window.topLeft(), m_placement.side, 0);
     setGeometry(window);
-    setMask(pixelsOf(m_outline, window.size()));
+    if (!testAttribute(Qt::WA_TranslucentBackground))
+        setMask(pixelsOf(m_outline, window.size()));
     m_content->setGeometry(
         local.toRect().adjusted(borderWidth, borderWidth, -borderWidth, -borderWidth));
     update();
