@@ -4,11 +4,11 @@
 #include "app/tray/status_image.h"
 #include "app/tray/status_notifier_item.h"
 #include "app/tray/status_notifier_registration.h"
+#include "views/components/window_system.h"
 
 #include <QCursor>
 #include <QDBusConnection>
 #include <QEvent>
-#include <QGuiApplication>
 #include <QIcon>
 #include <QMenu>
 #include <QPixmap>
@@ -29,10 +29,7 @@ QIcon statusIcon()
 }
 
 // Only an X session tells where the pointer is while it is over windows of others.
-QPoint pointer(const QPoint &otherwise)
-{
-    return QGuiApplication::platformName() == "wayland"_L1 ? otherwise : QCursor::pos();
-}
+QPoint pointer(const QPoint &otherwise) { return isOnWayland() ? otherwise : QCursor::pos(); }
 
 } // namespace
 
@@ -42,7 +39,8 @@ StatusItem::StatusItem(Actions actions, const QDBusConnection &bus, QObject *par
 {
     qApp->installEventFilter(this);
     if (!bus.isConnected()) {
-        makeTrayIcon();
+        if (!isOnWayland())
+            makeTrayIcon();
         return;
     }
     m_item = std::make_unique<StatusNotifierItem>(
@@ -84,7 +82,7 @@ void StatusItem::choose()
 {
     using enum StatusNotifierRegistration::State;
     const StatusNotifierRegistration::State state = m_registration->state();
-    if (state == NoTray && !m_trayIcon)
+    if (state == NoTray && !m_trayIcon && !isOnWayland()) // which has no trays but those of the bus
         makeTrayIcon();
     if (m_trayIcon)
         m_trayIcon->setVisible(state != Registered && !m_trayIcon->icon().isNull());
