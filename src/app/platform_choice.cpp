@@ -259,6 +259,17 @@ std::unique_ptr<PlatformChoice> choosePlatform(Stay stay)
     return std::make_unique<LinuxChoice>(std::move(search.session), search.missing, patience(stay));
 }
 
+QByteArray toolkitPlugins()
+{
+    const QByteArray wanted = qgetenv(Variable);
+    bool isNative = wanted == "kwin" || wanted == "sway";
+    if (driverNamed(wanted) == nullptr && !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) {
+        const auto desktops = qgetenv("XDG_CURRENT_DESKTOP").split(':');
+        isNative = desktops.contains("KDE") || !qEnvironmentVariableIsEmpty("SWAYSOCK");
+    }
+    return isNative ? "wayland;xcb" : "xcb;wayland";
+}
+
 bool isUsersSession()
 {
     const QByteArray wanted = qgetenv(Variable);

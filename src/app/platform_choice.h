@@ -2,6 +2,7 @@
 
 #include "platform/platform.h"
 
+#include <QByteArray>
 #include <QString>
 #include <QStringList>
 
@@ -46,6 +47,13 @@ enum class Stay { OneRun, Session };
 // a window manager runs; otherwise none. Null for any other value. To be called after the
 // QCoreApplication was made.
 std::unique_ptr<PlatformChoice> choosePlatform(Stay stay = Stay::OneRun);
+
+// Qt's platform plug-ins, the one first that shows windows as this environment's session knows
+// them: in a Wayland session that there is a driver for, native ones; anywhere else those of X11,
+// since no others can be put where they belong. To be called before the application is made; goes
+// by the environment, so it may name the other one first where that says less than choosePlatform()
+// sees.
+QByteArray toolkitPlugins();
 
 // Whether choosePlatform() picks, or finds none, in the user's own session: the environment asks
 // for nothing else. Only then does it make sense to be, or to ask, the one Tovel of that session.

@@ -13,6 +13,8 @@
 #include "platform/user_defaults.h"
 #include "settings/bundle.h"
 #include "updater/appcast_updater.h"
+#include "views/components/hover_release.h"
+#include "views/components/window_system.h"
 
 #include <QApplication>
 #include <QLoggingCategory>
@@ -28,6 +30,7 @@ constexpr int Failed = 1;
 constexpr int UsageError = 2;
 constexpr int NoDisplay = 3;
 constexpr char pluginVariable[] = "QT_QPA_PLATFORM";
+constexpr char reconnectVariable[] = "QT_WAYLAND_RECONNECT";
 
 // Where a Tovel runs already, shows that one's panel: Taken when it did. That one may be ending.
 Claim claimOrJoin(BusPresence &presence, AppDelegate::Launch launch)
@@ -51,23 +54,33 @@ QString accessText(PlatformChoice &choice)
 
 } // namespace
 
-void prepareDisplay(const char *plugins)
+void prepareDisplay(const QByteArray &plugins)
 {
-    // X11 comes first also within a Wayland session: only such windows can be moved.
-    qputenv(pluginVariable, QByteArray(plugins) + ";offscreen");
+    qputenv(pluginVariable, plugins + ";offscreen");
+    // From Qt 6.5 on: windows of Wayland outlive their compositor.
+    qputenv(reconnectVariable, "1");
     QLoggingCategory::setFilterRules(u"qt.qpa.xcb.warning=false\nqt.qpa.plugin=false"_s);
-    QGuiApplication::setDesktopFileName(u"org.tovel.Tovel"_s);
 }
 
 int runPanel(int &argc, char **argv, AppDelegate::Launch launch, QTextStream &err)
 {
     const bool userChose = !qEnvironmentVariableIsEmpty(pluginVariable);
     if (!userChose)
-        prepareDisplay("xcb;wayland");
+        prepareDisplay(toolkitPlugins());
+    // A Wayland window's application id, too.
+    QGuiApplication::setDesktopFileName(u"org.tovel.Tovel"_s);
     QApplication::setStyle(u"fusion"_s);
     auto noBusStart = std::make_unique<NoBusStart>();
     const QApplication application(argc, argv);
     noBusStart.reset();
+    // What was set for this program is not for those that it starts.
+    if (!userChose) {
+        qunsetenv(pluginVariable);
+        qunsetenv(reconnectVariable);
+    }
+    std::optional<HoverRelease> hoverRelease;
+    if (isOnWayland())
+        hoverRelease.emplace();
     if (!userChose && QGuiApplication::platformName() == "offscreen"_L1) {
         err << "tovel: there is no display to show the panel on" << Qt::endl;
         return NoDisplay;

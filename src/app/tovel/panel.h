@@ -14,6 +14,6 @@ int runPanel(int &argc, char **argv, AppDelegate::Launch launch, QTextStream &er
 
 // What the platform plugins of Qt are chosen from, the first that works; none of them leaves a
 // program without display running, which can then say so itself. Before the application is made.
-void prepareDisplay(const char *plugins);
+void prepareDisplay(const QByteArray &plugins);
 
 } // namespace tovel
