@@ -1,40 +1,19 @@
 #include "app/commands/answer_json.h"
-
-#include <QtGlobal>
+#include "fuzz.h"
 
 using namespace tovel;
 
-namespace {
-
-Request requestFor(std::uint8_t number)
-{
-    switch (number % 5) {
-    case 0:
-        return StatusRequest();
-    case 1:
-        return AppsRequest();
-    case 2:
-        return FlockRequest();
-    case 3:
-        return RenameRequest();
-    default:
-        return MoveRequest();
-    }
-}
-
-} // namespace
-
 // The first byte stands for the request.
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+void fuzz(QByteArrayView bytes)
 {
-    if (size == 0)
-        return 0;
-    const Request request = requestFor(data[0]);
-    const auto answer = answerFromJson(
-        request,
-        QByteArray(reinterpret_cast<const char *>(data + 1), static_cast<qsizetype>(size - 1)));
+    if (bytes.isEmpty())
+        return;
+    const Request requests[]
+        = {StatusRequest(), AppsRequest(), FlockRequest(), RenameRequest(), MoveRequest()};
+    const Request &request = requests[static_cast<std::uint8_t>(bytes[0]) % std::size(requests)];
+    const auto answer = answerFromJson(request, bytes.sliced(1).toByteArray());
     if (!answer)
-        return 0;
+        return;
     // What was read can be passed on, and stays the same.
     const QString text = compactJson(*answer);
     const auto again = answerFromJson(request, text.toUtf8());
@@ -42,5 +21,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         qFatal("an answer does not survive being passed on");
     if (answerFromJson(request, indentedJson(*again).toUtf8()) != again)
         qFatal("an indented answer reads otherwise");
-    return 0;
 }

@@ -1,9 +1,8 @@
+#include "fuzz.h"
 #include "updater/appcast.h"
 #include "updater/feed_address.h"
 #include "updater/update_choice.h"
 #include "updater/version_order.h"
-
-#include <QtGlobal>
 
 using namespace tovel;
 
@@ -21,10 +20,9 @@ void check(const SUAppcastItem &item)
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+void fuzz(QByteArrayView bytes)
 {
-    const AppcastReading feed = parseAppcast(
-        QByteArrayView(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size)));
+    const AppcastReading feed = parseAppcast(bytes);
     if (!feed.error.isEmpty() && !feed.items.isEmpty())
         qFatal("half a feed");
     for (const SUAppcastItem &item : feed.items) {
@@ -35,5 +33,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
             qFatal("versions are ordered by their place");
     }
     newestUpdate(feed.items, {QStringLiteral("1.0"), QString()});
-    return 0;
 }

@@ -1,10 +1,11 @@
+#include "fuzz.h"
 #include "views/icon_images.h"
 
 using namespace tovel;
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+void fuzz(QByteArrayView bytes)
 {
-    const QByteArray file(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
+    const QByteArray file = bytes.toByteArray();
     int side = 1;
     qsizetype total = 0;
     for (const IconPicture &picture : iconPictures(file)) {
@@ -15,5 +16,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     }
     if (total > file.size())
         qFatal("more pictures than bytes");
-    return 0;
 }

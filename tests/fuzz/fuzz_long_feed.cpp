@@ -1,3 +1,4 @@
+#include "fuzz.h"
 #include "updater/appcast.h"
 #include "updater/plain_text.h"
 
@@ -5,18 +6,16 @@ using namespace tovel;
 
 // Feeds as long as they may be, which the fuzzer would never come upon byte by byte: what stands
 // between the first two bytes 255 of the input is repeated. Finds what takes more than linear time.
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+void fuzz(QByteArrayView bytes)
 {
-    const QByteArrayView input(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
-    const QList<QByteArray> parts = input.toByteArray().split('\xff');
+    const QList<QByteArray> parts = bytes.toByteArray().split('\xff');
     const QByteArray unit = parts.value(1);
     if (unit.isEmpty())
-        return 0;
+        return;
     const QByteArray head = parts[0];
     const QByteArray tail = parts.value(2);
     const qsizetype room = appcastSizeLimit - head.size() - tail.size();
     const QByteArray feed = head + unit.repeated(room / unit.size()) + tail;
     parseAppcast(feed);
     plainText(QString::fromUtf8(feed), appcastNotesLimit);
-    return 0;
 }

@@ -1,12 +1,10 @@
+#include "fuzz.h"
 #include "pictures/picture_protocol.h"
-
-#include <QtGlobal>
 
 using namespace tovel;
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+void fuzz(QByteArrayView bytes)
 {
-    const QByteArrayView bytes(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
     const auto request = receiveRequest(bytes);
     if (request.message) {
         // What was received can be sent, and is received the same.
@@ -20,5 +18,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     if ((request.message && request.damaged) || (answer.message && answer.damaged)
         || request.length > bytes.size() || answer.length > bytes.size())
         qFatal("a message that is none");
-    return 0;
 }

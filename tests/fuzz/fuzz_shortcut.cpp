@@ -1,18 +1,15 @@
+#include "fuzz.h"
 #include "settings/shortcut.h"
-
-#include <QtGlobal>
 
 using namespace tovel;
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+void fuzz(QByteArrayView bytes)
 {
-    const auto shortcut = decodeShortcut(
-        QByteArray(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size)));
+    const auto shortcut = decodeShortcut(bytes.toByteArray());
     if (!shortcut)
-        return 0;
+        return;
     shortcut->label();
     // What was read can be written, and reads the same.
     if (decodeShortcut(encodeShortcut(*shortcut)) != shortcut)
         qFatal("a shortcut does not survive being written");
-    return 0;
 }

@@ -1,6 +1,5 @@
+#include "fuzz.h"
 #include "platform/linux/defaults/json_value.h"
-
-#include <QtGlobal>
 
 using namespace tovel;
 
@@ -17,13 +16,11 @@ void checkRoundTrip(const QVariant &value)
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+void fuzz(QByteArrayView bytes)
 {
-    const QByteArrayView bytes(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size));
     if (const auto value = variantFromJson(bytes))
         checkRoundTrip(*value);
     const auto values = parseDefaults(bytes).value_or(QVariantMap());
     for (const QVariant &value : values)
         checkRoundTrip(value);
-    return 0;
 }

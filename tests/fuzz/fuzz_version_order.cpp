@@ -1,16 +1,14 @@
+#include "fuzz.h"
 #include "updater/version_order.h"
 
 #include <QStringList>
-#include <QtGlobal>
 
 using namespace tovel;
 
 // Every three lines have to be in one order, wherever one starts.
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
+void fuzz(QByteArrayView bytes)
 {
-    const QStringList lines
-        = QString::fromUtf8(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size))
-              .split(u'\n');
+    const QStringList lines = QString::fromUtf8(bytes).split(u'\n');
     const QString &a = lines[0];
     const QString b = lines.value(1);
     const QString c = lines.value(2);
@@ -20,5 +18,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         qFatal("versions are ordered by their place");
     if (compareVersions(a, b) <= 0 && compareVersions(b, c) <= 0 && compareVersions(a, c) > 0)
         qFatal("versions go round in a circle");
-    return 0;
 }
