@@ -155,7 +155,7 @@ Search findSway(Server &, Stay)
     const QByteArray path = qgetenv("SWAYSOCK");
     if (path.isEmpty())
         return {nullptr, u"SWAYSOCK is not set"_s};
-    auto session = i3::I3Session::open(path, nullptr);
+    auto session = i3::I3Session::open(path);
     return {std::move(session), unanswered(u"sway"_s, path)};
 }
 

@@ -15,7 +15,7 @@ namespace {
 QByteArray treeWith(const QByteArray &nodes, const QByteArray &floating = {})
 {
     return R"({"type":"root","focus":[3],"nodes":[{"type":"output","name":"__i3","nodes":[)"
-           R"({"type":"workspace","name":"__i3_scratch","floating_nodes":[{"id":90,"app_id":"s"}]}]},)"
+           R"({"type":"workspace","name":"__i3_scratch","fullscreen_mode":1,"floating_nodes":[{"id":90,"app_id":"s"}]}]},)"
            R"({"id":3,"type":"output","name":"HEADLESS-1","focus":[5,4],)"
            R"("rect":{"x":0,"y":0,"width":1280,"height":800},"nodes":[)"
            R"({"id":4,"type":"workspace","name":"web","nodes":[{"id":8,"app_id":"w"}]},)"
@@ -73,8 +73,8 @@ private Q_SLOTS:
         const auto tree = readTree(treeWith(
             Window
                 + R"(,{"id":7,"type":"con","nodes":[{"id":9,"app_id":"b","fullscreen_mode":1}]})",
-            R"({"id":10,"app_id":null,"window":77,"sticky":true,"window_type":"dialog",)"
-            R"("window_properties":{"class":"C","instance":"i","transient_for":5}})"));
+            R"({"id":10,"app_id":null,"window":77,"sticky":true,)"
+            R"("window_properties":{"class":"C","instance":"i","transient_for":5,"window_type":"dialog"}})"));
         QVERIFY(tree);
         QCOMPARE(tree->outputs,
                  (QList<TreeOutput>{
@@ -96,7 +96,8 @@ private Q_SLOTS:
         QVERIFY(sticky.facts.kind == WindowKind::Dialog && sticky.facts.className == u"C");
         QCOMPARE(tree->windows[3].workspace, u"web"_s);
         const TreeWindow &put = tree->windows[4];
-        QVERIFY(put.facts.minimized && put.workspace.isEmpty() && put.output.isEmpty());
+        QVERIFY(put.facts.minimized && !put.facts.fullScreen && put.workspace.isEmpty()
+                && put.output.isEmpty());
     }
 
     void treesOfNonsenseAreNeutral_data()

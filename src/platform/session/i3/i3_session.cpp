@@ -28,10 +28,11 @@ constexpr auto AttemptInterval = 2s;
 
 } // namespace
 
+std::unique_ptr<I3Session> I3Session::open(const QByteArray &path) { return open(path, nullptr); }
+
 std::unique_ptr<I3Session> I3Session::open(const QByteArray &path,
                                            std::unique_ptr<x11::X11Session> &&x11)
 {
-    // The session of X11 is left to the caller where this is in vain.
     auto session = std::unique_ptr<I3Session>(new I3Session(path));
     if (!session->connect(Patience))
         return nullptr;

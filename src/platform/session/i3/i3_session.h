@@ -27,9 +27,10 @@ class Picture;
 class I3Session final : public DesktopSession
 {
 public:
-    // Null when neither i3 nor sway answers there, or not to this user; the session of X11 is left
-    // alone then. It is that which i3 manages; null for sway, and for an i3 whose display cannot be
-    // reached.
+    // Null when neither sway nor i3 answers there, or not to this user.
+    static std::unique_ptr<I3Session> open(const QByteArray &path);
+    // With the session of X11 that i3 manages; null where its display cannot be reached. It is left
+    // alone where the result is null.
     static std::unique_ptr<I3Session> open(const QByteArray &path,
                                            std::unique_ptr<x11::X11Session> &&x11);
     ~I3Session() override;

@@ -161,8 +161,10 @@ TreeWindow windowFrom(const QJsonObject &node, const Place &place)
 
     SessionWindow &facts = window.facts;
     const QJsonObject properties = node.value("window_properties"_L1).toObject();
-    facts.kind
-        = place.isDock ? WindowKind::Dock : kindFrom(node.value("window_type"_L1).toString());
+    // i3 tells it of the container, sway of the window in it.
+    const QJsonValue type
+        = (node.contains("window_type"_L1) ? node : properties).value("window_type"_L1);
+    facts.kind = place.isDock ? WindowKind::Dock : kindFrom(type.toString());
     const QString title = cleanText(node.value("name"_L1));
     if (!title.isEmpty())
         facts.title = title;
@@ -194,7 +196,8 @@ void addWindows(Tree &tree, const QJsonObject &node, Place place, int depth)
         // The one that had the keyboard last is shown.
         if (place.output->shown.isEmpty())
             place.output->shown = place.workspace;
-    } else if (type != u"output") {
+    } else if (!isWorkspace(node)) {
+        // Workspaces say so of themselves all the time.
         place.isFullScreen = place.isFullScreen || node.value("fullscreen_mode"_L1).toInt() > 0;
     }
     if (isWindow(node)) {
