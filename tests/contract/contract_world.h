@@ -40,6 +40,11 @@ public:
     // where the cursor is.
     virtual bool usesNumbersAgain() const { return true; }
     virtual bool tellsCursor() const { return true; }
+    // Whether a minimised window is still on its desktop, whether panels are windows of their own
+    // kind, and whether a key is known to be another program's.
+    virtual bool minimizesInPlace() const { return true; }
+    virtual bool tellsDocks() const { return true; }
+    virtual bool tellsTakenKeys() const { return true; }
     // Of the first display.
     virtual QRectF bounds() const { return QRectF(0, 0, 1280, 800); }
 
@@ -74,6 +79,10 @@ std::unique_ptr<ContractWorld> makeSimulatedWorld(int displays);
 
 // On the manager that managerFromEnvironment() names; null when it does not start.
 std::unique_ptr<ContractWorld> makeX11World();
+
+// On a private i3 or sway; null when it does not start.
+std::unique_ptr<ContractWorld> makeI3World();
+std::unique_ptr<ContractWorld> makeSwayWorld();
 
 // On a private KWin; null when it does not start.
 std::unique_ptr<ContractWorld> makeKWinWorld();

@@ -1,9 +1,11 @@
 #include "contract/contract_world.h"
 #include "platform/linux/linux_desktop.h"
 #include "platform/linux/virtual_keys.h"
+#include "platform/session/i3/i3_session.h"
 #include "platform/session/x11/x11_session.h"
 #include "support/private_session.h"
 #include "support/test_client.h"
+#include "support/tiling_user.h"
 
 #include <QTest>
 
@@ -32,7 +34,7 @@ const ModifierKey ModifierKeys[] = {{0x100, u"133"_s, XCB_MOD_MASK_4},
                                     {0x800, u"64"_s, XCB_MOD_MASK_1},
                                     {0x1000, u"37"_s, XCB_MOD_MASK_CONTROL}};
 
-class X11ContractWorld final : public ContractWorld
+class X11ContractWorld : public ContractWorld
 {
 public:
     X11ContractWorld()
@@ -47,7 +49,7 @@ public:
     {
         if (!m_session.isReady())
             return false;
-        m_desktop = std::make_unique<LinuxDesktop>(x11::X11Session::open(m_session.display()));
+        m_desktop = std::make_unique<LinuxDesktop>(openDriver());
         return m_desktop->hasSession();
     }
 
@@ -123,25 +125,76 @@ public:
     }
     void pass(double seconds) override { QTest::qWait(qRound(seconds * 1000)); }
 
+protected:
+    virtual std::unique_ptr<DesktopSession> openDriver()
+    {
+        return x11::X11Session::open(m_session.display());
+    }
+
+    PrivateSession m_session;
+    TestClient m_client;
+
 private:
     void type(const QString &action, const QStringList &keys)
     {
         m_session.run(u"xdotool"_s, QStringList{action, u"--delay"_s, u"0"_s} + keys);
     }
 
-    PrivateSession m_session;
-    TestClient m_client;
     std::unique_ptr<LinuxDesktop> m_desktop;
 };
 
-} // namespace
-
-std::unique_ptr<ContractWorld> makeX11World()
+// i3, whose two screens are made up. What nobody can do there by the Hints, its own program does.
+class I3ContractWorld final : public X11ContractWorld
 {
-    auto world = std::make_unique<X11ContractWorld>();
+public:
+    int displayCount() const override { return 2; }
+    bool minimizesInPlace() const override { return false; }
+    std::uint32_t open(const ContractWindow &window) override
+    {
+        const std::uint32_t number = X11ContractWorld::open(window);
+        if (window.kind == ContractWindowKind::Dock)
+            return number;
+        eventually([&] { return m_client.isManaged(number); });
+        tell(number,
+             u"move --no-auto-back-and-forth container to workspace number %1"_s.arg(window.desktop
+                                                                                     + 1));
+        return number;
+    }
+    void minimize(std::uint32_t window) override { tell(window, u"move scratchpad"_s); }
+    void putOnAllDesktops(std::uint32_t window) override { tell(window, u"sticky enable"_s); }
+    void showDesktop(int desktop) override
+    {
+        m_user.command(u"workspace --no-auto-back-and-forth number %1"_s.arg(desktop + 1));
+    }
+
+private:
+    std::unique_ptr<DesktopSession> openDriver() override
+    {
+        auto x11 = x11::X11Session::open(m_session.display());
+        const QByteArray socket = x11->managerSocket();
+        return i3::I3Session::open(socket, std::move(x11));
+    }
+    void tell(std::uint32_t window, const QString &command)
+    {
+        m_user.command(u"[id=%1] "_s.arg(window) + command);
+    }
+
+    TilingUser m_user{m_session};
+};
+
+template <typename World>
+std::unique_ptr<ContractWorld> makeWorld()
+{
+    auto world = std::make_unique<World>();
     if (!world->start())
         return nullptr;
     return world;
 }
+
+} // namespace
+
+std::unique_ptr<ContractWorld> makeX11World() { return makeWorld<X11ContractWorld>(); }
+
+std::unique_ptr<ContractWorld> makeI3World() { return makeWorld<I3ContractWorld>(); }
 
 } // namespace tovel

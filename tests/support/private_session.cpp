@@ -8,7 +8,9 @@
 
 #include <csignal>
 
+#include <pwd.h>
 #include <sys/prctl.h>
+#include <unistd.h>
 
 namespace tovel {
 
@@ -67,6 +69,8 @@ Manager managerFromEnvironment()
         return Manager::KWin;
     if (name == "i3")
         return Manager::I3;
+    if (name == "sway")
+        return Manager::Sway;
     return name == "xfwm4" ? Manager::Xfwm4 : Manager::Openbox;
 }
 
@@ -74,7 +78,7 @@ PrivateSession::PrivateSession(Manager manager, const SessionOptions &options)
     : m_environment(bareEnvironment())
     , m_manager(manager)
     , m_hasXWayland(options.xwayland)
-    , m_desktops(manager == Manager::I3 ? 1 : options.desktops)
+    , m_desktops(manager == Manager::I3 ? 2 : options.desktops)
 {
     m_environment.insert(u"GDK_BACKEND"_s, u"x11"_s);
     m_environment.insert(u"NO_AT_BRIDGE"_s, u"1"_s);
@@ -91,7 +95,7 @@ PrivateSession::PrivateSession(Manager manager, const SessionOptions &options)
                           QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     writeConfiguration(options);
 
-    if (manager == Manager::KWin) {
+    if (manager == Manager::KWin || manager == Manager::Sway) {
         startBus();
         if (options.permitsAll)
             m_environment.insert(u"KWIN_WAYLAND_NO_PERMISSION_CHECKS"_s, u"1"_s);
@@ -102,10 +106,11 @@ PrivateSession::PrivateSession(Manager manager, const SessionOptions &options)
     m_server = m_processes.back().get();
     m_server->setStandardErrorFile(QProcess::nullDevice());
     // A server that resets when its last client leaves would drop a manager that just connects.
-    m_server->start(u"Xvfb"_s,
-                    {u"-displayfd"_s, u"1"_s, u"-noreset"_s,
-                     options.tcp ? u"-listen"_s : u"-nolisten"_s, u"tcp"_s, u"-screen"_s, u"0"_s,
-                     QString::fromLatin1(options.screen)});
+    m_server->start(
+        u"Xvfb"_s,
+        {u"-displayfd"_s, u"1"_s, u"-noreset"_s, options.tcp ? u"-listen"_s : u"-nolisten"_s,
+         u"tcp"_s, u"-screen"_s, u"0"_s,
+         QString::fromLatin1(manager == Manager::I3 ? QByteArray("2560x800x24") : options.screen)});
     while (!m_server->canReadLine() && m_server->waitForReadyRead(Deadline)) { }
     const QByteArray number = m_server->readLine().trimmed();
     if (number.isEmpty())
@@ -163,7 +168,22 @@ void PrivateSession::writeConfiguration(const SessionOptions &options) const
     for (int i = 1; i <= options.desktops; ++i)
         desktops += u"Id_%1=00000000-0000-4000-8000-00000000000%1\n"_s.arg(i);
     write(u"config/kwinrc"_s, desktops);
-    write(u"config/i3/config"_s, u"font pango:monospace 8\n"_s);
+    QString tiling = u"default_floating_border none\nfor_window [class=\".*\"] floating enable\n"_s;
+    for (int i = 1; i <= 6; ++i)
+        tiling += u"workspace %1 output $%2\n"_s.arg(i).arg(i <= 4 ? u"left"_s : u"right"_s);
+    write(u"config/i3/config"_s,
+          u"# i3 config file (v4)\nfont pango:monospace 8\n"
+          "fake-outputs 1280x800+0+0,1280x800+1280+0\nset $left fake-0\nset $right fake-1\n"_s
+              + tiling);
+    // Nobody but the one that sway runs as would be let in by its X server.
+    write(u"config/sway/config"_s,
+          u"output HEADLESS-1 pos 0 0 res 1280x800\noutput HEADLESS-2 pos 1280 0 res 1024x768\n"
+          "set $left HEADLESS-1\nset $right HEADLESS-2\n"
+          "for_window [app_id=\".*\"] floating enable\nexec xhost +si:localuser:%1 && "
+          "echo $DISPLAY $WAYLAND_DISPLAY > $XDG_RUNTIME_DIR/names && "
+          "mv $XDG_RUNTIME_DIR/names $XDG_RUNTIME_DIR/ready\n"_s.arg(
+              QString::fromLocal8Bit(getpwuid(getuid())->pw_name))
+              + tiling);
     const QString action = options.activateAction.isEmpty()
         ? QString()
         : u"<property name=\"activate_action\" type=\"string\" value=\"%1\"/>"_s.arg(
@@ -195,6 +215,8 @@ bool PrivateSession::isReady()
 {
     if (m_manager == Manager::KWin)
         return isKWinReady();
+    if (m_manager == Manager::Sway)
+        return isSwayReady();
     if (m_display.isEmpty()) {
         qWarning("the X server does not start: %s", qPrintable(m_server->errorString()));
         return false;
@@ -260,6 +282,8 @@ void PrivateSession::startManager()
 {
     if (m_manager == Manager::KWin)
         startKWin();
+    else if (m_manager == Manager::Sway)
+        startSway();
     else if (m_manager == Manager::Openbox)
         m_managerProcess = &start(u"openbox"_s, {u"--sm-disable"_s});
     else if (m_manager == Manager::Icewm)
@@ -317,6 +341,53 @@ bool PrivateSession::isKWinReady()
     if (!isReady)
         qWarning("KWin %s", isManagerRunning() ? "is not ready" : "has ended");
     return isReady;
+}
+
+// It refuses to run as root, and then does as somebody without rights.
+void PrivateSession::startSway()
+{
+    const QString folder = m_folder.filePath(u"run"_s);
+    const QString socket = folder + u"/sway.sock"_s;
+    for (const QString &left : {socket, folder + u"/ready"_s})
+        QFile::remove(left);
+    const std::pair<QString, QString> variables[] = {{u"SWAYSOCK"_s, socket},
+                                                     {u"WLR_BACKENDS"_s, u"headless"_s},
+                                                     {u"WLR_HEADLESS_OUTPUTS"_s, u"2"_s},
+                                                     {u"WLR_RENDERER"_s, u"pixman"_s},
+                                                     {u"WLR_LIBINPUT_NO_DEVICES"_s, u"1"_s}};
+    for (const auto &[name, value] : variables)
+        m_environment.insert(name, value);
+    for (const auto &name : {u"WAYLAND_DISPLAY"_s, u"DISPLAY"_s, u"QT_QPA_PLATFORM"_s})
+        m_environment.remove(name);
+    QStringList words{u"sway"_s, u"-c"_s, m_folder.filePath(u"config/sway/config"_s)};
+    if (getuid() == 0) {
+        const passwd *nobody = getpwnam("nobody");
+        for (const QString &owned : {m_folder.path(), folder}) {
+            if (::chown(QFile::encodeName(owned).constData(), nobody->pw_uid, nobody->pw_gid) != 0)
+                qWarning("%s cannot be given away", qPrintable(owned));
+        }
+        words = QStringList{u"setpriv"_s, u"--reuid=nobody"_s, u"--regid=nogroup"_s,
+                            u"--clear-groups"_s, u"--pdeathsig=TERM"_s}
+            + words;
+    }
+    m_managerProcess = &start(words.takeFirst(), words);
+    m_server = m_managerProcess;
+}
+
+bool PrivateSession::isSwayReady()
+{
+    QFile ready(m_folder.filePath(u"run/ready"_s));
+    if (!eventually([&] { return ready.open(QIODevice::ReadOnly); }, Deadline)) {
+        qWarning("sway %s", isManagerRunning() ? "is not ready" : "has ended");
+        return false;
+    }
+    const QList<QByteArray> names = ready.readAll().trimmed().split(' ');
+    m_display = names.value(0);
+    m_environment.insert(u"DISPLAY"_s, QString::fromLatin1(m_display));
+    m_environment.insert(u"WAYLAND_DISPLAY"_s, QString::fromLatin1(names.value(1)));
+    m_environment.insert(u"GDK_BACKEND"_s, u"wayland"_s);
+    m_environment.insert(u"QT_QPA_PLATFORM"_s, u"wayland"_s);
+    return true;
 }
 
 bool PrivateSession::isManagerRunning()

@@ -13,15 +13,15 @@
 
 namespace tovel {
 
-enum class Manager { Openbox, Icewm, Xfwm4, I3, KWin };
+enum class Manager { Openbox, Icewm, Xfwm4, I3, KWin, Sway };
 
-// The manager that the environment variable TOVEL_TEST_MANAGER names: openbox, icewm, xfwm4, i3
-// or kwin.
+// The manager that the environment variable TOVEL_TEST_MANAGER names: openbox, icewm, xfwm4, i3,
+// kwin or sway.
 Manager managerFromEnvironment();
 
 struct SessionOptions
 {
-    int desktops = 4; // i3 starts with one
+    int desktops = 4; // those of i3 and sway come and go
     QByteArray screen = "1280x800x24";
     QString activateAction{}; // xfwm4's choice of that name; empty leaves it at its default
     bool tcp = false; // the server also listens on TCP, so that a client can hide its process
@@ -42,10 +42,11 @@ struct Outcome
     QString err{};
 };
 
-// An X server with a window manager, in folders of their own; or KWin as a Wayland session with a
-// bus, and without an X server but XWayland where it is wanted. Every process that was started here
-// has ended when this object goes, or when the test's process is killed. Starting fails the test by
-// isReady().
+// An X server with a window manager, in folders of their own; or, with a bus, KWin as a Wayland
+// session, without an X server but XWayland where it is wanted, that permits everything, or sway
+// with XWayland. i3 and sway have two screens; workspaces 1 to 4 belong on the first one, 5 and 6
+// on the other. Every process that was started here has ended when this object goes, or when the
+// test's process is killed. Starting fails the test by isReady().
 class PrivateSession final
 {
 public:
@@ -96,6 +97,8 @@ private:
     void startBus();
     void startKWin();
     bool isKWinReady();
+    void startSway();
+    bool isSwayReady();
     void writeConfiguration(const SessionOptions &options) const;
 
     QTemporaryDir m_folder;

@@ -36,10 +36,13 @@ bool TestClient::isConnected() const { return xcb_connection_has_error(m_connect
 std::uint32_t TestClient::open(const ClientWindow &window)
 {
     const std::uint32_t id = window.number ? window.number : xcb_generate_id(m_connection);
+    // Under a compositor a window of which nothing was drawn is not there.
+    const std::uint32_t background = 0xFFFFFF;
     xcb_create_window(m_connection, XCB_COPY_FROM_PARENT, id, m_root, 40, 60,
                       static_cast<std::uint16_t>(window.size.width()),
                       static_cast<std::uint16_t>(window.size.height()), 0,
-                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL,
+                      &background);
     const QByteArray name = window.application.toUtf8();
     setProperty(id, "WM_CLASS", "STRING", 8, name + '\0' + name + '\0');
     if (window.title)
