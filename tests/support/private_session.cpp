@@ -169,8 +169,9 @@ void PrivateSession::writeConfiguration(const SessionOptions &options) const
         desktops += u"Id_%1=00000000-0000-4000-8000-00000000000%1\n"_s.arg(i);
     write(u"config/kwinrc"_s, desktops);
     QString tiling = u"default_floating_border none\nfor_window [class=\".*\"] floating enable\n"_s;
-    for (int i = 1; i <= 6; ++i)
-        tiling += u"workspace %1 output $%2\n"_s.arg(i).arg(i <= 4 ? u"left"_s : u"right"_s);
+    for (const auto &name : {u"1"_s, u"2"_s, u"3"_s, u"4"_s})
+        tiling += u"workspace %1 output $left\n"_s.arg(name);
+    tiling += u"workspace 5 output $right\nset $far \"6: far\"\nworkspace $far output $right\n"_s;
     write(u"config/i3/config"_s,
           u"# i3 config file (v4)\nfont pango:monospace 8\n"
           "fake-outputs 1280x800+0+0,1280x800+1280+0\nset $left fake-0\nset $right fake-1\n"_s
@@ -400,6 +401,11 @@ void PrivateSession::killManager()
 {
     m_managerProcess->kill();
     m_managerProcess->waitForFinished();
+}
+
+void PrivateSession::pauseManager(bool paused)
+{
+    kill(static_cast<pid_t>(m_managerProcess->processId()), paused ? SIGSTOP : SIGCONT);
 }
 
 void PrivateSession::killServer()
