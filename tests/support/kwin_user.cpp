@@ -13,8 +13,16 @@ namespace tovel {
 
 namespace {
 
-// Later ones tell the stacking order in a message that many windows do not fit in.
-constexpr std::uint32_t ManagementVersion = 11;
+// KWin 5.27's later ones tell the stacking order in a message that many windows do not fit in, and
+// KWin 6 has to be asked for windows by their uuids.
+std::uint32_t managementVersion(std::uint32_t offered)
+{
+#ifdef ORG_KDE_PLASMA_WINDOW_MANAGEMENT_GET_STACKING_ORDER_SINCE_VERSION
+    if (offered >= ORG_KDE_PLASMA_WINDOW_MANAGEMENT_GET_STACKING_ORDER_SINCE_VERSION)
+        return ORG_KDE_PLASMA_WINDOW_MANAGEMENT_GET_STACKING_ORDER_SINCE_VERSION;
+#endif
+    return std::min(offered, 11U);
+}
 
 void ignore(void *, org_kde_plasma_virtual_desktop_management *) { }
 
@@ -31,7 +39,8 @@ struct KWinUser::Connection
     std::map<std::uint32_t, org_kde_plasma_window *> proxies;
     std::map<const org_kde_plasma_window *, QList<QByteArray>> places; // the desktops of each
 
-    void appear(wl_registry *registry, std::uint32_t name, const QByteArray &interface)
+    void appear(wl_registry *registry, std::uint32_t name, const QByteArray &interface,
+                std::uint32_t offered)
     {
         const auto bind = [&](auto *&proxy, const wl_interface &wanted, std::uint32_t version) {
             if (interface == wanted.name) {
@@ -39,7 +48,7 @@ struct KWinUser::Connection
                     wl_registry_bind(registry, name, &wanted, version));
             }
         };
-        bind(management, org_kde_plasma_window_management_interface, ManagementVersion);
+        bind(management, org_kde_plasma_window_management_interface, managementVersion(offered));
         bind(manager, org_kde_plasma_virtual_desktop_management_interface, 1);
         bind(keyboard, org_kde_kwin_fake_input_interface, 4);
     }
@@ -54,7 +63,7 @@ struct KWinUser::Connection
 
     org_kde_plasma_window *proxy(std::uint32_t window) const { return proxies.at(window); }
 
-    void add(std::uint32_t number);
+    void add(std::uint32_t number, const char *uuid);
 };
 
 namespace {
@@ -67,7 +76,7 @@ constexpr auto Nothing = [](void *, Window *) {};
 
 } // namespace
 
-void KWinUser::Connection::add(std::uint32_t number)
+void KWinUser::Connection::add(std::uint32_t number, const char *name)
 {
     static constexpr org_kde_plasma_window_listener listener{
         .title_changed = Text,
@@ -90,9 +99,13 @@ void KWinUser::Connection::add(std::uint32_t number)
         = [](void *data, Window *window,
              const char *uuid) { static_cast<Connection *>(data)->places[window].removeAll(uuid); },
         .application_menu = [](void *, Window *, const char *, const char *) {},
+        .activity_entered = Text,
+        .activity_left = Text,
+        .resource_name_changed = Text,
     };
     windows.append(number);
-    proxies[number] = org_kde_plasma_window_management_get_window(management, number);
+    proxies[number] = name ? org_kde_plasma_window_management_get_window_by_uuid(management, name)
+                           : org_kde_plasma_window_management_get_window(management, number);
     org_kde_plasma_window_add_listener(proxies[number], &listener, this);
 }
 
@@ -105,7 +118,9 @@ KWinUser::KWinUser(const QByteArray &socket)
         return;
     static constexpr wl_registry_listener globals{
         [](void *data, wl_registry *registry, std::uint32_t name, const char *interface,
-           std::uint32_t) { static_cast<Connection *>(data)->appear(registry, name, interface); },
+           std::uint32_t version) {
+            static_cast<Connection *>(data)->appear(registry, name, interface, version);
+        },
         [](void *, wl_registry *, std::uint32_t) {}};
     wl_registry *registry = wl_display_get_registry(it.display);
     wl_registry_add_listener(registry, &globals, &it);
@@ -115,9 +130,16 @@ KWinUser::KWinUser(const QByteArray &socket)
         return;
     static constexpr org_kde_plasma_window_management_listener management{
         .show_desktop_changed = [](void *, org_kde_plasma_window_management *, std::uint32_t) {},
-        .window = [](void *data, org_kde_plasma_window_management *,
-                     std::uint32_t number) { static_cast<Connection *>(data)->add(number); },
+        .window
+        = [](void *data, org_kde_plasma_window_management *,
+             std::uint32_t number) { static_cast<Connection *>(data)->add(number, nullptr); },
         .stacking_order_changed = [](void *, org_kde_plasma_window_management *, wl_array *) {},
+        .window_with_uuid
+        = [](void *data, org_kde_plasma_window_management *, std::uint32_t number,
+             const char *uuid) { static_cast<Connection *>(data)->add(number, uuid); },
+#ifdef ORG_KDE_PLASMA_WINDOW_MANAGEMENT_GET_STACKING_ORDER_SINCE_VERSION
+        .stacking_order_changed_2 = [](void *, org_kde_plasma_window_management *) {},
+#endif
     };
     org_kde_plasma_window_management_add_listener(it.management, &management, &it);
     static constexpr org_kde_plasma_virtual_desktop_management_listener manager{

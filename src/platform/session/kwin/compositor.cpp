@@ -30,8 +30,9 @@ void Compositor::appear(const Global &global)
                 global, &org_kde_plasma_virtual_desktop_management_interface, Desktops::Version));
         m_desktops.emplace(*m_connection, management, m_identities.changes);
     } else if (global.interface == org_kde_plasma_window_management_interface.name && !m_windows) {
-        auto *management = static_cast<org_kde_plasma_window_management *>(m_connection->bind(
-            global, &org_kde_plasma_window_management_interface, Windows::Version));
+        auto *management = static_cast<org_kde_plasma_window_management *>(
+            m_connection->bind(global, &org_kde_plasma_window_management_interface,
+                               Windows::versionOf(global.version)));
         m_windows.emplace(*m_connection, management, m_identities.changes, m_identities.nextWindow);
     } else if (global.interface == wl_seat_interface.name && !m_keyboard) {
         m_keyboard.emplace(*m_connection, global);

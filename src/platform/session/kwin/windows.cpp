@@ -4,8 +4,10 @@
 #include "platform/session/kwin/told_texts.h"
 
 #include <plasma-window-management-client.h>
+#include <wayland-client.h>
 
 #include <algorithm>
+#include <span>
 
 namespace tovel::kwin {
 
@@ -70,19 +72,52 @@ constexpr org_kde_plasma_window_listener WindowListener{
     .virtual_desktop_entered = enter,
     .virtual_desktop_left = leave,
     .application_menu = [](void *, Proxy *, const char *, const char *) {},
+    .activity_entered = [](void *, Proxy *, const char *) {},
+    .activity_left = [](void *, Proxy *, const char *) {},
+    .resource_name_changed = [](void *, Proxy *, const char *) {},
 };
 
 constexpr org_kde_plasma_window_management_listener ManagementListener{
     .show_desktop_changed = [](void *, Management *, std::uint32_t) {},
     .window = [](void *data, Management *,
-                 std::uint32_t counter) { static_cast<Windows *>(data)->add(counter); },
+                 std::uint32_t counter) { static_cast<Windows *>(data)->add(counter, ""); },
     .stacking_order_changed =
         [](void *data, Management *, wl_array *counters) {
-            static_cast<Windows *>(data)->restack(
-                {static_cast<const std::uint32_t *>(counters->data),
-                 counters->size / sizeof(std::uint32_t)});
+            std::vector<QByteArray> keys;
+            const auto *first = static_cast<const std::uint32_t *>(counters->data);
+            for (const std::uint32_t counter :
+                 std::span(first, counters->size / sizeof(std::uint32_t)))
+                keys.push_back(QByteArray::number(counter));
+            static_cast<Windows *>(data)->restack(std::move(keys));
         },
+    .stacking_order_uuid_changed =
+        [](void *data, Management *, const char *uuids) {
+            const auto keys = QByteArray(uuids).split(';');
+            static_cast<Windows *>(data)->restack({keys.begin(), keys.end()});
+        },
+    .window_with_uuid = [](void *data, Management *, std::uint32_t counter,
+                           const char *uuid) { static_cast<Windows *>(data)->add(counter, uuid); },
+#ifdef ORG_KDE_PLASMA_WINDOW_MANAGEMENT_GET_STACKING_ORDER_SINCE_VERSION
+    .stacking_order_changed_2
+    = [](void *data, Management *) { static_cast<Windows *>(data)->askForOrder(); },
+#endif
 };
+
+#ifdef ORG_KDE_PLASMA_WINDOW_MANAGEMENT_GET_STACKING_ORDER_SINCE_VERSION
+constexpr org_kde_plasma_stacking_order_listener OrderListener{
+    .window = [](void *data, org_kde_plasma_stacking_order *proxy,
+                 const char *uuid) { static_cast<Windows *>(data)->nextInOrder(proxy, uuid); },
+    .done
+    = [](void *data,
+         org_kde_plasma_stacking_order *proxy) { static_cast<Windows *>(data)->takeOrder(proxy); },
+};
+
+constexpr std::uint32_t OrderVersion
+    = ORG_KDE_PLASMA_WINDOW_MANAGEMENT_GET_STACKING_ORDER_SINCE_VERSION;
+#else
+// The protocol's files on the machine of the build know no later one.
+constexpr std::uint32_t OrderVersion = 16;
+#endif
 
 } // namespace
 
@@ -108,6 +143,13 @@ bool Window::skipsTaskBar() const
     return states & ORG_KDE_PLASMA_WINDOW_MANAGEMENT_STATE_SKIPTASKBAR;
 }
 
+std::uint32_t Windows::versionOf(std::uint32_t offered)
+{
+    constexpr std::uint32_t last = 16; // that KWin 5.27 offers
+    constexpr std::uint32_t withNumbers = 11;
+    return offered > last ? OrderVersion : std::min(offered, withNumbers);
+}
+
 Windows::Windows(Connection &connection, Management *management, std::uint64_t &changes,
                  std::uint32_t &nextId)
     : m_connection(connection)
@@ -116,27 +158,42 @@ Windows::Windows(Connection &connection, Management *management, std::uint64_t &
     , m_nextId(nextId)
 {
     org_kde_plasma_window_management_add_listener(m_management, &ManagementListener, this);
+    askForOrder();
 }
 
 Windows::~Windows()
 {
     for (const auto &entry : m_entries)
         destroyProxies(*entry);
+    for (const Order &order : m_orders)
+        wl_proxy_destroy(reinterpret_cast<wl_proxy *>(order.proxy));
     org_kde_plasma_window_management_destroy(m_management);
 }
 
-void Windows::add(std::uint32_t counter)
+void Windows::add(std::uint32_t counter, const char *uuid)
 {
     if (m_entries.size() >= MaximumWindows) {
         m_hasMore = true;
         return;
     }
     auto entry = std::make_unique<Entry>(
-        Entry{.owner = this, .counter = counter, .window = {.id = m_nextId++}});
-    entry->proxy = org_kde_plasma_window_management_get_window(m_management, counter);
-    org_kde_plasma_window_add_listener(entry->proxy, &WindowListener, entry.get());
-    m_connection.expectMore();
+        Entry{.owner = this, .counter = counter, .key = uuid, .window = {.id = m_nextId++}});
+    if (entry->key.isEmpty())
+        entry->key = QByteArray::number(counter);
+    entry->proxy = ask(*entry);
     m_entries.push_back(std::move(entry));
+}
+
+Proxy *Windows::ask(Entry &entry)
+{
+    const bool hasUuid = org_kde_plasma_window_management_get_version(m_management)
+        >= ORG_KDE_PLASMA_WINDOW_MANAGEMENT_WINDOW_WITH_UUID_SINCE_VERSION;
+    Proxy *proxy = hasUuid
+        ? org_kde_plasma_window_management_get_window_by_uuid(m_management, entry.key)
+        : org_kde_plasma_window_management_get_window(m_management, entry.counter);
+    org_kde_plasma_window_add_listener(proxy, &WindowListener, &entry);
+    m_connection.expectMore();
+    return proxy;
 }
 
 void Windows::remove(Entry &entry)
@@ -158,10 +215,39 @@ void Windows::destroyProxies(Entry &entry)
         org_kde_plasma_window_destroy(entry.copy);
 }
 
-void Windows::restack(std::span<const std::uint32_t> counters)
+void Windows::restack(std::vector<QByteArray> keys)
 {
-    m_stacking.assign(counters.begin(), counters.end());
+    if (m_stacking == keys)
+        return;
+    m_stacking = std::move(keys);
     ++m_changes;
+}
+
+void Windows::askForOrder()
+{
+#ifdef ORG_KDE_PLASMA_WINDOW_MANAGEMENT_GET_STACKING_ORDER_SINCE_VERSION
+    if (org_kde_plasma_window_management_get_version(m_management) < OrderVersion)
+        return;
+    auto *proxy = org_kde_plasma_window_management_get_stacking_order(m_management);
+    org_kde_plasma_stacking_order_add_listener(proxy, &OrderListener, this);
+    m_orders.push_back({proxy, {}});
+    m_connection.expectMore();
+#endif
+}
+
+void Windows::nextInOrder(org_kde_plasma_stacking_order *proxy, const char *uuid)
+{
+    const auto order = std::ranges::find(m_orders, proxy, &Order::proxy);
+    if (order->keys.size() < MaximumWindows)
+        order->keys.emplace_back(uuid);
+}
+
+void Windows::takeOrder(org_kde_plasma_stacking_order *proxy)
+{
+    const auto order = std::ranges::find(m_orders, proxy, &Order::proxy);
+    restack(std::move(order->keys));
+    m_orders.erase(order);
+    wl_proxy_destroy(reinterpret_cast<wl_proxy *>(proxy));
 }
 
 void Windows::adopt(Entry &entry, Proxy *parent)
@@ -177,8 +263,7 @@ bool Windows::askForParents()
     for (const auto &entry : m_entries) {
         if (entry->window.parent != 0 || entry->copy)
             continue;
-        entry->copy = org_kde_plasma_window_management_get_window(m_management, entry->counter);
-        org_kde_plasma_window_add_listener(entry->copy, &WindowListener, entry.get());
+        entry->copy = ask(*entry);
         hasAsked = true;
     }
     return hasAsked;
@@ -213,12 +298,12 @@ std::vector<std::uint32_t> Windows::stackingOrder() const
     std::vector<std::uint32_t> order;
     // Of a window that has just come, the order does not tell yet.
     for (auto entry = m_entries.rbegin(); entry != m_entries.rend(); ++entry) {
-        if ((*entry)->isKnown && std::ranges::count(m_stacking, (*entry)->counter) == 0)
+        if ((*entry)->isKnown && std::ranges::count(m_stacking, (*entry)->key) == 0)
             order.push_back((*entry)->window.id);
     }
-    for (auto counter = m_stacking.rbegin(); counter != m_stacking.rend(); ++counter) {
-        const auto found = std::ranges::find(m_entries, *counter,
-                                             [](const auto &entry) { return entry->counter; });
+    for (auto key = m_stacking.rbegin(); key != m_stacking.rend(); ++key) {
+        const auto found
+            = std::ranges::find(m_entries, *key, [](const auto &entry) { return entry->key; });
         if (found != m_entries.end() && (*found)->isKnown)
             order.push_back((*found)->window.id);
     }

@@ -1,14 +1,16 @@
 #pragma once
 
+#include <QByteArray>
 #include <QRectF>
 #include <QString>
 #include <QStringList>
 
 #include <cstdint>
 #include <memory>
-#include <span>
+
 #include <vector>
 
+struct org_kde_plasma_stacking_order;
 struct org_kde_plasma_window;
 struct org_kde_plasma_window_management;
 
@@ -43,9 +45,11 @@ inline constexpr std::size_t MaximumWindows = 8192;
 class Windows final
 {
 public:
-    // From 12 to 16, KWin 5.27 tells the stacking order by one message that cannot take the names
-    // of more than 104 windows: it drops the client that asked for them.
-    static constexpr std::uint32_t Version = 11;
+    // The version to take of those that are offered. From 12 to 16 the stacking order is told by
+    // one message that cannot take the names of more than 104 windows: KWin 5.27 drops the client
+    // that asked for them. KWin 6, which has later ones, ends a window at once that is asked for by
+    // its number, as is done before 12.
+    static std::uint32_t versionOf(std::uint32_t offered);
 
     // The changes are counted in the number, the ids are taken from the other; both outlive this.
     Windows(Connection &connection, org_kde_plasma_window_management *management,
@@ -80,17 +84,29 @@ public:
         org_kde_plasma_window *proxy = nullptr;
         org_kde_plasma_window *copy = nullptr;
         std::uint32_t counter = 0; // KWin's number
+        QByteArray key{}; // its uuid where KWin tells that, else the number
         bool isKnown = false; // its first state has been told
         Window window{};
     };
-    void add(std::uint32_t counter);
-    void restack(std::span<const std::uint32_t> counters);
+    void add(std::uint32_t counter, const char *uuid);
+    void restack(std::vector<QByteArray> keys);
+    void askForOrder();
+    void takeOrder(org_kde_plasma_stacking_order *proxy);
+    void nextInOrder(org_kde_plasma_stacking_order *proxy, const char *uuid);
     void remove(Entry &entry);
     void changed(bool isDifferent) { m_changes += isDifferent; }
     void adopt(Entry &entry, org_kde_plasma_window *parent);
 
 private:
+    // The order as it is being told, bottom to top.
+    struct Order
+    {
+        org_kde_plasma_stacking_order *proxy = nullptr;
+        std::vector<QByteArray> keys;
+    };
+
     Entry *entry(std::uint32_t id) const;
+    org_kde_plasma_window *ask(Entry &entry);
     void setState(std::uint32_t window, std::uint32_t state, bool on);
     void destroyProxies(Entry &entry);
 
@@ -99,7 +115,8 @@ private:
     std::uint64_t &m_changes;
     std::uint32_t &m_nextId;
     std::vector<std::unique_ptr<Entry>> m_entries;
-    std::vector<std::uint32_t> m_stacking; // KWin's numbers, bottom to top
+    std::vector<QByteArray> m_stacking; // keys, bottom to top
+    std::vector<Order> m_orders; // that were asked for
     bool m_hasMore = false;
 };
 
