@@ -107,6 +107,21 @@ private Q_SLOTS:
         QVERIFY(!m_panel->isVisible());
     }
 
+    void asksForAllDesktopsUntilTheSessionHasIt()
+    {
+        const auto asked = [this](double seconds) {
+            m_simulation->clock().advance(seconds);
+            return m_simulation->takeJournal().filter(u"collectionBehavior"_s).size();
+        };
+        show();
+        QVERIFY(asked(0.2) > 1);
+        m_panel->orderOut();
+        QCOMPARE((m_simulation->takeJournal(), asked(1)), 0);
+        show();
+        QVERIFY(asked(5) > 1);
+        QCOMPARE(asked(60), 0);
+    }
+
     void keepsTheFrameOnceItRests()
     {
         m_panel->move(30, 20);

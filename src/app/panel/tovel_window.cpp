@@ -34,6 +34,10 @@ constexpr double HidingTime = 0.15;
 // Seconds after which a window is there that is never exposed, since others cover it.
 constexpr double ArrivalTime = 0.5;
 
+// A compositor has a window only once it has its picture, a little after the toolkit shows it.
+constexpr double RetryTime = 0.05; // seconds
+constexpr int MostAttempts = 20;
+
 constexpr int MenuMargin = 8; // from the leading edge to a menu that was opened by key
 
 // What a manager's frame may add to the content, allowed for while it is not known.
@@ -195,6 +199,7 @@ void TovelWindow::hideEvent(QHideEvent *event)
         return;
     m_saveTimer.reset();
     m_arrivalTimer.reset();
+    m_settlingTimer.reset();
     // Managers take the state off the window as they withdraw it.
     m_arrivalState = windowState() & LargeStates;
     m_drag.reset();
@@ -298,9 +303,7 @@ void TovelWindow::arrive()
 {
     m_arrivalTimer.reset();
     m_awaitsExposure = false;
-    joinAllSpaces();
-    if (m_level != NSNormalWindowLevel)
-        applyLevel();
+    settle(MostAttempts);
     if (std::exchange(m_wantsFocus, false))
         takeFocus();
     if (m_arrivalState)
@@ -308,9 +311,17 @@ void TovelWindow::arrive()
     saveFrameSoon();
 }
 
-void TovelWindow::joinAllSpaces()
+void TovelWindow::settle(int attempts)
 {
-    currentPlatform().ownWindows().setCollectionBehavior(ownWindow(*windowHandle()), Behavior);
+    m_settlingTimer.reset();
+    const bool isThere = currentPlatform().ownWindows().setCollectionBehavior(
+        ownWindow(*windowHandle()), Behavior);
+    if (m_level != NSNormalWindowLevel)
+        applyLevel();
+    if (!isThere && attempts > 1) {
+        m_settlingTimer = currentPlatform().clock().startTimer(
+            RetryTime, false, [this, attempts] { settle(attempts - 1); });
+    }
 }
 
 void TovelWindow::applyLevel()

@@ -96,7 +96,7 @@ private:
 
     void openMenu(QPoint position);
     void arrive();
-    void joinAllSpaces();
+    void settle(int attempts);
     void applyLevel();
     void takeFocus();
     void saveWindowFrame();
@@ -117,6 +117,7 @@ private:
     std::unique_ptr<Timer> m_saveTimer;
     std::unique_ptr<Timer> m_showTimer;
     std::unique_ptr<Timer> m_arrivalTimer;
+    std::unique_ptr<Timer> m_settlingTimer;
     double m_hiddenUntil = -std::numeric_limits<double>::infinity(); // on the platform's clock
     std::optional<Drag> m_drag;
     bool m_awaitsExposure = false;
