@@ -116,8 +116,7 @@ void I3Session::lookAgain()
     }
     const auto answer
         = isConnected() ? m_connection->ask(MessageType::GetTree, {}, Patience) : std::nullopt;
-    const auto tree = answer ? readTree(*answer) : std::nullopt;
-    if (!tree) {
+    if (!answer) {
         lose();
         return;
     }
@@ -126,6 +125,11 @@ void I3Session::lookAgain()
     const std::uint64_t x11Revision = m_x11 ? m_x11->revision() : 0;
     if (*answer == m_tree && x11Revision == m_x11Revision)
         return;
+    const auto tree = readTree(*answer);
+    if (!tree) {
+        lose();
+        return;
+    }
     m_tree = *answer;
     m_x11Revision = x11Revision;
     Sources sources{.compositor = m_version->compositor, .tree = *tree, .assigned = m_assigned};

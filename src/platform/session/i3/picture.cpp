@@ -89,8 +89,9 @@ void Picture::draw(const Sources &sources)
 {
     ++m_revision;
     QList<TreeOutput> outputs = sources.tree.outputs;
-    std::ranges::stable_partition(
-        outputs, [&sources](const TreeOutput &output) { return output.name == sources.primary; });
+    std::stable_partition(outputs.begin(), outputs.end(), [&sources](const TreeOutput &output) {
+        return output.name == sources.primary;
+    });
     QStringList existing;
     for (const TreeOutput &output : outputs)
         existing += output.workspaces;
