@@ -24,6 +24,8 @@ private Q_SLOTS:
                                      "activationDesktopPolicy: 0\n"_s
                                   << u"5.27.5"_s << true;
         QTest::newRow("brought here") << u"activationDesktopPolicy: 1"_s << QString() << false;
+        QTest::newRow("by its name")
+            << u"activationDesktopPolicy: SwitchToOtherDesktop"_s << QString() << true;
         QTest::newRow("no policy") << u"KWin version: 6.3.6"_s << u"6.3.6"_s << false;
         QTest::newRow("no number") << u"activationDesktopPolicy: 0x0"_s << QString() << false;
         QTest::newRow("a version without end")

@@ -37,7 +37,8 @@ SupportInformation parseSupportInformation(const QString &text)
         if (key == u"KWin version" && information.version.isEmpty())
             information.version = value.left(MaximumVersionLength).toString();
         else if (key == u"activationDesktopPolicy")
-            information.activationShowsDesktop = value == u"0";
+            // By its number in KWin 5, by its name in KWin 6.
+            information.activationShowsDesktop = value == u"0" || value == u"SwitchToOtherDesktop";
     }
     return information;
 }
