@@ -33,7 +33,7 @@ void Compositor::appear(const Global &global)
         auto *management = static_cast<org_kde_plasma_window_management *>(
             m_connection->bind(global, &org_kde_plasma_window_management_interface,
                                Windows::versionOf(global.version)));
-        m_windows.emplace(*m_connection, management, m_identities.changes, m_identities.nextWindow);
+        m_windows.emplace(*m_connection, management, m_identities.changes, m_identities.lastWindow);
     } else if (global.interface == wl_seat_interface.name && !m_keyboard) {
         m_keyboard.emplace(*m_connection, global);
     }

@@ -20,7 +20,7 @@ namespace tovel::kwin {
 struct Identities
 {
     std::uint64_t changes = 1; // counted of everything that is kept
-    std::uint32_t nextWindow = 1;
+    std::uint32_t lastWindow = 0; // the highest number that a window was given
     QHash<QString, std::uint32_t> screens; // by name
     QHash<QString, std::uint64_t> workspaces; // by uuid
 };

@@ -151,11 +151,12 @@ std::uint32_t Windows::versionOf(std::uint32_t offered)
 }
 
 Windows::Windows(Connection &connection, Management *management, std::uint64_t &changes,
-                 std::uint32_t &nextId)
+                 std::uint32_t &lastId)
     : m_connection(connection)
     , m_management(management)
     , m_changes(changes)
-    , m_nextId(nextId)
+    , m_lastId(lastId)
+    , m_before(lastId)
 {
     org_kde_plasma_window_management_add_listener(m_management, &ManagementListener, this);
     askForOrder();
@@ -176,8 +177,9 @@ void Windows::add(std::uint32_t counter, const char *uuid)
         m_hasMore = true;
         return;
     }
-    auto entry = std::make_unique<Entry>(
-        Entry{.owner = this, .counter = counter, .key = uuid, .window = {.id = m_nextId++}});
+    auto entry = std::make_unique<Entry>(Entry{
+        .owner = this, .counter = counter, .key = uuid, .window = {.id = m_before + counter}});
+    m_lastId = std::max(m_lastId, entry->window.id);
     if (entry->key.isEmpty())
         entry->key = QByteArray::number(counter);
     entry->proxy = ask(*entry);

@@ -20,7 +20,7 @@ class Connection;
 
 struct Window
 {
-    std::uint32_t id = 0; // ours
+    std::uint32_t id = 0; // unlike KWin's number, not that of another window of an earlier KWin
     QString title;
     QString application;
     std::uint32_t states = 0; // org_kde_plasma_window_management.state
@@ -51,9 +51,10 @@ public:
     // its number, as is done before 12.
     static std::uint32_t versionOf(std::uint32_t offered);
 
-    // The changes are counted in the number, the ids are taken from the other; both outlive this.
+    // The changes are counted in the number; the ids begin after the other, the highest so far.
+    // Every program that knew no earlier KWin gives the same ids. Both numbers outlive this.
     Windows(Connection &connection, org_kde_plasma_window_management *management,
-            std::uint64_t &changes, std::uint32_t &nextId);
+            std::uint64_t &changes, std::uint32_t &lastId);
     ~Windows();
 
     Windows(const Windows &) = delete;
@@ -113,7 +114,8 @@ private:
     Connection &m_connection;
     org_kde_plasma_window_management *m_management;
     std::uint64_t &m_changes;
-    std::uint32_t &m_nextId;
+    std::uint32_t &m_lastId;
+    std::uint32_t m_before; // the highest id of earlier ones
     std::vector<std::unique_ptr<Entry>> m_entries;
     std::vector<QByteArray> m_stacking; // keys, bottom to top
     std::vector<Order> m_orders; // that were asked for
