@@ -27,12 +27,15 @@ struct OwnWindow
 
 // What the program asks for its own windows (NSWindow). A request is for a window that is shown and
 // holds until it is hidden: ask again after each showing, for it may have become another window.
-// Each call tells whether the request was made, which says nothing of its outcome; for a window
-// that is not there it is not.
+// It tells whether it was made, which says nothing of its outcome; for a window that is not there
+// it is not.
 class OwnWindows
 {
 public:
     virtual ~OwnWindows() = default;
+
+    // The number by which the window server knows the window; 0 while it does not.
+    virtual std::uint32_t numberOf(const OwnWindow &window) = 0;
 
     // With NSWindowCollectionBehaviorCanJoinAllSpaces the window is on every space; without it, on
     // the one that is shown. Whether it may appear beside a full-screen window is the session's to

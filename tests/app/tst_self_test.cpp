@@ -26,7 +26,7 @@ public:
         m_desktop.addApplication({.pid = m_pid});
     }
 
-    std::uint32_t open(const QString &title, const QRect &content) override
+    OwnWindow open(const QString &title, const QRect &content) override
     {
         const bool isFirst = m_opened++ == 0;
         const std::uint32_t number = isFirst ? movingWindow : stayingWindow;
@@ -36,10 +36,14 @@ public:
                                                  .frame = QRectF(content),
                                                  .moveDelay = 0.25});
         m_desktop.after(isFirst ? 0 : 0.2, [&window] { window.spaces = {10}; });
-        return number;
+        return {number, title};
     }
 
-    void minimize(std::uint32_t number) override { m_desktop.window(number).minimized = true; }
+    void minimize(const QString &title) override
+    {
+        const bool isFirst = m_desktop.window(movingWindow).title == title;
+        m_desktop.window(isFirst ? movingWindow : stayingWindow).minimized = true;
+    }
 
     bool start() override
     {

@@ -96,7 +96,7 @@ PrivateSession::PrivateSession(Manager manager, const SessionOptions &options)
     writeConfiguration(options);
 
     if (manager == Manager::KWin || manager == Manager::Sway) {
-        startBus();
+        startBus(options.assistive);
         if (options.permitsAll)
             m_environment.insert(u"KWIN_WAYLAND_NO_PERMISSION_CHECKS"_s, u"1"_s);
         startManager();
@@ -118,20 +118,20 @@ PrivateSession::PrivateSession(Manager manager, const SessionOptions &options)
     m_display = ':' + number;
     m_environment.insert(u"DISPLAY"_s, QString::fromLatin1(m_display));
     if (manager == Manager::Xfwm4 || options.bus || options.assistive)
-        startBus();
-    if (options.assistive) {
-        m_environment.insert(u"QT_LINUX_ACCESSIBILITY_ALWAYS_ON"_s, u"1"_s);
-        start(u"/usr/libexec/at-spi-bus-launcher"_s, {u"--launch-immediately"_s});
-    }
+        startBus(options.assistive);
     startManager();
 }
 
-void PrivateSession::startBus()
+void PrivateSession::startBus(bool assistive)
 {
     const QString bus = u"unix:path="_s + m_folder.filePath(u"run/bus"_s);
     start(u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--address="_s + bus});
     eventually([this] { return QFile::exists(m_folder.filePath(u"run/bus"_s)); });
     m_environment.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, bus);
+    if (assistive) {
+        m_environment.insert(u"QT_LINUX_ACCESSIBILITY_ALWAYS_ON"_s, u"1"_s);
+        start(u"/usr/libexec/at-spi-bus-launcher"_s, {u"--launch-immediately"_s});
+    }
 }
 
 PrivateSession::~PrivateSession()
@@ -301,7 +301,7 @@ void PrivateSession::startKWin()
     const QString copy = m_folder.filePath(u"kwin_wayland"_s);
     QFile::copy(QStandardPaths::findExecutable(u"kwin_wayland"_s), copy);
     m_environment.insert(u"LIBGL_ALWAYS_SOFTWARE"_s, u"1"_s);
-    for (const auto &variable : {u"WAYLAND_DISPLAY"_s, u"QT_QPA_PLATFORM"_s})
+    for (const auto &variable : {u"WAYLAND_DISPLAY"_s, u"DISPLAY"_s})
         m_environment.remove(variable);
     QStringList arguments{u"--virtual"_s, u"--width"_s,         u"1280"_s,     u"--height"_s,
                           u"800"_s,       u"--no-lockscreen"_s, u"--socket"_s, Socket};
@@ -316,7 +316,8 @@ void PrivateSession::startKWin()
     m_server = m_managerProcess;
     m_environment.insert(u"WAYLAND_DISPLAY"_s, Socket);
     m_environment.insert(u"GDK_BACKEND"_s, u"wayland"_s);
-    m_environment.insert(u"QT_QPA_PLATFORM"_s, u"wayland"_s);
+    m_environment.insert(u"XDG_SESSION_TYPE"_s, u"wayland"_s);
+    m_environment.insert(u"XDG_CURRENT_DESKTOP"_s, u"KDE"_s);
 }
 
 bool PrivateSession::isKWinReady()

@@ -96,7 +96,7 @@ public:
     void pauseServer(bool paused);
 
 private:
-    void startBus();
+    void startBus(bool assistive);
     void startKWin();
     bool isKWinReady();
     void startSway();

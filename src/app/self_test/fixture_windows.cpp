@@ -2,6 +2,7 @@
 
 #include "model/readings.h"
 #include "platform/clock.h"
+#include "platform/own_windows.h"
 #include "platform/platform.h"
 #include "platform/sleep.h"
 
@@ -19,11 +20,12 @@ QCoro::Task<FixturePair> openFixturePair(Platform &platform, FixtureWindows &win
                                          QString firstTitle, QString secondTitle)
 {
     Clock &clock = platform.clock();
+    const OwnWindow first = windows.open(firstTitle, firstFixtureContent);
+    const OwnWindow second = windows.open(secondTitle, secondFixtureContent);
     FixturePair pair;
-    pair.first = windows.open(firstTitle, firstFixtureContent);
-    pair.second = windows.open(secondTitle, secondFixtureContent);
     // Showing a window is only a request, which a busy window manager takes its time to grant.
     for (int i = 0; i < mostGlances; ++i) {
+        pair = {platform.ownWindows().numberOf(first), platform.ownWindows().numberOf(second)};
         if (!readWindowSpaces(pair.first).isEmpty() && !readWindowSpaces(pair.second).isEmpty())
             break;
         co_await Sleep(clock, glance);

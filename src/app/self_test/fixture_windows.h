@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/own_windows.h"
+
 #include <QCoroTask>
 #include <QRect>
 #include <QString>
@@ -17,14 +19,16 @@ class FixtureWindows
 public:
     virtual ~FixtureWindows() = default;
 
-    // Shows a titled window in front, its content in the rectangle of screen coordinates, and
-    // gives its number. The window stays until this object goes, even when the user closes it.
-    virtual std::uint32_t open(const QString &title, const QRect &content) = 0;
+    // Shows a titled window in front, its content in the rectangle of screen coordinates where
+    // programs choose their windows' places. The window stays until this object goes, even when the
+    // user closes it.
+    virtual OwnWindow open(const QString &title, const QRect &content) = 0;
 
-    // The number must be that of a window opened here.
-    virtual void minimize(std::uint32_t number) = 0;
+    // The title must be that of a window opened here.
+    virtual void minimize(const QString &title) = 0;
 };
 
+// Their numbers; 0 for one that the window server does not know.
 struct FixturePair
 {
     std::uint32_t first = 0;

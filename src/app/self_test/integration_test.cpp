@@ -52,10 +52,11 @@ QCoro::Task<int> testMovement(const SelfTestSetting &setting, FixtureWindows &wi
         co_return SelfTestSkipped;
     }
 
-    const auto [moving, staying] = co_await openFixturePair(
-        platform, windows, u"Tovel movement test"_s, u"Tovel stationary test"_s);
+    const QString title = u"Tovel movement test"_s;
+    const auto [moving, staying]
+        = co_await openFixturePair(platform, windows, title, u"Tovel stationary test"_s);
     if (minimized) {
-        windows.minimize(moving);
+        windows.minimize(title);
         co_await Sleep(clock, pause);
         co_await Sleep(clock, pause);
     }

@@ -1,5 +1,7 @@
 #include "app/tovel/window_set.h"
 
+#include "app/panel/own_window.h"
+
 #include <QPainter>
 #include <QRasterWindow>
 
@@ -25,7 +27,7 @@ protected:
 WindowSet::WindowSet() = default;
 WindowSet::~WindowSet() = default;
 
-std::uint32_t WindowSet::open(const QString &title, const QRect &content)
+OwnWindow WindowSet::open(const QString &title, const QRect &content)
 {
     auto window = std::make_unique<PlainWindow>();
     window->setTitle(title);
@@ -33,15 +35,14 @@ std::uint32_t WindowSet::open(const QString &title, const QRect &content)
     window->setGeometry(content);
     window->show();
     window->raise();
-    const auto number = static_cast<std::uint32_t>(window->winId());
     m_windows.push_back(std::move(window));
-    return number;
+    return ownWindow(*m_windows.back());
 }
 
-void WindowSet::minimize(std::uint32_t number)
+void WindowSet::minimize(const QString &title)
 {
     for (const auto &window : m_windows) {
-        if (window->winId() == number)
+        if (window->title() == title)
             window->showMinimized();
     }
 }

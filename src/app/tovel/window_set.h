@@ -16,8 +16,8 @@ public:
     WindowSet();
     ~WindowSet() override;
 
-    std::uint32_t open(const QString &title, const QRect &content) override;
-    void minimize(std::uint32_t number) override;
+    OwnWindow open(const QString &title, const QRect &content) override;
+    void minimize(const QString &title) override;
 
 private:
     std::vector<std::unique_ptr<QWindow>> m_windows;

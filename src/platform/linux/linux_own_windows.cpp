@@ -8,19 +8,19 @@ bool LinuxOwnWindows::setCollectionBehavior(const OwnWindow &window,
                                             NSWindowCollectionBehavior behavior)
 {
     const bool onAll = behavior & NSWindowCollectionBehaviorCanJoinAllSpaces;
-    const std::uint32_t id = find(window);
+    const std::uint32_t id = numberOf(window);
     return id != 0 && m_session->setOnAllWorkspaces(id, onAll);
 }
 
 bool LinuxOwnWindows::setLevel(const OwnWindow &window, NSWindowLevel level)
 {
-    const std::uint32_t id = find(window);
+    const std::uint32_t id = numberOf(window);
     return id != 0 && m_session->setAbove(id, level > NSNormalWindowLevel);
 }
 
 bool LinuxOwnWindows::makeKeyAndOrderFront(const OwnWindow &window)
 {
-    const std::uint32_t id = find(window);
+    const std::uint32_t id = numberOf(window);
     if (id == 0)
         return false;
     // A window that has the keyboard already is not raised by being activated everywhere.
@@ -28,7 +28,7 @@ bool LinuxOwnWindows::makeKeyAndOrderFront(const OwnWindow &window)
     return m_session->activateWindow(id);
 }
 
-std::uint32_t LinuxOwnWindows::find(const OwnWindow &window) const
+std::uint32_t LinuxOwnWindows::numberOf(const OwnWindow &window)
 {
     if (!m_session)
         return 0;

@@ -14,14 +14,13 @@ public:
         : m_session(session)
     { }
 
+    std::uint32_t numberOf(const OwnWindow &window) override;
     bool setCollectionBehavior(const OwnWindow &window,
                                NSWindowCollectionBehavior behavior) override;
     bool setLevel(const OwnWindow &window, NSWindowLevel level) override;
     bool makeKeyAndOrderFront(const OwnWindow &window) override;
 
 private:
-    std::uint32_t find(const OwnWindow &window) const; // 0 for none
-
     DesktopSession *m_session;
 };
 

@@ -9,6 +9,11 @@ using namespace Qt::StringLiterals;
 // A program that runs on the simulation has windows that the simulation does not have: requests for
 // those are written down and have no effect.
 
+std::uint32_t SimulatedOwnWindows::numberOf(const OwnWindow &window)
+{
+    return m_state.findWindow(window.windowNumber) ? window.windowNumber : 0;
+}
+
 bool SimulatedOwnWindows::setCollectionBehavior(const OwnWindow &window,
                                                 NSWindowCollectionBehavior behavior)
 {

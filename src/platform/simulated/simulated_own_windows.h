@@ -13,6 +13,7 @@ public:
         : m_state(state)
     { }
 
+    std::uint32_t numberOf(const OwnWindow &window) override;
     bool setCollectionBehavior(const OwnWindow &window,
                                NSWindowCollectionBehavior behavior) override;
     bool setLevel(const OwnWindow &window, NSWindowLevel level) override;
