@@ -1,6 +1,8 @@
 #include "support/kwin_user.h"
 
-#include <QList>
+#include "support/private_session.h"
+
+#include <QStringList>
 
 #include <fake-input-client.h>
 #include <plasma-virtual-desktop-client.h>
@@ -9,9 +11,35 @@
 
 #include <map>
 
+#include <linux/input-event-codes.h>
+
 namespace tovel {
 
 namespace {
+
+struct KeyName
+{
+    const char *name;
+    std::uint32_t code;
+};
+
+constexpr KeyName KeyNames[] = {{"Escape", KEY_ESC},    {"Tab", KEY_TAB},
+                                {"Return", KEY_ENTER},  {"space", KEY_SPACE},
+                                {"Down", KEY_DOWN},     {"Up", KEY_UP},
+                                {"ctrl", KEY_LEFTCTRL}, {"alt", KEY_LEFTALT},
+                                {"f", KEY_F},           {"super", KEY_LEFTMETA},
+                                {"l", KEY_L},           {"o", KEY_O},
+                                {"c", KEY_C},           {"k", KEY_K},
+                                {"t", KEY_T},           {"q", KEY_Q}};
+
+std::uint32_t keyNamed(const QString &name)
+{
+    for (const KeyName &key : KeyNames) {
+        if (name == QLatin1StringView(key.name))
+            return key.code;
+    }
+    qFatal("no key %s", qPrintable(name));
+}
 
 // KWin 5.27's later ones tell the stacking order in a message that many windows do not fit in, and
 // KWin 6 has to be asked for windows by their uuids.
@@ -38,6 +66,7 @@ struct KWinUser::Connection
     QList<std::uint32_t> windows;
     std::map<std::uint32_t, org_kde_plasma_window *> proxies;
     std::map<const org_kde_plasma_window *, QList<QByteArray>> places; // the desktops of each
+    std::map<const org_kde_plasma_window *, KWinWindow> told;
 
     void appear(wl_registry *registry, std::uint32_t name, const QByteArray &interface,
                 std::uint32_t offered)
@@ -61,6 +90,17 @@ struct KWinUser::Connection
         }
     }
 
+    void point(QPoint place) const
+    {
+        org_kde_kwin_fake_input_pointer_motion_absolute(keyboard, wl_fixed_from_int(place.x()),
+                                                        wl_fixed_from_int(place.y()));
+    }
+
+    void holdButton(std::uint32_t button, bool down) const
+    {
+        org_kde_kwin_fake_input_button(keyboard, button, down ? 1 : 0);
+    }
+
     org_kde_plasma_window *proxy(std::uint32_t window) const { return proxies.at(window); }
 
     void add(std::uint32_t number, const char *uuid);
@@ -79,17 +119,30 @@ constexpr auto Nothing = [](void *, Window *) {};
 void KWinUser::Connection::add(std::uint32_t number, const char *name)
 {
     static constexpr org_kde_plasma_window_listener listener{
-        .title_changed = Text,
-        .app_id_changed = Text,
-        .state_changed = Number,
+        .title_changed =
+            [](void *data, Window *window, const char *title) {
+                static_cast<Connection *>(data)->told[window].title = QString::fromUtf8(title);
+            },
+        .app_id_changed =
+            [](void *data, Window *window, const char *id) {
+                static_cast<Connection *>(data)->told[window].application = QString::fromUtf8(id);
+            },
+        .state_changed =
+            [](void *data, Window *window, std::uint32_t states) {
+                static_cast<Connection *>(data)->told[window].states = states;
+            },
         .virtual_desktop_changed = [](void *, Window *, std::int32_t) {},
         .themed_icon_name_changed = Text,
         .unmapped
         = [](void *data, Window *window) { static_cast<Connection *>(data)->forget(window); },
         .initial_state = Nothing,
         .parent_window = [](void *, Window *, Window *) {},
-        .geometry
-        = [](void *, Window *, std::int32_t, std::int32_t, std::uint32_t, std::uint32_t) {},
+        .geometry =
+            [](void *data, Window *window, std::int32_t x, std::int32_t y, std::uint32_t width,
+               std::uint32_t height) {
+                static_cast<Connection *>(data)->told[window].frame
+                    = QRect(x, y, static_cast<int>(width), static_cast<int>(height));
+            },
         .icon_changed = Nothing,
         .pid_changed = Number,
         .virtual_desktop_entered
@@ -173,6 +226,29 @@ QList<std::uint32_t> KWinUser::windows()
     return m_connection->windows;
 }
 
+std::uint32_t KWinUser::windowTitled(const QString &title)
+{
+    std::uint32_t found = 0;
+    for (const std::uint32_t number : windows()) {
+        if (window(number).title == title)
+            found = number;
+    }
+    return found;
+}
+
+KWinWindow KWinUser::window(std::uint32_t number) const
+{
+    return m_connection->told[m_connection->proxy(number)];
+}
+
+void KWinUser::activate(std::uint32_t window)
+{
+    org_kde_plasma_window_set_state(m_connection->proxy(window),
+                                    ORG_KDE_PLASMA_WINDOW_MANAGEMENT_STATE_ACTIVE,
+                                    ORG_KDE_PLASMA_WINDOW_MANAGEMENT_STATE_ACTIVE);
+    wl_display_roundtrip(m_connection->display);
+}
+
 QList<int> KWinUser::desktopsOf(std::uint32_t window) const
 {
     QList<int> desktops;
@@ -223,6 +299,37 @@ void KWinUser::showDesktop(int desktop)
 void KWinUser::holdKey(std::uint32_t key, bool down)
 {
     org_kde_kwin_fake_input_keyboard_key(m_connection->keyboard, key, down ? 1 : 0);
+    wl_display_roundtrip(m_connection->display);
+}
+
+void KWinUser::press(const QString &keys)
+{
+    const QStringList names = keys.split(u'+');
+    for (const QString &name : names)
+        holdKey(keyNamed(name), true);
+    for (auto name = names.crbegin(); name != names.crend(); ++name)
+        holdKey(keyNamed(*name), false);
+}
+
+void KWinUser::click(QPoint place, std::uint32_t button)
+{
+    m_connection->point(place);
+    m_connection->holdButton(button, true);
+    m_connection->holdButton(button, false);
+    wl_display_roundtrip(m_connection->display);
+}
+
+void KWinUser::drag(QPoint from, QPoint way, std::uint32_t button)
+{
+    m_connection->point(from);
+    m_connection->holdButton(button, true);
+    // Who answers the first step by a move of the window has to have done so.
+    for (int step = 1; step <= 10; ++step) {
+        m_connection->point(from + way * step / 10);
+        wl_display_roundtrip(m_connection->display);
+        eventually([] { return false; }, 20);
+    }
+    m_connection->holdButton(button, false);
     wl_display_roundtrip(m_connection->display);
 }
 

@@ -44,8 +44,9 @@ std::optional<SeenObject> pick(const QList<SeenObject> &all, const QString &name
 
 } // namespace
 
-PanelUser::PanelUser(PrivateSession &session)
+PanelUser::PanelUser(PrivateSession &session, Hands hands)
     : m_session(session)
+    , m_hands(std::move(hands))
     , m_reader(session.launch(u"/usr/bin/python3"_s,
                               {QStringLiteral(TOVEL_ACCESSIBLE_TREE), u"org.tovel.Tovel"_s},
                               session.environment(), Input::Open))
@@ -145,6 +146,13 @@ bool PanelUser::isFocused(const QString &name)
 
 bool PanelUser::click(const QString &name, int button)
 {
+    if (m_hands.click) {
+        const auto panel = pick(look(), u"Tovel"_s, u"frame"_s);
+        const std::optional<SeenObject> seen = find(name);
+        if (panel && seen)
+            m_hands.click(seen->place.center() - panel->place.topLeft(), button);
+        return panel && seen;
+    }
     if (!point(name))
         return false;
     m_session.run(u"xdotool"_s, {u"click"_s, QString::number(button)});
@@ -164,7 +172,12 @@ bool PanelUser::point(const QString &name)
 
 void PanelUser::press(const QStringList &keys)
 {
-    m_session.run(u"xdotool"_s, QStringList{u"key"_s} + keys);
+    if (!m_hands.press) {
+        m_session.run(u"xdotool"_s, QStringList{u"key"_s} + keys);
+        return;
+    }
+    for (const QString &key : keys)
+        m_hands.press(key);
 }
 
 void PanelUser::type(const QString &text) { m_session.run(u"xdotool"_s, {u"type"_s, text}); }

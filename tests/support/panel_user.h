@@ -8,6 +8,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -27,14 +28,22 @@ struct SeenObject
     bool is(QLatin1StringView state) const { return states.contains(state); }
 };
 
+// A mouse and a keyboard.
+struct Hands
+{
+    std::function<void(const QString &keys)> press{};
+    std::function<void(QPoint place, int button)> click{}; // from the panel's corner
+};
+
 // Someone at the panel: runs the program in an assistive session, sees what an assistive program
 // sees of it, and works with the mouse and the keys of that session. What is looked for is waited
 // for; a false result means that it did not come in good time.
 class PanelUser final
 {
 public:
-    // The session must be an assistive one and live longer.
-    explicit PanelUser(PrivateSession &session);
+    // The session must be an assistive one and live longer. Without hands, those of its X server
+    // are used.
+    explicit PanelUser(PrivateSession &session, Hands hands = {});
     ~PanelUser();
 
     PanelUser(const PanelUser &) = delete;
@@ -73,6 +82,7 @@ public:
 
 private:
     PrivateSession &m_session;
+    Hands m_hands;
     std::unique_ptr<QProcess> m_reader;
     std::unique_ptr<QProcess> m_program;
 };
