@@ -114,8 +114,9 @@ void TovelModel::refresh()
 
     const QList<RunningApp> running = runningApps();
     m_choices.read();
-    // Without windows to move, as where there is no session, this is not the first run yet.
-    if (m_choices.lacksFlock() && available()) {
+    // Without windows to move, as where there is no session or it lets nobody see its windows, this
+    // is not the first run yet.
+    if (m_choices.lacksFlock() && available() && (m_trusted || !running.isEmpty())) {
         publish(m_apps, running, Property::apps);
         preselect(running);
     }

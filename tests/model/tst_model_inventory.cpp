@@ -170,12 +170,16 @@ private Q_SLOTS:
         QCOMPARE(world.stored().texts(u"selected"_s)->size(), 2);
 
         // Neither is one without windows to move, nor is it one when another program was first.
-        ModelWorld unbound;
-        unbound.defaults().put(u"selected"_s, std::nullopt);
-        unbound.app(notesPid).name = u"Slack"_s;
-        unbound.desktop.dropSymbol("SLSMainConnectionID");
-        QCOMPARE(unbound.start().selected(), QSet<QString>());
-        QVERIFY(!unbound.stored().object(u"selected"_s));
+        const auto storesWith = [](const Change &change) {
+            ModelWorld other;
+            other.defaults().put(u"selected"_s, std::nullopt);
+            other.app(notesPid).name = u"Slack"_s;
+            change(other);
+            other.start();
+            return other.stored().object(u"selected"_s).has_value();
+        };
+        QVERIFY(!storesWith([](auto &other) { other.desktop.dropSymbol("SLSMainConnectionID"); }));
+        QVERIFY(storesWith([](auto &other) { other.desktop.world().trusted = false; }));
         world.defaults().put(u"selected"_s, std::nullopt);
         StoredChoices choices(world.defaults());
         choices.read();
@@ -194,6 +198,10 @@ private Q_SLOTS:
     {
         SimulatedDesktop desktop;
         const PlatformInstallation installation(desktop.platform());
+        desktop.world().trusted = false;
+        TovelModel(desktop.platform()).refresh(); // sees nobody, but might if it were let
+        desktop.world().trusted = true;
+        QCOMPARE(desktop.userDefaults().standardUserDefaults().takeWrites(), QStringList());
         desktop.addApplication({.pid = 1, .bundleIdentifier = u"a"_s, .name = u"Notes"_s});
         TovelModel model(desktop.platform());
         QCOMPARE(desktop.userDefaults().standardUserDefaults().takeWrites(),
