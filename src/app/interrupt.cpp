@@ -87,14 +87,16 @@ Interrupt::Interrupt(std::function<void(int)> handler, Deadline deadline)
     install(SIGALRM, onAlarm);
     for (const int number : Numbers) {
         // Whoever started the program with the signal ignored wants it to go on.
-        if (!isIgnored(number))
-            install(number, onSignal);
+        if (isIgnored(number))
+            continue;
+        install(number, onSignal);
+        m_caught.append(number);
     }
 }
 
 Interrupt::~Interrupt()
 {
-    for (const int number : Numbers)
+    for (const int number : std::as_const(m_caught))
         std::signal(number, SIG_DFL);
     if (m_deadline == Deadline::Call)
         alarm(0);

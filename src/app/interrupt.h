@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QList>
+
 #include <functional>
 #include <memory>
 
@@ -31,6 +33,7 @@ private:
     std::function<void(int)> m_handler;
     Deadline m_deadline;
     int m_pipe[2] = {-1, -1};
+    QList<int> m_caught;
     std::unique_ptr<QSocketNotifier> m_notifier;
 };
 

@@ -89,6 +89,19 @@ private Q_SLOTS:
         QCOMPARE(endOf(slow), 0);
     }
 
+    void whatWasIgnoredStaysSo()
+    {
+        const auto raiseBoth = [] {
+            raise(SIGHUP);
+            raise(SIGTERM);
+        };
+        std::signal(SIGHUP, SIG_IGN);
+        const pid_t process = start(
+            Interrupt::Deadline::Call, [] {}, raiseBoth);
+        std::signal(SIGHUP, SIG_DFL);
+        QCOMPARE(endOf(process), SIGTERM);
+    }
+
     void whatIsMissingIsNotWrittenTo()
     {
         const pid_t process = fork();
