@@ -139,20 +139,11 @@ void SimulatedDesktop::replaceReply(const QByteArray &call, Reply reply)
     alterReply(call, [reply = std::move(reply)](const Reply &) { return reply; });
 }
 
-void SimulatedDesktop::restoreReply(const QByteArray &call) { m_state->alterations.remove(call); }
-
 void SimulatedDesktop::dropSymbol(const QByteArray &name)
 {
     m_state->droppedSymbols.insert(name);
     if (name == submitMoveSymbol())
         setFrameworkImage(MachOFault::NoTarget);
-}
-
-void SimulatedDesktop::restoreSymbol(const QByteArray &name)
-{
-    m_state->droppedSymbols.remove(name);
-    if (name == submitMoveSymbol())
-        setFrameworkImage(MachOFault::None);
 }
 
 const char *SimulatedDesktop::submitMoveSymbol()

@@ -92,13 +92,11 @@ public:
     // "CGWindowListCopyWindowInfo".
     void alterReply(const QByteArray &call, std::function<Reply(Reply)> alter);
     void replaceReply(const QByteArray &call, Reply reply);
-    void restoreReply(const QByteArray &call);
 
     // Binding. The name is one that dlsym finds, or submitMoveSymbol() to leave the unexported
     // function out of the image. Images are those the loader lists: to begin with one that is not
     // the framework's and one that is.
     void dropSymbol(const QByteArray &name);
-    void restoreSymbol(const QByteArray &name);
     static const char *submitMoveSymbol();
     static std::uint64_t submitMoveAddress();
     struct Image
