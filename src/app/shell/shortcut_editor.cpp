@@ -41,7 +41,7 @@ ShortcutEditor::ShortcutEditor(const TovelShortcut &current, Registration tryToR
     heading->setFont(textFont(TextStyle::headline));
     m_informativeText->setFont(textFont(TextStyle::callout));
     m_informativeText->setWordWrap(true);
-    // The buttons stay where they are when the text is another one.
+    // So that a text of two lines hardly moves the buttons.
     m_informativeText->setMinimumHeight(2 * m_informativeText->fontMetrics().lineSpacing());
 
     auto *buttons = new QDialogButtonBox;
