@@ -60,7 +60,12 @@ public:
                 {.application = window.application, .title = window.title, .size = window.size});
         }
         made.title = window.title.value_or(QString());
-        if (!eventually([&] { return numbers().size() > before.size(); }))
+        const bool isThere = eventually([&] {
+            if (made.x11 != 0)
+                m_x11->redraw(made.x11);
+            return numbers().size() > before.size();
+        });
+        if (!isThere)
             return 0;
         const std::uint32_t number = numbers().last();
         m_windows[number] = made;

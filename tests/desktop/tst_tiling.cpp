@@ -55,10 +55,19 @@ private:
     // A window of the flock, of a Wayland program where there are any.
     QJsonObject open(const QString &title, const QString &workspace, const QString &then = {})
     {
-        if (m_native)
-            m_native->open({.application = u"Flock"_s, .title = title});
-        else
-            m_x11->open({.application = u"Flock"_s, .title = title});
+        if (!m_native)
+            return openX11(u"Flock"_s, title, workspace, then);
+        m_native->open({.application = u"Flock"_s, .title = title});
+        return place(title, workspace, then);
+    }
+    QJsonObject openX11(const QString &application, const QString &title, const QString &workspace,
+                        const QString &then = {})
+    {
+        const std::uint32_t window = m_x11->open({.application = application, .title = title});
+        eventually([&] {
+            m_x11->redraw(window);
+            return !m_user->windowTitled(title).isEmpty();
+        });
         return place(title, workspace, then);
     }
     QJsonObject place(const QString &title, const QString &workspace, const QString &then = {})
@@ -123,10 +132,8 @@ private Q_SLOTS:
         QVERIFY(!open(u"one"_s, u"2"_s, u"floating disable, layout tabbed"_s).isEmpty());
         QVERIFY(!open(u"two"_s, u"2"_s, u"floating disable"_s).isEmpty());
         QVERIFY(!open(u"three"_s, u"5"_s).isEmpty());
-        m_x11->open({.application = u"Flock"_s, .title = u"of X11"_s});
-        QVERIFY(!place(u"of X11"_s, u"'it is: me'"_s).isEmpty());
-        m_x11->open({.application = u"Stranger"_s, .title = u"stranger"_s});
-        QVERIFY(!place(u"stranger"_s, u"2"_s, u"floating disable"_s).isEmpty());
+        QVERIFY(!openX11(u"Flock"_s, u"of X11"_s, u"'it is: me'"_s).isEmpty());
+        QVERIFY(!openX11(u"Stranger"_s, u"stranger"_s, u"2"_s, u"floating disable"_s).isEmpty());
         QVERIFY(!open(u"put away"_s, u"1"_s, u"move scratchpad"_s).isEmpty());
         QVERIFY(!open(u"sticky"_s, u"1"_s, u"sticky enable"_s).isEmpty());
         QVERIFY(!open(u"full"_s, u"3"_s, u"fullscreen enable"_s).isEmpty());
@@ -174,7 +181,10 @@ private Q_SLOTS:
             QSKIP("i3 draws for each of them");
         QVERIFY(start());
         QVERIFY(openFlock(200));
-        const Outcome moved = tovelctl({u"move"_s, u"4"_s});
+        const auto move = m_session->launch(QStringLiteral(TOVELCTL), {u"move"_s, u"4"_s},
+                                            m_session->environment());
+        QVERIFY(eventually([&] { return move->state() == QProcess::NotRunning; }, 120000));
+        const Outcome moved = outcomeOf(*move);
         QVERIFY2(moved.status == 0, qPrintable(moved.out + moved.err));
         QCOMPARE(countOn(u"4"_s), 200);
         QVERIFY(tovelctl({u"status"_s}).out.contains(u"Desktop 4  shown"_s));

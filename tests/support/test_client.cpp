@@ -62,6 +62,12 @@ void TestClient::close(std::uint32_t window)
     synchronize();
 }
 
+void TestClient::redraw(std::uint32_t window)
+{
+    xcb_clear_area(m_connection, 1, window, 0, 0, 0, 0);
+    synchronize();
+}
+
 bool TestClient::isManaged(std::uint32_t window) const
 {
     return numbers(m_root, "_NET_CLIENT_LIST").contains(window);

@@ -43,6 +43,8 @@ public:
 
     std::uint32_t open(const ClientWindow &window);
     void close(std::uint32_t window);
+    // A compositor may miss what was drawn as the window appeared.
+    void redraw(std::uint32_t window);
 
     // Whether the manager has taken it on.
     bool isManaged(std::uint32_t window) const;
