@@ -205,6 +205,17 @@ private Q_SLOTS:
         QCOMPARE(picture.windows().first().workspaces, {row()[0].id});
         QCOMPARE(picture.workspace(row()[1].id), u"2"_s);
 
+        // From left to right, and the primary one before the others.
+        TreeOutput left{u"LEFT"_s, QRectF(-800, 0, 800, 600), {u"9"_s}, u"9"_s};
+        sources.tree.outputs.append(left);
+        const auto first = [&] {
+            picture.draw(sources);
+            return picture.screens().first().name + u' ' + row().first().uuid;
+        };
+        QCOMPARE(first(), u"LEFT 9"_s);
+        sources.primary = u"HEADLESS-1"_s;
+        QCOMPARE(first(), u"HEADLESS-1 1"_s);
+
         const auto before = row();
         sources.tree.outputs[0].workspaces = {u"1"_s, u"new"_s};
         picture.draw(sources);

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <tuple>
 
 namespace tovel::i3 {
 
@@ -89,8 +90,9 @@ void Picture::draw(const Sources &sources)
 {
     ++m_revision;
     QList<TreeOutput> outputs = sources.tree.outputs;
-    std::stable_partition(outputs.begin(), outputs.end(), [&sources](const TreeOutput &output) {
-        return output.name == sources.primary;
+    // The tree's order is that in which they were connected. sway knows no primary one.
+    std::ranges::stable_sort(outputs, {}, [&sources](const TreeOutput &output) {
+        return std::tuple(output.name != sources.primary, output.bounds.x(), output.bounds.y());
     });
     QStringList existing;
     for (const TreeOutput &output : outputs)
