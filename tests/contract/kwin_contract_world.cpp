@@ -63,7 +63,8 @@ public:
     bool usesNumbersAgain() const override { return false; }
     bool tellsCursor() const override { return false; }
 
-    // The driver's numbers are its own: the window that comes last is this one.
+    // The driver's numbers are its own: the window that comes last is this one, but for the parent
+    // that comes after a dialog.
     std::uint32_t open(const ContractWindow &window) override
     {
         const auto before = m_user->windows();
@@ -82,10 +83,11 @@ public:
         });
         if (!isPlaced)
             return 0;
-        const std::uint32_t known = m_user->windows().last();
+        const QList<std::uint32_t> all = m_user->windows();
+        const std::uint32_t known = all[all.size() - more];
         if (window.desktop > 0)
             m_user->putOnDesktop(known, window.desktop);
-        const std::uint32_t number = m_driver->windows().last().id;
+        const std::uint32_t number = m_driver->windows()[all.size() - more].id;
         m_windows[number] = {handle, known};
         return number;
     }

@@ -5,6 +5,7 @@
 
 #include <QDBusConnection>
 #include <QElapsedTimer>
+#include <QFileInfo>
 #include <QTest>
 
 #include <algorithm>
@@ -149,21 +150,33 @@ private Q_SLOTS:
         const Outcome refused = tovelctl({u"move"_s, u"2"_s});
         QCOMPARE(refused.status, 3);
         QVERIFY2(refused.err.contains(QStringLiteral(TOVELCTL)), qPrintable(refused.err));
-        m_session->write(u"data/applications/permission.desktop"_s,
-                         u"[Desktop Entry]\nType=Application\nName=Tovel\nExec=%1\n"
-                         "X-KDE-Wayland-Interfaces=org_kde_plasma_window_management\n"_s.arg(
-                             QStringLiteral(TOVELCTL)));
+        const auto session
+            = kwin::KWinSession::open(qgetenv("WAYLAND_DISPLAY"), QDBusConnection::sessionBus());
+        QVERIFY(session && session->hasManager() && !session->isControllable());
+        for (const QString &program :
+             {QStringLiteral(TOVELCTL), QCoreApplication::applicationFilePath()}) {
+            m_session->write(
+                u"data/applications/%1.desktop"_s.arg(QFileInfo(program).fileName()),
+                u"[Desktop Entry]\nType=Application\nName=Tovel\nExec=%1\nNoDisplay=true\n"
+                "X-KDE-Wayland-Interfaces=org_kde_plasma_window_management\n"_s.arg(program));
+        }
         m_client->open({.application = u"Flock"_s});
         QVERIFY(eventually([&] {
             return tovelctl({u"flock"_s, u"add"_s, u"Flock"_s}).status == 0
                 && tovelctl({u"move"_s, u"2"_s}).status == 0;
         }));
+        QVERIFY(eventually([&] {
+            session->invalidate();
+            return session->isControllable();
+        }));
+        QCOMPARE(session->windows().size(), 1);
     }
 
     void comesBackWithKWin()
     {
         QVERIFY(start());
-        QVERIFY(openFlock(1));
+        m_client->open({.application = u"Flock"_s, .isDialog = true});
+        QVERIFY(eventually([&] { return m_user->windows().size() == 2; }));
         const auto session
             = kwin::KWinSession::open(qgetenv("WAYLAND_DISPLAY"), QDBusConnection::sessionBus());
         QVERIFY(session && session->isControllable());
@@ -171,7 +184,11 @@ private Q_SLOTS:
         session->setShownWorkspaceHandler([&] { ++changes; });
         const auto outputs = session->outputs();
         const std::uint32_t window = session->windows().value(0).id;
-        QCOMPARE(session->windows().size(), 1);
+        QCOMPARE(session->windows().size(), 2);
+        // Of the older one KWin tells the parent later, or when it is asked again.
+        QVERIFY(eventually(
+            [&] { return session->windows()[0].transientFor == session->windows()[1].id; }));
+        QCOMPARE(session->windows()[0].kind, WindowKind::Dialog);
 
         m_session->pauseServer(true);
         session->invalidate();
@@ -205,6 +222,16 @@ private Q_SLOTS:
         QVERIFY(session->windows()[0].id != window);
         m_user->showDesktop(1);
         QVERIFY(eventually([&] { return changes == 1; }));
+        // Of the desktop that it shows instead of one that is removed, KWin says nothing.
+        m_session->run(u"gdbus"_s,
+                       {u"call"_s, u"--session"_s, u"--dest"_s, u"org.kde.KWin"_s,
+                        u"--object-path"_s, u"/VirtualDesktopManager"_s, u"--method"_s,
+                        u"org.kde.KWin.VirtualDesktopManager.removeDesktop"_s,
+                        outputs[0].workspaces[1].uuid});
+        QVERIFY(eventually([&] { return changes == 2; }));
+        const SessionOutput left = session->outputs().value(0);
+        QCOMPARE(left.workspaces.size(), 3);
+        QVERIFY(left.shown && left.shown != outputs[0].workspaces[1].id);
     }
 };
 

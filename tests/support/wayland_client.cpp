@@ -116,12 +116,14 @@ struct WaylandClient::Connection
             org_kde_plasma_surface_set_role(made->plasma, ORG_KDE_PLASMA_SURFACE_ROLE_PANEL);
             org_kde_plasma_surface_set_skip_taskbar(made->plasma, 1);
         }
+        wl_surface_commit(made->surface);
         if (window.isDialog) {
+            // Younger than the dialog, and shown before it is one.
             made->parent = make({.application = window.application});
-            wl_display_roundtrip(display);
+            for (int i = 0; i < 2; ++i)
+                wl_display_roundtrip(display);
             xdg_toplevel_set_parent(made->toplevel, made->parent->toplevel);
         }
-        wl_surface_commit(made->surface);
         wl_display_flush(display);
         return made;
     }

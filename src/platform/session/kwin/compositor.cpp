@@ -45,10 +45,10 @@ bool Compositor::update(std::chrono::milliseconds patience)
 {
     if (!m_connection->settle(patience))
         return false;
-    if (!std::exchange(m_isComplete, true) && m_windows) {
-        const bool isComplete = !m_windows->askForParents() || m_connection->settle(patience);
+    if (m_windows) {
+        if (m_windows->askForParents() && !m_connection->settle(patience))
+            return false;
         m_windows->forgetCopies();
-        return isComplete;
     }
     return true;
 }

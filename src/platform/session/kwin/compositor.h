@@ -62,7 +62,6 @@ private:
     std::optional<Desktops> m_desktops;
     std::optional<Windows> m_windows;
     std::optional<Keyboard> m_keyboard;
-    bool m_isComplete = false; // the parents were asked for
 };
 
 } // namespace tovel::kwin

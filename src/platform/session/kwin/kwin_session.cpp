@@ -22,6 +22,7 @@ namespace {
 constexpr auto OpeningPatience = 5s;
 constexpr auto Patience = 2s;
 constexpr auto AttemptInterval = 1s;
+constexpr auto RefusalInterval = 3s;
 
 // Of Plasma, whose panels, desktop and notifications are windows like any other.
 bool isShell(const QString &application)
@@ -57,6 +58,7 @@ std::unique_ptr<KWinSession> KWinSession::open(const QByteArray &socket, const Q
         && session->m_compositor->desktops();
     if (!isKWin)
         return nullptr;
+    session->m_nextAttempt.setRemainingTime(RefusalInterval);
     session->askForShown();
     return session;
 }
@@ -93,6 +95,8 @@ bool KWinSession::update()
     }
     if (!m_compositor->desktops())
         return false;
+    if (!m_compositor->windows())
+        askForPermission();
     askForShown();
     // Told from the event loop, never from within a call that reads.
     if (m_shownWorkspaceHandler && m_notified != m_compositor->desktops()->shown()) {
@@ -130,6 +134,20 @@ void KWinSession::attempt()
     notice();
     if (!m_compositor)
         disconnect();
+}
+
+// A desktop file that was installed meanwhile counts for new connections alone.
+void KWinSession::askForPermission()
+{
+    if (!m_nextAttempt.hasExpired())
+        return;
+    m_nextAttempt.setRemainingTime(RefusalInterval);
+    auto next = Compositor::open(m_socket, *m_identities);
+    if (!next || !next->update(Patience) || !next->desktops() || !next->windows())
+        return;
+    m_compositor = std::move(next);
+    ++m_identities->changes;
+    watch();
 }
 
 // KWin says of each desktop that it shows next but where it removed the one that it had shown.
@@ -369,13 +387,11 @@ Shortcuts &KWinSession::shortcuts()
 
 QStringList KWinSession::limits()
 {
-    if (!refresh()) {
-        return {m_compositor ? u"KWin does not answer; Tovel goes on when it does."_s
-                             : u"KWin is gone; Tovel goes on when it is back."_s};
-    }
+    if (!refresh())
+        return {m_compositor ? u"KWin does not answer."_s : u"KWin is gone."_s};
     if (!m_compositor->windows()) {
         return {u"KWin lets only those programs see windows that an installed desktop file names: "
-                "install Tovel, so that one names %1, and start it again."_s.arg(
+                "install Tovel, so that one names %1."_s.arg(
                     QFile::symLinkTarget(u"/proc/self/exe"_s))};
     }
     if (m_compositor->windows()->hasMore()) {

@@ -63,6 +63,7 @@ private:
     void disconnect();
     void attempt();
     void askForShown();
+    void askForPermission();
     std::uint64_t workspaceOf(const QString &uuid);
     QString uuidOf(std::uint64_t workspace);
     const Window *find(std::uint32_t window);

@@ -60,7 +60,8 @@ constexpr org_kde_plasma_window_listener WindowListener{
     .unmapped = [](void *data, Proxy *) { entryOf(data).owner->remove(entryOf(data)); },
     .initial_state = beKnown,
     .parent_window
-    = [](void *data, Proxy *, Proxy *parent) { entryOf(data).owner->adopt(entryOf(data), parent); },
+    = [](void *data, Proxy *proxy,
+         Proxy *parent) { entryOf(data).owner->adopt(entryOf(data), proxy, parent); },
     .geometry
     = [](void *data, Proxy *, std::int32_t x, std::int32_t y, std::uint32_t width,
          std::uint32_t height) { put(data, &Window::frame, QRectF(x, y, width, height)); },
@@ -252,18 +253,20 @@ void Windows::takeOrder(org_kde_plasma_stacking_order *proxy)
     wl_proxy_destroy(reinterpret_cast<wl_proxy *>(proxy));
 }
 
-void Windows::adopt(Entry &entry, Proxy *parent)
+void Windows::adopt(Entry &entry, Proxy *proxy, Proxy *parent)
 {
     // Of a window that is gone, the library gives none.
     void *data = parent ? org_kde_plasma_window_get_user_data(parent) : nullptr;
     put(&entry, &Window::parent, data ? entryOf(data).window.id : 0U);
+    if (proxy == entry.proxy)
+        entry.isParentSure = data != nullptr;
 }
 
 bool Windows::askForParents()
 {
     bool hasAsked = false;
     for (const auto &entry : m_entries) {
-        if (entry->window.parent != 0 || entry->copy)
+        if (!entry->isKnown || entry->copy || std::exchange(entry->isParentSure, true))
             continue;
         entry->copy = ask(*entry);
         hasAsked = true;

@@ -67,8 +67,9 @@ public:
     std::vector<std::uint32_t> stackingOrder() const;
     bool hasMore() const { return m_hasMore; } // than MaximumWindows
 
-    // A window that is older than its parent is told without one to a client that is new: those
-    // without are asked for again, now that all are known, and the copies let go.
+    // KWin tells of no parent that it was not asked for yet, which may be one that came after its
+    // child: windows without are asked for again, once all are known, and the copies let go. False
+    // where there is none to ask for.
     bool askForParents();
     void forgetCopies();
 
@@ -87,6 +88,7 @@ public:
         std::uint32_t counter = 0; // KWin's number
         QByteArray key{}; // its uuid where KWin tells that, else the number
         bool isKnown = false; // its first state has been told
+        bool isParentSure = false;
         Window window{};
     };
     void add(std::uint32_t counter, const char *uuid);
@@ -96,7 +98,7 @@ public:
     void nextInOrder(org_kde_plasma_stacking_order *proxy, const char *uuid);
     void remove(Entry &entry);
     void changed(bool isDifferent) { m_changes += isDifferent; }
-    void adopt(Entry &entry, org_kde_plasma_window *parent);
+    void adopt(Entry &entry, org_kde_plasma_window *proxy, org_kde_plasma_window *parent);
 
 private:
     // The order as it is being told, bottom to top.
