@@ -75,12 +75,8 @@ Answer tellStatus(const TovelModel &model, const Surroundings &surroundings)
 {
     StatusContent content = statusContent(model, surroundings.limits);
     content.session = surroundings.session;
-    if (content.trusted && content.available) {
-        Answer answer = done(content);
-        if (!model.choicesProblem().isEmpty())
-            answer.problems.append(model.choicesProblem());
-        return answer;
-    }
+    if (content.trusted && content.available)
+        return done(content);
     return {AnswerStatus::NothingTried, {accessNeeded(surroundings)}, content};
 }
 
@@ -117,9 +113,7 @@ QCoro::Task<Answer> move(TovelModel &model, MoveRequest request, Surroundings su
     co_return tellMove(model, target, surroundings);
 }
 
-} // namespace
-
-QCoro::Task<Answer> carryOut(TovelModel &model, Request request, Surroundings surroundings)
+QCoro::Task<Answer> answerTo(TovelModel &model, Request request, Surroundings surroundings)
 {
     if (const auto *flock = std::get_if<FlockRequest>(&request))
         co_return changeFlock(model, *flock);
@@ -134,6 +128,26 @@ QCoro::Task<Answer> carryOut(TovelModel &model, Request request, Surroundings su
     if (std::holds_alternative<StatusRequest>(request))
         co_return tellStatus(model, surroundings);
     co_return done(appsContent(model));
+}
+
+// What became of a change tells of the store already.
+bool changesChoices(const Request &request)
+{
+    return std::holds_alternative<FlockRequest>(request)
+        || std::holds_alternative<RenameRequest>(request);
+}
+
+} // namespace
+
+QCoro::Task<Answer> carryOut(TovelModel &model, Request request, Surroundings surroundings)
+{
+    const QPointer<TovelModel> guard(&model);
+    Answer answer = co_await answerTo(model, request, surroundings);
+    if (!guard)
+        co_return answer;
+    if (!changesChoices(request) && !model.choicesProblem().isEmpty())
+        answer.problems.append(model.choicesProblem());
+    co_return answer;
 }
 
 } // namespace tovel

@@ -99,9 +99,6 @@ Answer workAlone(PlatformChoice &choice, const Request &request, int &interrupte
     const PlatformInstallation installation(choice.platform());
     const Surroundings surroundings{choice.missingSession(), choice.limits(), choice.sessionName()};
     TovelModel model;
-    // The answer to a question for the status has it.
-    if (!model.choicesProblem().isEmpty() && !std::holds_alternative<StatusRequest>(request))
-        complain(model.choicesProblem());
     ProgressLine line;
     QObject::connect(&model, &TovelModel::didChange, &model, [&](TovelModel::Property property) {
         if (property == TovelModel::Property::message && model.busy())
