@@ -99,8 +99,10 @@ void StoredChoices::read()
     const DefaultsReading reading = m_defaults.dictionaryRepresentation();
     m_readProblem
         = reading.succeeded() ? QString() : ModelTexts::choicesUnreadable(reading.failure);
-    if (reading.succeeded())
-        adopt(taken(reading));
+    if (!reading.succeeded())
+        return;
+    m_areKnown = true;
+    adopt(taken(reading));
 }
 
 DefaultsOutcome StoredChoices::change(const QStringList &keys, const QList<Change> &changes)
@@ -126,6 +128,7 @@ DefaultsOutcome StoredChoices::change(const QStringList &keys, const QList<Chang
     else if (m_unstored.isEmpty())
         m_storeProblem.clear();
     if (outcome.isStored()) {
+        m_areKnown = true;
         m_readProblem.clear();
         m_notice = outcome.notice;
     }

@@ -71,6 +71,9 @@ public:
     // flock was stored before and none is any more.
     void read();
 
+    // Whether what is stored could ever be read. Until then the choices are the defaults.
+    bool areKnown() const { return m_areKnown; }
+
     // Whether what is stored could be read, and no flock is, nor was.
     bool lacksFlock() const { return m_readProblem.isEmpty() && !m_stored.hasFlock; }
 
@@ -88,6 +91,7 @@ private:
 
     UserDefaults &m_defaults;
     Choices m_stored; // as last read or stored
+    bool m_areKnown = false;
     QMap<QString, std::function<void(Choices &)>> m_unstored; // by item
     Choices m_current;
     QString m_readProblem;

@@ -76,6 +76,9 @@ public:
     // Why the choices above are not those that are stored; empty when they are. Choices that cannot
     // be read stay as they were, those that cannot be stored hold for this process.
     const QString &choicesProblem() const { return m_choicesProblem; }
+    // Whether the stored choices could ever be read. Until then they are not empty but unknown, and
+    // choicesProblem() says why.
+    bool choicesKnown() const { return m_choices.areKnown(); }
 
     // Assignments that store the choice and call the callback, if any, also when the value is the
     // same as before. They give what storing came to.

@@ -28,6 +28,7 @@ enum class RefusalCause {
     NoAccess,
     DesktopGone,
     NothingToMove,
+    ChoicesUnreadable, // so that nothing tells what there is in the flock, or what has that name
     NoAnswer, // whoever carried it out ended before it was done
 };
 
@@ -107,6 +108,7 @@ struct StatusContent
     QList<WindowInfo> windows{};
     QStringList limits{}; // what the session cannot do, a sentence each
     QString session{}; // its name and version, as far as known
+    bool choicesKnown = true; // false: nothing tells what the flock and the given names are
 
     bool operator==(const StatusContent &) const = default;
 };

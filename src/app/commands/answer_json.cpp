@@ -98,6 +98,7 @@ void describe(Fields &field, StatusContent &status)
     field("windows"_L1, status.windows);
     field("limits"_L1, status.limits);
     field.added("session"_L1, status.session);
+    field.added("choicesKnown"_L1, status.choicesKnown);
 }
 
 template <typename Fields>
@@ -162,6 +163,7 @@ constexpr Word<RefusalCause> causes[] = {
     {RefusalCause::NoAccess, "noAccess"_L1},
     {RefusalCause::DesktopGone, "desktopGone"_L1},
     {RefusalCause::NothingToMove, "nothingToMove"_L1},
+    {RefusalCause::ChoicesUnreadable, "choicesUnreadable"_L1},
     {RefusalCause::NoAnswer, "noAnswer"_L1},
 };
 

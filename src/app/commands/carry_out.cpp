@@ -130,6 +130,21 @@ QCoro::Task<Answer> answerTo(TovelModel &model, Request request, Surroundings su
     co_return done(appsContent(model));
 }
 
+// Choices that were never read are not empty: neither a flock without windows nor a name that
+// nothing has is what the user chose.
+Answer withoutChoices(const Answer &answer, const QString &problem)
+{
+    const auto *refused = std::get_if<Refusal>(&answer.content);
+    if (refused
+        && (refused->cause == RefusalCause::NotFound
+            || refused->cause == RefusalCause::NothingToMove))
+        return refusal(RefusalCause::ChoicesUnreadable, problem);
+    Answer result = answer;
+    if (result.status == AnswerStatus::Done)
+        result.status = AnswerStatus::Incomplete;
+    return result;
+}
+
 // What became of a change tells of the store already.
 bool changesChoices(const Request &request)
 {
@@ -145,8 +160,11 @@ QCoro::Task<Answer> carryOut(TovelModel &model, Request request, Surroundings su
     Answer answer = co_await answerTo(model, request, surroundings);
     if (!guard)
         co_return answer;
-    if (!changesChoices(request) && !model.choicesProblem().isEmpty())
-        answer.problems.append(model.choicesProblem());
+    const QString problem = model.choicesProblem();
+    if (!model.choicesKnown())
+        answer = withoutChoices(answer, problem);
+    if (!changesChoices(request) && !problem.isEmpty() && !answer.problems.contains(problem))
+        answer.problems.append(problem);
     co_return answer;
 }
 

@@ -88,6 +88,7 @@ StatusContent statusContent(const TovelModel &model, const QStringList &limits)
     status.trusted = model.trusted();
     status.available = model.available();
     status.follow = model.follow();
+    status.choicesKnown = model.choicesKnown();
     status.displays = displayInfos(model);
     for (const Desktop &desktop : model.desktops())
         status.desktops.append(desktopInfo(model, desktop));

@@ -117,8 +117,9 @@ Options:
   --version                print the version
 
 Exit status: 0 done; 1 some windows are not on the desktop, or it could not be
-shown, or a choice could not be stored; 2 wrong usage; 3 nothing could be tried;
-129, 130, 143 interrupted by SIGHUP, SIGINT, SIGTERM; 141 nobody reads the output.
+shown, or the choices could not be read or stored; 2 wrong usage; 3 nothing
+could be tried; 129, 130, 143 interrupted by SIGHUP, SIGINT, SIGTERM; 141 nobody
+reads the output.
 )"_s;
 }
 

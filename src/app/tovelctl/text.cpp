@@ -45,15 +45,18 @@ QString table(const QList<QStringList> &rows)
     return text;
 }
 
-QString flockText(const QList<AppInfo> &flock)
+const QString unknownText = u"  unknown\n"_s;
+
+// The text where there is nobody in it.
+QString flockText(const QList<AppInfo> &flock,
+                  const QString &nobody = u"  nobody yet; see tovelctl flock add\n"_s)
 {
     QList<QStringList> rows;
     for (const AppInfo &app : flock) {
         rows.append({printable(app.name), printable(app.id),
                      app.running ? u"running"_s : u"not running"_s});
     }
-    return u"Flock\n"_s
-        + (rows.isEmpty() ? u"  nobody yet; see tovelctl flock add\n"_s : table(rows));
+    return u"Flock\n"_s + (rows.isEmpty() ? nobody : table(rows));
 }
 
 QString desktopRows(const QList<DesktopInfo> &desktops, const QString &display)
@@ -84,7 +87,9 @@ QString windowRows(const StatusContent &status)
             title = title.left(39) + u'…';
         rows.append({printable(window.appName), title, printable(place)});
     }
-    return rows.isEmpty() ? u"  none\n"_s : table(rows);
+    if (rows.isEmpty())
+        return status.choicesKnown ? u"  none\n"_s : unknownText;
+    return table(rows);
 }
 
 QString accessText(bool trusted, bool available)
@@ -118,8 +123,9 @@ QString contentText(const Request &, const StatusContent &status)
         result += u"\nDisplay %1 (%2)\n"_s.arg(printable(display.id), printable(display.name))
             + desktopRows(status.desktops, display.id);
     }
-    return result + u'\n' + flockText(status.flock) + u"\nWindows of the flock\n"_s
-        + windowRows(status);
+    result += u'\n'
+        + (status.choicesKnown ? flockText(status.flock) : flockText(status.flock, unknownText));
+    return result + u"\nWindows of the flock\n"_s + windowRows(status);
 }
 
 QString contentText(const Request &, const AppsContent &content)
