@@ -26,7 +26,7 @@ struct Outcome
 
 QStringList words(const QString &line) { return line.isEmpty() ? QStringList() : line.split(u' '); }
 
-Outcome run(ModelWorld &world, const QString &line)
+Outcome run(ModelWorld &world, const QString &line, const Surroundings &surroundings = {})
 {
     const Arguments arguments = parseArguments(words(line)).arguments;
     Outcome outcome;
@@ -36,7 +36,9 @@ Outcome run(ModelWorld &world, const QString &line)
             outcome.progress.append(world.model->message());
     });
     std::optional<Answer> answer;
-    carryOut(*world.model, arguments.request, {}).then([&](const Answer &it) { answer = it; });
+    carryOut(*world.model, arguments.request, surroundings).then([&](const Answer &it) {
+        answer = it;
+    });
     world.desktop.clock().runUntil([&] { return answer.has_value(); }, 600);
     if (!answer)
         return outcome;
@@ -99,6 +101,16 @@ private Q_SLOTS:
         QCOMPARE(outcome(u"move 3"_s, cannotFollow), u"1 "_s + ModelTexts::couldNotSwitch());
         QCOMPARE(outcome(u"status"_s, [](auto &w) { w.facts().trusted = false; }),
                  u"3 "_s + ModelTexts::accessNeeded());
+
+        const Change unreadable = [](auto &w) { w.defaults().failReads(u"locked"_s); };
+        const QString unknown = ModelTexts::choicesUnreadable(u"locked"_s);
+        QCOMPARE(outcome(u"status"_s, unreadable), u"1 "_s + unknown);
+        QCOMPARE(outcome(u"apps"_s, unreadable), u"1 "_s + unknown);
+        QCOMPARE(outcome(u"move 3"_s, unreadable), u"3 "_s + unknown);
+        QCOMPARE(outcome(u"move Sea"_s, unreadable), u"3 "_s + unknown);
+        QCOMPARE(outcome(u"flock remove Sharks"_s, unreadable), u"3 "_s + unknown);
+        QCOMPARE(outcome(u"flock add Notes"_s, unreadable),
+                 u"1 the flock could not be stored: locked"_s);
 
         // The reason is told where a manager puts a window back, or windows cannot be seen any
         // more.
@@ -250,14 +262,24 @@ private Q_SLOTS:
         ModelWorld world;
         world.start();
         world.defaults().failWrites(u"the disk is full"_s);
-        const Outcome outcome = run(world, u"rename 1 Work"_s);
-        QCOMPARE(outcome.status, 1);
-        QCOMPARE(outcome.complaints,
-                 QStringList{u"the choice could not be stored: the disk is full"_s});
+        const QStringList complaints{u"the name could not be stored: the disk is full"_s};
+        for (const bool goesOn : {true, false}) {
+            const Outcome outcome = run(world, u"rename 1 Work"_s, {.goesOn = goesOn});
+            QCOMPARE(outcome.status, 1);
+            QCOMPARE(outcome.complaints, complaints);
+            QCOMPARE(outcome.output, goesOn ? u"Desktop 1 is now “Work”.\n"_s : QString());
+        }
         QCOMPARE(world.model->name(world.model->desktops().first()), u"Work"_s);
         for (const QString &name : {QString(1001, u'x'), u"a\x1b[2J"_s, u"a\nb"_s})
             QCOMPARE(run(world, u"rename 1 "_s + name).status, 3);
         QCOMPARE(world.model->name(world.model->desktops().first()), u"Work"_s);
+
+        world.defaults().failReads(u"locked"_s);
+        world.model->refresh();
+        const Outcome moved = run(world, u"move 3 --no-follow"_s);
+        QCOMPARE(moved.status, 0);
+        QCOMPARE(moved.complaints, QStringList{ModelTexts::choicesUnreadable(u"locked"_s)});
+        world.defaults().failReads({});
 
         world.defaults().failWrites({});
         for (const QString &notice : {u"set aside"_s, QString()}) {

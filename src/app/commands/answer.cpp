@@ -4,8 +4,8 @@ namespace tovel {
 
 Answer refusal(RefusalCause cause, const QString &error)
 {
-    const bool isLost = cause == RefusalCause::NoAnswer;
-    return {isLost ? AnswerStatus::Incomplete : AnswerStatus::NothingTried,
+    const bool wasTried = cause == RefusalCause::NoAnswer || cause == RefusalCause::NotStored;
+    return {wasTried ? AnswerStatus::Incomplete : AnswerStatus::NothingTried,
             {error},
             Refusal{cause, error}};
 }

@@ -22,9 +22,10 @@ Answer done(const Content &content)
     return {AnswerStatus::Done, {}, content};
 }
 
-// A choice that did not reach the disk would be gone with this process.
+// A choice that did not reach the disk is gone with this process.
 template <typename Content>
-Answer concludedChange(const Content &content, const DefaultsOutcome &outcome)
+Answer concludedChange(const QString &what, const Content &content, const DefaultsOutcome &outcome,
+                       bool goesOn)
 {
     if (outcome.isStored()) {
         Answer answer = done(content);
@@ -32,12 +33,13 @@ Answer concludedChange(const Content &content, const DefaultsOutcome &outcome)
             answer.problems.append(outcome.notice);
         return answer;
     }
-    return {AnswerStatus::Incomplete,
-            {u"the choice could not be stored: "_s + outcome.failure},
-            content};
+    const QString failure = u"%1 could not be stored: "_s.arg(what) + outcome.failure;
+    if (!goesOn)
+        return refusal(RefusalCause::NotStored, failure);
+    return {AnswerStatus::Incomplete, {failure}, content};
 }
 
-Answer changeFlock(TovelModel &model, const FlockRequest &request)
+Answer changeFlock(TovelModel &model, const FlockRequest &request, bool goesOn)
 {
     QList<RunningApp> apps;
     for (const QString &word : request.applications) {
@@ -47,10 +49,10 @@ Answer changeFlock(TovelModel &model, const FlockRequest &request)
         apps.append(*found.record);
     }
     const DefaultsOutcome outcome = model.selectAll(apps, request.joins);
-    return concludedChange(flockContent(model), outcome);
+    return concludedChange(u"the flock"_s, flockContent(model), outcome, goesOn);
 }
 
-Answer renameDesktop(TovelModel &model, const RenameRequest &request)
+Answer renameDesktop(TovelModel &model, const RenameRequest &request, bool goesOn)
 {
     const auto found = findDesktop(model, request.desktop);
     if (!found.record)
@@ -63,7 +65,8 @@ Answer renameDesktop(TovelModel &model, const RenameRequest &request)
     if (std::ranges::any_of(request.name, isControl))
         return refusal(RefusalCause::Other, u"a name has no control characters"_s);
     const DefaultsOutcome outcome = model.rename(*found.record, request.name);
-    return concludedChange(RenameContent{desktopInfo(model, *found.record)}, outcome);
+    const RenameContent content{desktopInfo(model, *found.record)};
+    return concludedChange(u"the name"_s, content, outcome, goesOn);
 }
 
 QString accessNeeded(const Surroundings &surroundings)
@@ -116,13 +119,13 @@ QCoro::Task<Answer> move(TovelModel &model, MoveRequest request, Surroundings su
 QCoro::Task<Answer> answerTo(TovelModel &model, Request request, Surroundings surroundings)
 {
     if (const auto *flock = std::get_if<FlockRequest>(&request))
-        co_return changeFlock(model, *flock);
+        co_return changeFlock(model, *flock, surroundings.goesOn);
     if (!surroundings.missingSession.isEmpty()) {
         co_return refusal(RefusalCause::NoSession,
                           u"there is no desktop session: "_s + surroundings.missingSession);
     }
     if (const auto *name = std::get_if<RenameRequest>(&request))
-        co_return renameDesktop(model, *name);
+        co_return renameDesktop(model, *name, surroundings.goesOn);
     if (const auto *toMove = std::get_if<MoveRequest>(&request))
         co_return co_await move(model, *toMove, surroundings);
     if (std::holds_alternative<StatusRequest>(request))

@@ -16,6 +16,7 @@ struct Surroundings
     QString missingSession{}; // why there is none; empty when there is one
     QStringList limits{}; // what it cannot do, a sentence each
     QString session{}; // its name and version, as far as known
+    bool goesOn = true; // whether the process still uses the choices when it has answered
 };
 
 // Carries out the request on the current platform and gives the answer. A request that

@@ -97,7 +97,8 @@ std::optional<Answer> askRunning(const Request &request, int &interrupted)
 Answer workAlone(PlatformChoice &choice, const Request &request, int &interrupted)
 {
     const PlatformInstallation installation(choice.platform());
-    const Surroundings surroundings{choice.missingSession(), choice.limits(), choice.sessionName()};
+    const Surroundings surroundings{choice.missingSession(), choice.limits(), choice.sessionName(),
+                                    false};
     TovelModel model;
     ProgressLine line;
     QObject::connect(&model, &TovelModel::didChange, &model, [&](TovelModel::Property property) {
