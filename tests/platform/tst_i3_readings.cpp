@@ -23,7 +23,7 @@ QByteArray treeWith(const QByteArray &nodes, const QByteArray &floating = {})
         + nodes + R"(],"floating_nodes":[)" + floating + "]}]}]}";
 }
 
-const QByteArray Window = R"({"id":6,"type":"con","app_id":"a","name":"t","pid":42,)"
+const QByteArray Window = R"({"id":6,"type":"con","app_id":"a","name":"t","pid":42,"sticky":true,)"
                           R"("rect":{"x":10,"y":20,"width":300,"height":200}})";
 
 QByteArray nested(int depth, const QByteArray &core)
