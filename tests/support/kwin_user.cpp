@@ -211,6 +211,14 @@ KWinUser::KWinUser(const QByteArray &socket)
 
 KWinUser::~KWinUser()
 {
+    for (const auto &[number, proxy] : m_connection->proxies)
+        org_kde_plasma_window_destroy(proxy);
+    if (m_connection->management)
+        org_kde_plasma_window_management_destroy(m_connection->management);
+    if (m_connection->manager)
+        org_kde_plasma_virtual_desktop_management_destroy(m_connection->manager);
+    if (m_connection->keyboard)
+        org_kde_kwin_fake_input_destroy(m_connection->keyboard);
     if (m_connection->display)
         wl_display_disconnect(m_connection->display);
 }

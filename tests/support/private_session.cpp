@@ -303,6 +303,9 @@ void PrivateSession::startKWin()
     m_environment.insert(u"LIBGL_ALWAYS_SOFTWARE"_s, u"1"_s);
     for (const auto &variable : {u"WAYLAND_DISPLAY"_s, u"DISPLAY"_s})
         m_environment.remove(variable);
+    // KWin 6 knows the desktop files that a menu has, and brings none.
+    write(u"config/menus/applications.menu"_s,
+          u"<Menu><Name>Applications</Name><DefaultAppDirs/><Include><All/></Include></Menu>\n"_s);
     QStringList arguments{u"--virtual"_s, u"--width"_s,         u"1280"_s,     u"--height"_s,
                           u"800"_s,       u"--no-lockscreen"_s, u"--socket"_s, Socket};
     if (m_hasXWayland) {

@@ -7,7 +7,6 @@
 
 #include <QAbstractEventDispatcher>
 #include <QFile>
-#include <QTimer>
 
 #include <algorithm>
 
@@ -125,7 +124,7 @@ void KWinSession::disconnect()
 {
     m_compositor.reset();
     if (m_isListening)
-        QTimer::singleShot(AttemptInterval, &m_context, [this] { attempt(); });
+        m_attempts.start(AttemptInterval);
 }
 
 void KWinSession::attempt()
@@ -413,6 +412,8 @@ void KWinSession::listen()
 {
     if (std::exchange(m_isListening, true))
         return;
+    m_attempts.setSingleShot(true);
+    QObject::connect(&m_attempts, &QTimer::timeout, &m_context, [this] { attempt(); });
     watch();
     // Whatever was read before the event loop turned belongs to the past.
     if (auto *dispatcher = QAbstractEventDispatcher::instance()) {

@@ -6,6 +6,7 @@
 #include <QDBusConnection>
 #include <QDeadlineTimer>
 #include <QObject>
+#include <QTimer>
 
 #include <memory>
 
@@ -88,6 +89,7 @@ private:
     QString m_notified; // the desktop that the handler knows of
     std::function<void()> m_shownWorkspaceHandler;
     bool m_isListening = false;
+    QTimer m_attempts; // to find a KWin that was gone
     QObject m_context;
 };
 
