@@ -1,5 +1,6 @@
 #include "support/private_session.h"
 
+#include <QRegularExpression>
 #include <QTest>
 
 using namespace tovel;
@@ -14,6 +15,7 @@ private:
     PrivateSession m_session{managerFromEnvironment(), {.bus = true}};
     PrivateSession m_narrow{managerFromEnvironment(), {.desktops = 1}};
     QProcessEnvironment m_nowhere;
+    const QRegularExpression m_remark{u"^QStandardPaths: .*\n"_s};
 
 private Q_SLOTS:
     void initTestCase()
@@ -27,7 +29,8 @@ private Q_SLOTS:
                      .status,
                  0);
         QVERIFY(m_narrow.isReady());
-        for (const auto &variable : {u"DISPLAY"_s, u"WAYLAND_DISPLAY"_s})
+        for (const auto &variable :
+             {u"DISPLAY"_s, u"WAYLAND_DISPLAY"_s, u"SWAYSOCK"_s, u"QT_QPA_PLATFORM"_s})
             m_nowhere.insert(variable, QString());
     }
 
@@ -42,16 +45,20 @@ private Q_SLOTS:
                     {u"--switch-test"_s, 2, 2},      {u"--cross-process-test"_s, 2, 1},
                     {u"--integration-test"_s, 2, 2}, {u"--integration-test --minimized"_s, 2, 2}};
         for (const auto &[mode, statusOfOneDesktop, statusWithoutDisplay] : rows) {
+            if (managerFromEnvironment() == Manager::Sway && mode.endsWith(u"--minimized"))
+                continue; // it minimizes nothing
             const QString tovel = QStringLiteral(TOVEL);
             const QStringList arguments = mode.split(u' ');
-            const Outcome outcome = m_session.run(tovel, arguments);
+            Outcome outcome = m_session.run(tovel, arguments);
             QVERIFY2(outcome.status == 0, qPrintable(mode + outcome.out + outcome.err));
             QVERIFY2(!outcome.out.contains(u"false"), qPrintable(mode + outcome.out));
             QVERIFY(!outcome.out.isEmpty());
-            QCOMPARE(outcome.err, QString());
+            // The toolkit remarks that a session of sway's is another user's, for root.
+            QVERIFY2(!outcome.err.remove(m_remark).contains(u'\n'), qPrintable(outcome.err));
 
             const Outcome narrow = m_narrow.run(tovel, arguments);
-            QVERIFY2(narrow.status == statusOfOneDesktop, qPrintable(mode + narrow.err));
+            QVERIFY2(narrow.status == statusOfOneDesktop,
+                     qPrintable(mode + narrow.out + narrow.err));
             QCOMPARE(narrow.err.contains(u"SKIP: need two regular desktops on one display"),
                      mode.startsWith(u"--integration-test"));
 

@@ -169,7 +169,7 @@ void PrivateSession::writeConfiguration(const SessionOptions &options) const
         desktops += u"Id_%1=00000000-0000-4000-8000-00000000000%1\n"_s.arg(i);
     write(u"config/kwinrc"_s, desktops);
     QString tiling = u"default_floating_border none\nfor_window [class=\".*\"] floating enable\n"_s;
-    for (const auto &name : {u"1"_s, u"2"_s, u"3"_s, u"4"_s})
+    for (const QString &name : names)
         tiling += u"workspace %1 output $left\n"_s.arg(name);
     tiling += u"workspace 5 output $right\nset $far \"6: far\"\nworkspace $far output $right\n"_s;
     write(u"config/i3/config"_s,
