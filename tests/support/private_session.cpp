@@ -10,6 +10,7 @@
 
 #include <pwd.h>
 #include <sys/prctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace tovel {
@@ -309,6 +310,9 @@ void PrivateSession::startKWin()
     QStringList arguments{u"--virtual"_s, u"--width"_s,         u"1280"_s,     u"--height"_s,
                           u"800"_s,       u"--no-lockscreen"_s, u"--socket"_s, Socket};
     if (m_hasXWayland) {
+        // As every X server does; KWin wants it to be there.
+        if (::mkdir("/tmp/.X11-unix", 0) == 0)
+            ::chmod("/tmp/.X11-unix", 01777);
         // A program that KWin starts is told which display it is.
         write(u"tell-display"_s, u"#!/bin/sh\necho $DISPLAY > ${0%/*}/display\n"_s);
         const QString script = m_folder.filePath(u"tell-display"_s);
