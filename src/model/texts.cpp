@@ -15,7 +15,7 @@ QStringList issues(MigrationObstacle obstacle)
     case MigrationObstacle::noAccess:
         return {accessNeeded()};
     case MigrationObstacle::desktopGone:
-        return {QStringLiteral("That desktop is no longer available.")};
+        return {desktopGone()};
     case MigrationObstacle::nothingToMove:
         return {QStringLiteral("No movable windows. Add an app or restore its windows.")};
     case MigrationObstacle::alreadyThere:
@@ -68,6 +68,8 @@ QString choicesNotStored(const QString &reason)
 }
 
 QString accessNeeded() { return QStringLiteral("Allow Accessibility access to move apps."); }
+
+QString desktopGone() { return QStringLiteral("That desktop is no longer available."); }
 
 QString moving(qsizetype position, qsizetype count)
 {

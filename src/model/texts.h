@@ -31,6 +31,7 @@ QString choicesNotStored(const QString &reason);
 
 // Why nothing can be moved.
 QString accessNeeded();
+QString desktopGone();
 
 // A migration under way. Positions count from 1.
 QString moving(qsizetype position, qsizetype count);

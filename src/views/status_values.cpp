@@ -1,5 +1,6 @@
 #include "views/status_values.h"
 
+#include "model/texts.h"
 #include "model/tovel_model.h"
 
 namespace tovel {
@@ -32,7 +33,7 @@ std::optional<QString> statusWarning(const TovelModel &model)
     if (!model.available())
         lines.append(u"Window controls unavailable."_s);
     else if (!model.trusted())
-        lines.append(u"Allow Accessibility access to move apps."_s);
+        lines.append(ModelTexts::accessNeeded());
     else
         lines = model.issues();
     if (!model.choicesProblem().isEmpty())

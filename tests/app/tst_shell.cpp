@@ -301,6 +301,13 @@ private Q_SLOTS:
         QVERIFY(!statusWarning(model));
         QCOMPARE(program.world.stored().object(u"globalShortcut"_s),
                  encodeShortcut(TovelShortcut::standard()));
+
+        program.world.defaults().failWrites(u"the disk is full"_s);
+        reset();
+        model.setIssues({u"Another."_s});
+        program.world.defaults().failWrites({});
+        reset();
+        QCOMPARE(statusWarning(model), u"Another."_s);
     }
 
     void aMenuIsCutAtAnyDepth()

@@ -10,6 +10,7 @@
 #include "app/shell/shortcut_editor.h"
 #include "app/shell/status_menu.h"
 #include "app/tray/status_item.h"
+#include "model/texts.h"
 #include "model/tovel_model.h"
 #include "platform/own_windows.h"
 #include "platform/platform.h"
@@ -68,6 +69,8 @@ void AppDelegate::applicationDidFinishLaunching(Launch launch)
     connect(m_model.get(), &TovelModel::didChange, this, [this](TovelModel::Property property) {
         if (property == TovelModel::Property::choicesProblem)
             takeUpShortcut();
+        if (property == TovelModel::Property::issues)
+            m_tellsShortcut = false;
         if (property != TovelModel::Property::trusted)
             return;
         rememberAccess();
@@ -215,8 +218,8 @@ void AppDelegate::tellShortcutFailure(const QString &text)
 {
     m_model->setMessage(text);
     // The panel shows the message only while a move runs.
-    m_shortcutFailure = text;
     m_model->setIssues({text});
+    m_tellsShortcut = true;
 }
 
 void AppDelegate::editShortcut()
@@ -233,7 +236,7 @@ void AppDelegate::editShortcut()
         if (editor.exec() == QDialog::Accepted)
             outcome = m_shortcuts.save(editor.candidate());
     }
-    if (m_model->issues() == QStringList{m_shortcutFailure})
+    if (m_tellsShortcut)
         m_model->setIssues({});
     if (!outcome.isStored())
         tellShortcutFailure(u"The shortcut works until Tovel ends, but could not be stored: "_s
@@ -368,7 +371,7 @@ void AppDelegate::moveFromMenu(std::uint64_t desktop)
             return;
         }
     }
-    m_model->setIssues({u"That desktop is no longer available."_s});
+    m_model->setIssues({ModelTexts::desktopGone()});
     show();
 }
 

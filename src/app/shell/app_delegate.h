@@ -117,7 +117,7 @@ private:
     QPointer<QDialog> m_accessNote; // the same
     std::unique_ptr<HiddenPanelNote> m_note;
     QList<QPointer<QDialog>> m_hiddenDialogs;
-    QString m_shortcutFailure; // the last one told
+    bool m_tellsShortcut = false; // whether the model's issues are about the shortcut
     bool m_editing = false;
     bool m_reachableByStarting = false;
     bool m_quitting = false;
