@@ -64,7 +64,7 @@ QString choicesUnreadable(const QString &reason)
 
 QString choicesNotStored(const QString &reason)
 {
-    return QStringLiteral("Your choices could not be stored: ") + reason;
+    return QStringLiteral("Your choices could not be stored; make them again later: ") + reason;
 }
 
 QString accessNeeded() { return QStringLiteral("Allow Accessibility access to move apps."); }

@@ -239,8 +239,10 @@ void AppDelegate::editShortcut()
     if (m_tellsShortcut)
         m_model->setIssues({});
     if (!outcome.isStored())
-        tellShortcutFailure(u"The shortcut works until Tovel ends, but could not be stored: "_s
-                            + outcome.failure);
+        tellShortcutFailure(
+            u"The shortcut works until Tovel ends, but could not be stored; record it "
+            "again later: "_s
+            + outcome.failure);
     else if (!outcome.notice.isEmpty())
         m_model->setIssues({outcome.notice});
     if (!m_hotKey.isRegistered() && !m_hotKey.registerShortcut(m_shortcuts.shortcut()))
