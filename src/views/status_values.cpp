@@ -27,7 +27,7 @@ QList<TravelWindow> skippedWindows(const TovelModel &model)
     return result;
 }
 
-std::optional<QString> statusWarning(const TovelModel &model)
+std::optional<QString> statusWarning(const TovelModel &model, const QString &accessAdvice)
 {
     QStringList lines;
     if (!model.available())
@@ -36,6 +36,8 @@ std::optional<QString> statusWarning(const TovelModel &model)
         lines.append(ModelTexts::accessNeeded());
     else
         lines = model.issues();
+    if (!(model.available() && model.trusted()) && !accessAdvice.isEmpty())
+        lines.append(accessAdvice);
     if (!model.choicesProblem().isEmpty())
         lines.append(model.choicesProblem());
     return lines.isEmpty() ? std::nullopt : std::optional(lines.join(u'\n'));
@@ -55,11 +57,11 @@ QString statusHeadline(const TovelModel &model)
         + u" desktops."_s;
 }
 
-QString statusText(const TovelModel &model)
+QString statusText(const TovelModel &model, const QString &accessAdvice)
 {
     if (model.busy())
         return model.message();
-    return statusWarning(model).value_or(statusHeadline(model));
+    return statusWarning(model, accessAdvice).value_or(statusHeadline(model));
 }
 
 QString skippedLabel(const QList<TravelWindow> &skipped)

@@ -117,8 +117,7 @@ void TovelStatusView::redraw()
 QString TovelStatusView::shownText() const
 {
     const bool asks = !m_model.busy() && !(m_model.available() && m_model.trusted());
-    const QString advice = asks && m_accessAdvice ? m_accessAdvice() : QString();
-    return statusText(m_model) + (advice.isEmpty() ? QString() : u'\n' + advice);
+    return statusText(m_model, asks && m_accessAdvice ? m_accessAdvice() : QString());
 }
 
 void TovelStatusView::setAccessAdvice(std::function<QString()> advice)

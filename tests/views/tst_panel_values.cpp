@@ -67,7 +67,7 @@ private Q_SLOTS:
             change(world);
             const TovelModel &model = world.start();
             const auto windows = skippedWindows(model);
-            return statusText(model) + (statusWarning(model) ? u" !"_s : u""_s)
+            return statusText(model, u"Wait."_s) + (statusWarning(model) ? u" !"_s : u""_s)
                 + (windows.isEmpty() ? QString() : u" | "_s + skippedLabel(windows));
         };
         ModelWorld moving;
@@ -93,13 +93,18 @@ private Q_SLOTS:
             world.window(101).fullScreen = world.window(102).fullScreen = true;
         };
         QCOMPARE(said(allFullScreen), u"No movable windows. | 2 windows won’t move"_s);
-        const Change untrusted = [](auto &world) { world.facts().trusted = false; };
-        QCOMPARE(said(untrusted), u"Allow Accessibility access to move apps. !"_s);
+        const Change untrusted = [](auto &world) {
+            world.facts().trusted = false;
+            world.defaults().failReads(u"locked"_s);
+        };
+        QCOMPARE(said(untrusted),
+                 u"Allow Accessibility access to move apps.\nWait.\n"_s
+                     + ModelTexts::choicesUnreadable(u"locked"_s) + u" !"_s);
         const Change unusable = [](auto &world) {
             world.facts().trusted = false;
             world.desktop.dropSymbol("SLSMainConnectionID");
         };
-        QCOMPARE(said(unusable), u"Window controls unavailable. !"_s);
+        QCOMPARE(said(unusable), u"Window controls unavailable.\nWait. !"_s);
     }
 };
 
