@@ -3,6 +3,8 @@
 #include "app/session_bus.h"
 #include "platform/linux/linux_desktop.h"
 #include "platform/session/i3/i3_session.h"
+#include "platform/session/i3/ipc_connection.h"
+#include "platform/session/kwin/connection.h"
 #include "platform/session/kwin/kwin_session.h"
 #include "platform/session/x11/x11_session.h"
 #include "platform/simulated/demo_world.h"
@@ -123,6 +125,7 @@ struct Search
 {
     std::unique_ptr<DesktopSession> session;
     QString missing{}; // why there is none
+    bool isSilent = false; // it is there, so the session is of no other kind, but does not answer
 };
 
 // The X server that DISPLAY names, connected to once, whichever kinds of session are looked for.
@@ -156,7 +159,8 @@ Search findSway(Server &, Stay)
     if (path.isEmpty())
         return {nullptr, u"SWAYSOCK is not set"_s};
     auto session = i3::I3Session::open(path);
-    return {std::move(session), unanswered(u"sway"_s, path)};
+    const bool isSilent = !session && i3::IpcConnection::open(path);
+    return {std::move(session), unanswered(u"sway"_s, path), isSilent};
 }
 
 Search findI3(Server &server, Stay)
@@ -221,7 +225,7 @@ Search findAny(Stay stay)
         if (qEnvironmentVariableIsEmpty(driver.hint))
             continue;
         Search search = driver.find(server, stay);
-        if (search.session)
+        if (search.session || search.isSilent)
             return search;
         // Of i3 and other managers under X11, the more common one's.
         if (std::exchange(hint, driver.hint) == driver.hint)
@@ -235,6 +239,14 @@ const Driver *driverNamed(QByteArrayView name)
 {
     const auto *found = std::ranges::find(Drivers, name, &Driver::name);
     return found == std::end(Drivers) ? nullptr : found;
+}
+
+bool isWaylandThere()
+{
+    const auto ignore = [](const auto &) {};
+    const auto connection = kwin::Connection::open(qgetenv("WAYLAND_DISPLAY"),
+                                                   {.appeared = ignore, .vanished = ignore});
+    return connection && connection->settle(2s);
 }
 
 } // namespace
@@ -261,9 +273,12 @@ std::unique_ptr<PlatformChoice> choosePlatform(Stay stay)
 
 QByteArray toolkitPlugins()
 {
+    // The toolkit would wait for a silent compositor for ever.
+    if (!isWaylandThere())
+        return "xcb";
     const QByteArray wanted = qgetenv(Variable);
     bool isNative = wanted == "kwin" || wanted == "sway";
-    if (driverNamed(wanted) == nullptr && !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) {
+    if (!driverNamed(wanted)) {
         const auto desktops = qgetenv("XDG_CURRENT_DESKTOP").split(':');
         isNative = desktops.contains("KDE") || !qEnvironmentVariableIsEmpty("SWAYSOCK");
     }

@@ -50,9 +50,9 @@ std::unique_ptr<PlatformChoice> choosePlatform(Stay stay = Stay::OneRun);
 
 // Qt's platform plug-ins, the one first that shows windows as this environment's session knows
 // them: in a Wayland session that there is a driver for, native ones; anywhere else those of X11,
-// since no others can be put where they belong. To be called before the application is made; goes
-// by the environment, so it may name the other one first where that says less than choosePlatform()
-// sees.
+// since no others can be put where they belong; none for a compositor that does not answer. To be
+// called before the application is made; goes by the environment, so it may name the other one
+// first where that says less than choosePlatform() sees.
 QByteArray toolkitPlugins();
 
 // Whether choosePlatform() picks, or finds none, in the user's own session: the environment asks
