@@ -201,6 +201,21 @@ private Q_SLOTS:
         QVERIFY(startProgram());
     }
 
+    void aCommandAloneSaysWhatItCannotReadOrStore()
+    {
+        m_session.write(u"config/org.tovel.Tovel/simulated.sqlite"_s, u"no database"_s);
+        const auto alone = [this](const QString &line) {
+            QProcessEnvironment changes;
+            changes.insert(u"TOVEL_DESKTOP"_s, u"simulated"_s);
+            const Outcome outcome
+                = m_session.run(QStringLiteral(TOVELCTL), line.split(u' '), changes);
+            return outcome.err.count(u'\n') == 1 && outcome.status == 1 ? outcome.out : u"!"_s;
+        };
+        QCOMPARE(alone(u"rename 3 Sea"_s), QString());
+        QVERIFY(alone(u"status"_s).contains(u"Flock\n  unknown\n"));
+        QVERIFY(alone(u"status --json"_s).contains(u"\"choicesKnown\": false"));
+    }
+
     void anySignalEndsItInMidMove_data()
     {
         QTest::addColumn<int>("number");
