@@ -110,6 +110,7 @@ private Q_SLOTS:
                           R"("rect":{"x":1e300,"width":-5}})")
             << 1;
         QTest::newRow("a hundred levels") << nested(100, Window) << 1;
+        QTest::newRow("no UTF-8") << QByteArray("{\"id\":9,\"app_id\":\"caf\xe9\"}") << 1;
         QTest::newRow("too many levels") << nested(300, Window) << 0;
         QTest::newRow("a workspace in one")
             << QByteArray(R"({"type":"workspace","name":"in","nodes":[)" + Window + "]}") << 1;
@@ -143,6 +144,7 @@ private Q_SLOTS:
         QCOMPARE(readPressedCommand(R"({"change":"run","binding":{"command":"nop x"}})"),
                  u"nop x"_s);
         QCOMPARE(readPressedCommand(R"({"change":"run","binding":[]})"), QString());
+        QCOMPARE(i3::readConfiguration("{\"config\":\"# caf\xe9\"}"), u"# caf\uFFFD"_s);
     }
 
     void namesReachTheSessionToTheLetter_data()
@@ -162,6 +164,7 @@ private Q_SLOTS:
         row("replaced by sway", u"a\\$b"_s, "", "\"a\\\\$b\"");
         row("the session's own", u"__i3_scratch"_s, "", "");
         row("a line break", u"a\nb"_s, "", "");
+        row("no UTF-8", u"caf\uFFFD"_s, "", "");
         row("nothing", QString(), "", "");
     }
     void namesReachTheSessionToTheLetter()

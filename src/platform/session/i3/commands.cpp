@@ -40,7 +40,9 @@ QByteArray criteria(Compositor compositor, const TreeWindow &window)
 
 std::optional<QByteArray> quotedWorkspace(Compositor compositor, const QString &name)
 {
-    if (name.isEmpty() || name.startsWith(u"__") || hasControls(name))
+    // What was no UTF-8 cannot be said again.
+    const bool isUnsayable = hasControls(name) || name.contains(QChar::ReplacementCharacter);
+    if (name.isEmpty() || name.startsWith(u"__") || isUnsayable)
         return std::nullopt;
     if (compositor == Compositor::I3) {
         QString escaped = name;

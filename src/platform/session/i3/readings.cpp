@@ -23,7 +23,13 @@ constexpr int MaximumDepth = 200;
 constexpr int MaximumCoordinate = 1 << 20;
 constexpr qsizetype MaximumNameLength = 512;
 
-QJsonObject objectFrom(const QByteArray &json) { return QJsonDocument::fromJson(json).object(); }
+// Both hand on the names of windows and workspaces byte by byte, be they UTF-8 or not.
+QJsonDocument documentFrom(const QByteArray &json)
+{
+    return QJsonDocument::fromJson(json.isValidUtf8() ? json : QString::fromUtf8(json).toUtf8());
+}
+
+QJsonObject objectFrom(const QByteArray &json) { return documentFrom(json).object(); }
 
 QString cleanText(const QJsonValue &value) { return x11::cleanText(value.toString()); }
 
@@ -243,7 +249,7 @@ std::optional<Tree> readTree(const QByteArray &json)
 
 bool readSuccess(const QByteArray &json)
 {
-    const QJsonDocument document = QJsonDocument::fromJson(json);
+    const QJsonDocument document = documentFrom(json);
     if (document.isObject())
         return document.object().value("success"_L1).toBool();
     const QJsonArray results = document.array();
