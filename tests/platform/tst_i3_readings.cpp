@@ -180,11 +180,22 @@ private Q_SLOTS:
             u"set $ws1 \"1: web\"\nset $ws10 10\nset $out DP-1\nworkspace $ws10 output $out DP-2\n"
             "  workspace \"$ws1\" output \\\n eDP-1\n# workspace 4 output DP-1\n"
             "workspace 5 gaps inner 3\nbindsym x workspace 6 output DP-1\nworkspace 10 output no\n"
+            "set $wsp three\nset $wspx y\nworkspace $wsp3 output $wsp/$\n"
             "workspace big mail output 'the screen'\nworkspace output\nworkspace 7 output\n"_s);
         QCOMPARE(assigned,
                  (QList<AssignedWorkspace>{{u"10"_s, {u"DP-1"_s, u"DP-2"_s}},
                                            {u"1: web"_s, {u"eDP-1"_s}},
+                                           {u"three3"_s, {u"three/$"_s}},
                                            {u"big mail"_s, {u"the screen"_s}}}));
+    }
+
+    void configurationsStaySmall()
+    {
+        QString text = u"set $a 0123456789\n"_s;
+        for (char name = 'b'; name < 'z'; ++name)
+            text += u"set $%1 $%2$%2$%2$%2\n"_s.arg(QLatin1Char(name)).arg(QLatin1Char(name - 1));
+        const auto assigned = assignedWorkspaces(text + u"workspace $y output $y"_s);
+        QVERIFY(assigned.value(0).name.size() > 100 && assigned[0].name.size() < 10000);
     }
 
     void workspacesAreWhatTheirNamesSay()

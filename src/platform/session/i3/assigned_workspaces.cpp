@@ -3,6 +3,9 @@
 #include "platform/session/i3/readings.h"
 
 #include <algorithm>
+#include <functional>
+#include <iterator>
+#include <map>
 
 namespace tovel::i3 {
 
@@ -11,7 +14,8 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qsizetype MaximumConfiguration = 1 << 20;
-constexpr qsizetype MaximumVariables = 1000;
+constexpr std::size_t MaximumVariables = 1000;
+constexpr qsizetype MaximumText = 1024; // of a value, with the values of the variables in it
 
 // The words of a line, those in quotes as one.
 QStringList wordsOf(QStringView line)
@@ -39,27 +43,34 @@ QStringList wordsOf(QStringView line)
     return words;
 }
 
-struct Variable
-{
-    QString name;
-    QString value;
-};
+using Variables = std::map<QString, QString, std::less<>>;
 
 // The longest name that fits counts: $ws10 is not $ws1 and a nought.
-QString withVariables(QString text, const QList<Variable> &variables)
+Variables::const_iterator variableAt(QStringView text, const Variables &variables)
 {
-    for (qsizetype at = text.indexOf(u'$'); at >= 0; at = text.indexOf(u'$', at)) {
-        const Variable *best = nullptr;
-        for (const Variable &variable : variables) {
-            if (QStringView(text).sliced(at).startsWith(variable.name)
-                && (!best || variable.name.size() > best->name.size()))
-                best = &variable;
-        }
-        if (best)
-            text.replace(at, best->name.size(), best->value);
-        at += best ? best->value.size() : 1;
+    for (;;) {
+        const auto next = variables.upper_bound(text);
+        if (next == variables.begin())
+            return variables.end();
+        const auto last = std::prev(next);
+        if (text.startsWith(last->first))
+            return last;
+        // Any other that fits is what both begin with, or shorter.
+        text = text.first(std::ranges::mismatch(text, last->first).in1 - text.begin());
     }
-    return text;
+}
+
+// Cut where it grows too long.
+QString withVariables(QStringView text, const Variables &variables)
+{
+    QString result;
+    while (!text.isEmpty() && result.size() < MaximumText) {
+        const auto variable = text[0] == u'$' ? variableAt(text, variables) : variables.end();
+        const bool isVariable = variable != variables.end();
+        result += isVariable ? QStringView(variable->second) : text.first(1);
+        text = text.sliced(isVariable ? variable->first.size() : 1);
+    }
+    return result.left(MaximumText);
 }
 
 } // namespace
@@ -67,7 +78,7 @@ QString withVariables(QString text, const QList<Variable> &variables)
 QList<AssignedWorkspace> assignedWorkspaces(const QString &configuration)
 {
     QList<AssignedWorkspace> assigned;
-    QList<Variable> variables;
+    Variables variables;
     QString text = configuration.left(MaximumConfiguration);
     text.replace(u"\\\n"_s, u" "_s);
     for (const QStringView line : QStringView(text).split(u'\n')) {
@@ -76,21 +87,21 @@ QList<AssignedWorkspace> assignedWorkspaces(const QString &configuration)
             const QStringList words = wordsOf(trimmed);
             if (words.size() < 3 || !words[1].startsWith(u'$'))
                 continue;
-            variables.removeIf([&words](const Variable &it) { return it.name == words[1]; });
-            variables.append({words[1], withVariables(words.mid(2).join(u' '), variables)});
+            variables[words[1]] = withVariables(words.mid(2).join(u' '), variables);
         } else if (trimmed.startsWith(u"workspace ") && assigned.size() < MaximumWorkspaces) {
-            QStringList words = wordsOf(trimmed);
+            const QStringList words = wordsOf(trimmed);
             // The name may be several words.
             const qsizetype output = words.lastIndexOf(u"output"_s);
             if (output < 2 || output + 1 == words.size())
                 continue;
-            for (QString &word : words)
-                word = withVariables(word, variables);
-            const QString name = words.mid(1, output - 1).join(u' ');
+            const QString name = withVariables(words.mid(1, output - 1).join(u' '), variables);
+            QStringList outputs = words.mid(output + 1, MaximumOutputs);
+            for (QString &it : outputs)
+                it = withVariables(it, variables);
             const bool isKnown = std::ranges::any_of(
                 assigned, [&name](const AssignedWorkspace &it) { return it.name == name; });
             if (!name.isEmpty() && !isKnown)
-                assigned.append({name, words.mid(output + 1)});
+                assigned.append({name, outputs});
         }
     }
     return assigned;

@@ -82,6 +82,7 @@ void Picture::clear()
     m_windows.clear();
     m_frontToBack.clear();
     m_byId.clear();
+    m_idsByX11.clear();
     m_active = 0;
     m_hasScratchpad = false;
 }
@@ -130,6 +131,7 @@ void Picture::draw(const Sources &sources)
     m_windows.clear();
     m_frontToBack.clear();
     m_byId.clear();
+    m_idsByX11.clear();
     m_active = 0;
     m_hasScratchpad = false;
     for (const TreeWindow &window : sources.tree.windows) {
@@ -137,6 +139,8 @@ void Picture::draw(const Sources &sources)
         if (id == 0 || m_byId.contains(id))
             continue;
         m_byId.insert(id, window);
+        if (window.x11Window != 0)
+            m_idsByX11.insert(window.x11Window, id);
         m_frontToBack.append(id);
         m_hasScratchpad = m_hasScratchpad || window.output.isEmpty();
         if (window.isFocused)
@@ -169,12 +173,8 @@ SessionWindow Picture::sessionWindow(const TreeWindow &window, std::uint32_t id,
     } else if (!window.workspace.isEmpty()) {
         result.workspaces.append(idOf(window.workspace));
     }
-    if (result.transientFor != 0 && !m_byId.contains(result.transientFor)) {
-        std::uint32_t parent = 0;
-        for (auto it = m_byId.cbegin(); it != m_byId.cend(); ++it)
-            parent = it->x11Window == result.transientFor ? it.key() : parent;
-        result.transientFor = parent;
-    }
+    if (!m_byId.contains(result.transientFor))
+        result.transientFor = m_idsByX11.value(result.transientFor);
     return result;
 }
 

@@ -69,6 +69,7 @@ private:
     QList<std::uint32_t> m_frontToBack;
     std::uint32_t m_active = 0;
     QHash<std::uint32_t, TreeWindow> m_byId;
+    QHash<std::uint32_t, std::uint32_t> m_idsByX11; // those of windows of X11
     bool m_hasScratchpad = false;
 };
 

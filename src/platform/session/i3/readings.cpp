@@ -66,6 +66,7 @@ struct Child
 {
     QJsonObject node;
     bool isFloating;
+    qsizetype rank = 0; // among its siblings, by when they had the keyboard
 };
 
 // In the tree's own order.
@@ -73,9 +74,9 @@ std::vector<Child> childrenOf(const QJsonObject &node)
 {
     std::vector<Child> children;
     for (const QJsonValue &child : node.value("nodes"_L1).toArray())
-        children.push_back({child.toObject(), false});
+        children.push_back({child.toObject(), false, 0});
     for (const QJsonValue &child : node.value("floating_nodes"_L1).toArray())
-        children.push_back({child.toObject(), true});
+        children.push_back({child.toObject(), true, 0});
     return children;
 }
 
@@ -86,9 +87,9 @@ std::vector<Child> childrenByFocus(const QJsonObject &node)
     for (const QJsonValue &id : node.value("focus"_L1).toArray())
         ranks.insert(id.toInteger(), ranks.size());
     auto children = childrenOf(node);
-    std::ranges::stable_sort(children, {}, [&ranks](const Child &child) {
-        return ranks.value(child.node.value("id"_L1).toInteger(), ranks.size());
-    });
+    for (Child &child : children)
+        child.rank = ranks.value(child.node.value("id"_L1).toInteger(), ranks.size());
+    std::ranges::stable_sort(children, {}, &Child::rank);
     return children;
 }
 
@@ -105,12 +106,14 @@ QString workspaceName(const QJsonObject &node)
 }
 
 // Directly on their output, or one container further down.
-QStringList workspacesOf(const QJsonObject &output)
+QStringList workspacesOf(const QJsonObject &output, qsizetype room)
 {
     QStringList names;
-    const auto add = [&names](const QJsonObject &node) {
+    const auto add = [&names, room](const QJsonObject &node) {
+        if (names.size() >= room || !isWorkspace(node))
+            return;
         const QString name = workspaceName(node);
-        if (isWorkspace(node) && !name.isEmpty() && !names.contains(name))
+        if (!name.isEmpty() && !names.contains(name))
             names.append(name);
     };
     for (const Child &child : childrenOf(output)) {
@@ -131,7 +134,7 @@ QList<TreeOutput> outputsOf(const QJsonObject &root)
             outputs, [&name](const TreeOutput &output) { return output.name == name; });
         if (name.isEmpty() || isInternal(name) || isKnown || outputs.size() == MaximumOutputs)
             continue;
-        const QStringList workspaces = workspacesOf(child.node).mid(0, room);
+        const QStringList workspaces = workspacesOf(child.node, room);
         room -= workspaces.size();
         outputs.append({name, rectFrom(child.node.value("rect"_L1)), workspaces, {}});
     }
@@ -210,7 +213,7 @@ void addWindows(Tree &tree, const QJsonObject &node, Place place, int depth)
         tree.windows.append(windowFrom(node, place));
         return;
     }
-    for (const auto &[child, isFloating] : childrenByFocus(node)) {
+    for (const auto &[child, isFloating, rank] : childrenByFocus(node)) {
         Place inside = place;
         inside.isFloating = place.isFloating || isFloating;
         addWindows(tree, child, inside, depth + 1);
