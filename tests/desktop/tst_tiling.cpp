@@ -286,24 +286,38 @@ private Q_SLOTS:
         // What its user has bound is left alone, and counts; that it is taken cannot be told.
         session->releaseKey(key);
         const int before = presses;
-        QVERIFY(m_user->command(u"bindcode Ctrl+Mod4+%1 workspace 3"_s.arg(KEY_T + 8)));
-        QCOMPARE(session->grabKey(key), KeyGrab::Granted);
-        press();
         const auto shown = [&] { return session->outputs().value(0).shown; };
         const auto third = session->outputs()[0].workspaces[2].id;
-        QVERIFY(eventually([&] { return shown() == third; }));
+        for (const auto &flags : {u""_s, u"--locked "_s, u"--locked --no-repeat "_s}) {
+            const QString place = flags + u"Ctrl+Mod4+%1"_s.arg(KEY_T + 8);
+            QVERIFY(m_user->command(u"bindcode "_s + place + u" workspace 3"_s));
+            QCOMPARE(session->grabKey(key), KeyGrab::Granted);
+            for (const bool isGrabbed : {true, false}) {
+                QVERIFY(m_user->command(u"workspace 1"_s));
+                QVERIFY(eventually([&] { return shown() != third; }));
+                press();
+                QVERIFY2(eventually([&] { return shown() == third; }), qPrintable(place));
+                if (isGrabbed)
+                    session->releaseKey(key);
+            }
+            QVERIFY(m_user->command(u"unbindcode "_s + place));
+        }
         QCOMPARE(presses, before);
     }
 
     void asksNobodyWhoDoesNotAnswer_data()
     {
         QTest::addColumn<bool>("listens");
-        QTest::newRow("nobody there") << false;
-        QTest::newRow("one who is deaf") << true;
+        QTest::addColumn<QByteArray>("noise"); // without end
+        QTest::newRow("nobody there") << false << QByteArray();
+        QTest::newRow("one who is deaf") << true << QByteArray();
+        QTest::newRow("one who only talks")
+            << true << i3::frameBytes(i3::MessageType::WorkspaceEvent, "{}");
     }
     void asksNobodyWhoDoesNotAnswer()
     {
         QFETCH(const bool, listens);
+        QFETCH(const QByteArray, noise);
         const QTemporaryDir folder;
         const QByteArray path = QFile::encodeName(folder.filePath(u"socket"_s));
         const int server = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);

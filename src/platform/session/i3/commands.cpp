@@ -12,6 +12,10 @@ namespace {
 constexpr const char *Words[] = {"next",    "prev",           "next_on_output", "prev_on_output",
                                  "current", "back_and_forth", "number",         "output"};
 
+// A binding with other flags is another one, so that what the user has bound to the key is neither
+// replaced nor dropped; hardly anybody uses all of these.
+const QByteArray Flags = "--locked --inhibited --no-repeat ";
+
 bool hasControls(const QString &name)
 {
     return std::any_of(name.begin(), name.end(),
@@ -62,12 +66,12 @@ std::optional<QByteArray> quotedWorkspace(Compositor compositor, const QString &
 
 QByteArray bindCommand(const SessionKey &key, const QString &command)
 {
-    return "mode default bindcode --locked --no-repeat " + keyText(key) + ' ' + command.toUtf8();
+    return "mode default bindcode " + Flags + keyText(key) + ' ' + command.toUtf8();
 }
 
 QByteArray unbindCommand(const SessionKey &key)
 {
-    return "mode default unbindcode --locked --no-repeat " + keyText(key);
+    return "mode default unbindcode " + Flags + keyText(key);
 }
 
 } // namespace tovel::i3
