@@ -1,3 +1,4 @@
+#include "platform/session/i3/frames.h"
 #include "platform/session/i3/i3_session.h"
 #include "platform/session/x11/x11_session.h"
 #include "support/test_client.h"
@@ -10,6 +11,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <thread>
 
 #include <linux/input-event-codes.h>
 #include <sys/socket.h>
@@ -326,10 +328,17 @@ private Q_SLOTS:
         QCOMPARE(::bind(server, reinterpret_cast<const sockaddr *>(&address), sizeof address), 0);
         if (listens)
             QCOMPARE(::listen(server, 1), 0);
+        std::jthread talker([&] {
+            const int peer = noise.isEmpty() ? -1 : ::accept(server, nullptr, nullptr);
+            while (::send(peer, noise.data(), static_cast<std::size_t>(noise.size()), MSG_NOSIGNAL)
+                   > 0) { }
+            ::close(peer);
+        });
         QElapsedTimer timer;
         timer.start();
         QVERIFY(!i3::I3Session::open(path));
         QVERIFY2(timer.elapsed() < Limit, qPrintable(QString::number(timer.elapsed())));
+        talker.join();
         ::close(server);
     }
 };

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <utility>
 
 // The messages of the IPC protocol that i3 and sway speak: "i3-ipc", the payload's length and the
 // message's type, 32 bits each in the machine's byte order, and the payload.
@@ -38,7 +39,11 @@ bool isEvent(MessageType type);
 class FrameReader final
 {
 public:
-    void append(QByteArrayView bytes) { m_bytes.append(bytes); }
+    void append(QByteArrayView bytes)
+    {
+        m_bytes.remove(0, std::exchange(m_start, 0));
+        m_bytes.append(bytes);
+    }
 
     // The next frame; nothing while it is not complete, and for ever once the stream is broken.
     std::optional<Frame> take();

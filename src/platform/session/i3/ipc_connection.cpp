@@ -15,8 +15,9 @@ namespace tovel::i3 {
 
 namespace {
 
-// Nobody takes so many in one turn of the event loop; a session that floods is given up.
+// Nobody sends so many in one turn of the event loop; a session that floods is given up.
 constexpr std::size_t MaximumEvents = 10000;
+constexpr qsizetype MaximumEventBytes = MaximumPayload;
 
 } // namespace
 
@@ -60,8 +61,11 @@ bool IpcConnection::await(short events, Deadline deadline) const
     using namespace std::chrono;
     for (;;) {
         const auto left = ceil<milliseconds>(deadline - steady_clock::now());
+        // However fast it sends.
+        if (left <= 0ms)
+            return false;
         pollfd waited{m_socket, events, 0};
-        const int ready = ::poll(&waited, 1, static_cast<int>(std::max(left, 0ms).count()));
+        const int ready = ::poll(&waited, 1, static_cast<int>(left.count()));
         if (ready >= 0 || errno != EINTR)
             return ready > 0;
     }
@@ -83,16 +87,20 @@ bool IpcConnection::send(const QByteArray &bytes, Deadline deadline)
 bool IpcConnection::receive()
 {
     std::array<char, 1 << 16> bytes;
-    for (;;) {
-        const ssize_t size = ::recv(m_socket, bytes.data(), bytes.size(), 0);
-        if (size > 0) {
-            m_reader.append({bytes.data(), static_cast<qsizetype>(size)});
-            if (static_cast<std::size_t>(size) < bytes.size())
-                return true;
-        } else if (size == 0 || errno != EINTR) {
-            return size < 0 && errno == EAGAIN;
-        }
-    }
+    const ssize_t size = ::recv(m_socket, bytes.data(), bytes.size(), 0);
+    if (size > 0)
+        m_reader.append({bytes.data(), static_cast<qsizetype>(size)});
+    return size > 0 || (size < 0 && (errno == EAGAIN || errno == EINTR));
+}
+
+bool IpcConnection::keep(Frame &&frame)
+{
+    m_eventBytes += frame.payload.size();
+    if (!isEvent(frame.type) || m_events.size() == MaximumEvents
+        || m_eventBytes > MaximumEventBytes)
+        return false;
+    m_events.push_back(std::move(frame));
+    return true;
 }
 
 std::optional<QByteArray> IpcConnection::ask(MessageType type, const QByteArray &payload,
@@ -101,15 +109,12 @@ std::optional<QByteArray> IpcConnection::ask(MessageType type, const QByteArray 
     const Deadline deadline = std::chrono::steady_clock::now() + patience;
     bool isThere = isAlive() && send(frameBytes(type, payload), deadline);
     while (isThere) {
-        while (auto frame = m_reader.take()) {
+        while (auto frame = isThere ? m_reader.take() : std::nullopt) {
             if (frame->type == type)
                 return frame->payload;
-            if (isEvent(frame->type) && m_events.size() < MaximumEvents)
-                m_events.push_back(*std::move(frame));
-            else
-                break;
+            isThere = keep(*std::move(frame));
         }
-        isThere = !m_reader.isBroken() && await(POLLIN, deadline) && receive();
+        isThere = isThere && !m_reader.isBroken() && await(POLLIN, deadline) && receive();
     }
     drop();
     return std::nullopt;
@@ -119,14 +124,12 @@ std::vector<Frame> IpcConnection::takeEvents()
 {
     if (isAlive()) {
         bool isThere = receive();
-        while (auto frame = m_reader.take()) {
-            isThere = isThere && isEvent(frame->type) && m_events.size() < MaximumEvents;
-            if (isThere)
-                m_events.push_back(*std::move(frame));
-        }
+        while (auto frame = isThere ? m_reader.take() : std::nullopt)
+            isThere = keep(*std::move(frame));
         if (!isThere || m_reader.isBroken())
             drop();
     }
+    m_eventBytes = 0;
     return std::exchange(m_events, {});
 }
 

@@ -33,7 +33,8 @@ public:
     std::optional<QByteArray> ask(MessageType type, const QByteArray &payload,
                                   std::chrono::milliseconds patience);
 
-    // Those that have arrived, oldest first. Does not wait.
+    // Those that have arrived, oldest first. Does not wait. Where more have arrived than it takes
+    // in one go, the handler is called again.
     std::vector<Frame> takeEvents();
     bool hasEvents() const { return !m_events.empty(); }
 
@@ -47,13 +48,16 @@ private:
 
     bool send(const QByteArray &bytes, Deadline deadline);
     bool await(short events, Deadline deadline) const;
-    // What is there; false when the session is gone.
+    // Some of what is there; false when the session is gone.
     bool receive();
+    // An event to take; false for what is none, and for more than anybody takes.
+    bool keep(Frame &&frame);
     void drop();
 
     int m_socket; // -1: gone
     FrameReader m_reader;
     std::vector<Frame> m_events;
+    qsizetype m_eventBytes = 0;
     std::unique_ptr<QSocketNotifier> m_notifier;
     std::function<void()> m_readableHandler;
 };
