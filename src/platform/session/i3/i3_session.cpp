@@ -4,6 +4,7 @@
 #include "platform/session/i3/ipc_connection.h"
 #include "platform/session/i3/picture.h"
 #include "platform/session/i3/readings.h"
+#include "platform/session/x11/properties.h"
 #include "platform/session/x11/x11_session.h"
 
 #include <QAbstractEventDispatcher>
@@ -21,8 +22,8 @@ namespace {
 
 constexpr auto Patience = 3s;
 
-// One that has gone is looked for again and again: each look may wait for so long, and the next
-// one after a look in vain is due so much later.
+// One that has gone is looked for again and again: each of its answers is awaited for so long,
+// and the next look is due so much later.
 constexpr auto ShortPatience = 200ms;
 constexpr auto AttemptInterval = 2s;
 
@@ -34,7 +35,7 @@ std::unique_ptr<I3Session> I3Session::open(const QByteArray &path,
                                            std::unique_ptr<x11::X11Session> &&x11)
 {
     auto session = std::unique_ptr<I3Session>(new I3Session(path));
-    if (!session->connect(Patience))
+    if (!session->connect())
         return nullptr;
     session->m_x11 = std::move(x11);
     return session;
@@ -44,6 +45,7 @@ I3Session::I3Session(const QByteArray &path)
     : m_path(path)
     , m_version(std::make_unique<Version>())
     , m_picture(std::make_unique<Picture>())
+    , m_patience(Patience)
 { }
 
 I3Session::~I3Session()
@@ -56,18 +58,18 @@ bool I3Session::isConnected() const { return m_connection && m_connection->isAli
 
 bool I3Session::isSway() const { return m_version->compositor == Compositor::Sway; }
 
-bool I3Session::connect(std::chrono::milliseconds patience)
+bool I3Session::connect()
 {
     m_connection = IpcConnection::open(m_path);
     if (!m_connection)
         return false;
-    const auto answer = m_connection->ask(MessageType::GetVersion, {}, patience);
+    const auto answer = m_connection->ask(MessageType::GetVersion, {}, m_patience);
     const auto version = answer ? readVersion(*answer) : std::nullopt;
     bool isGood = version.has_value();
     // One at a time: sway 1.7 refuses all of a list when it does not know one of them.
     for (const QByteArray event : {"workspace", "binding"}) {
-        isGood
-            = isGood && m_connection->ask(MessageType::Subscribe, "[\"" + event + "\"]", patience);
+        isGood = isGood
+            && m_connection->ask(MessageType::Subscribe, "[\"" + event + "\"]", m_patience);
     }
     if (!isGood) {
         m_connection.reset();
@@ -83,7 +85,7 @@ bool I3Session::connect(std::chrono::milliseconds patience)
 // And what it has dropped of ours.
 void I3Session::readConfiguration()
 {
-    if (const auto answer = m_connection->ask(MessageType::GetConfig, {}, Patience))
+    if (const auto answer = m_connection->ask(MessageType::GetConfig, {}, m_patience))
         m_assigned = assignedWorkspaces(i3::readConfiguration(*answer));
     m_tree.clear();
     for (const Binding &binding : m_bindings)
@@ -111,11 +113,13 @@ void I3Session::lookAgain()
         const QByteArray path = m_x11 ? m_x11->managerSocket() : QByteArray();
         if (!path.isEmpty())
             m_path = path;
-        if (!connect(ShortPatience))
-            m_nextAttempt = std::chrono::steady_clock::now() + AttemptInterval;
+        // Until it has told of its windows.
+        m_patience = ShortPatience;
+        connect();
+        m_nextAttempt = std::chrono::steady_clock::now() + AttemptInterval;
     }
     const auto answer
-        = isConnected() ? m_connection->ask(MessageType::GetTree, {}, Patience) : std::nullopt;
+        = isConnected() ? m_connection->ask(MessageType::GetTree, {}, m_patience) : std::nullopt;
     if (!answer) {
         lose();
         return;
@@ -130,6 +134,7 @@ void I3Session::lookAgain()
         lose();
         return;
     }
+    m_patience = Patience;
     m_tree = *answer;
     m_x11Revision = x11Revision;
     Sources sources{.compositor = m_version->compositor, .tree = *tree, .assigned = m_assigned};
@@ -186,7 +191,7 @@ bool I3Session::command(const QByteArray &text)
     if (!isConnected())
         return false;
     m_isStale = true;
-    const auto answer = m_connection->ask(MessageType::RunCommand, text, Patience);
+    const auto answer = m_connection->ask(MessageType::RunCommand, text, m_patience);
     return answer && readSuccess(*answer);
 }
 
@@ -286,9 +291,17 @@ QStringList I3Session::limits()
 {
     if (!isControllable())
         return {u"%1 does not answer."_s.arg(isSway() ? u"sway"_s : u"i3"_s)};
-    if (current().hasScratchpad())
-        return {u"Windows in the scratchpad are on no desktop and stay there."_s};
-    return {};
+    QStringList limits;
+    if (m_picture->hasScratchpad())
+        limits.append(u"Windows in the scratchpad are on no desktop and stay there."_s);
+    for (const SessionOutput &output : m_picture->outputs()) {
+        for (const SessionWorkspace &workspace : output.workspaces) {
+            if (!quotedWorkspace(m_version->compositor, workspace.uuid))
+                limits.append(u"%1 takes no command with the name of the desktop “%2”."_s.arg(
+                    isSway() ? u"sway"_s : u"i3"_s, x11::cleanText(workspace.uuid)));
+        }
+    }
+    return limits;
 }
 
 void I3Session::setShownWorkspaceHandler(std::function<void()> handler)

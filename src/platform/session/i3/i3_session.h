@@ -71,7 +71,7 @@ private:
 
     explicit I3Session(const QByteArray &path);
 
-    bool connect(std::chrono::milliseconds patience);
+    bool connect();
     bool isConnected() const;
     Picture &current();
     void lookAgain();
@@ -95,6 +95,7 @@ private:
     QByteArray m_tree; // that the picture shows
     std::uint64_t m_x11Revision = 0;
     bool m_isStale = true;
+    std::chrono::milliseconds m_patience; // with each of its answers
     std::chrono::steady_clock::time_point m_nextAttempt;
     QTimer m_attempts;
 
