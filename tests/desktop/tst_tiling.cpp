@@ -15,6 +15,7 @@
 
 #include <linux/input-event-codes.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -311,15 +312,27 @@ private Q_SLOTS:
     {
         QTest::addColumn<bool>("listens");
         QTest::addColumn<QByteArray>("noise"); // without end
-        QTest::newRow("nobody there") << false << QByteArray();
-        QTest::newRow("one who is deaf") << true << QByteArray();
+        QTest::addColumn<bool>("isAnothers");
+        QTest::newRow("nobody there") << false << QByteArray() << false;
+        QTest::newRow("one who is deaf") << true << QByteArray() << false;
         QTest::newRow("one who only talks")
-            << true << i3::frameBytes(i3::MessageType::WorkspaceEvent, "{}");
+            << true << i3::frameBytes(i3::MessageType::WorkspaceEvent, "{}") << false;
+        // Who would answer.
+        const QByteArray json = R"({"human_readable":"1.7","variant":"sway"})";
+        QTest::newRow("another user's") << true
+                                        << i3::frameBytes(i3::MessageType::GetVersion, json)
+                + i3::frameBytes(i3::MessageType::Subscribe, "{}")
+                + i3::frameBytes(i3::MessageType::Subscribe, "{}")
+                + i3::frameBytes(i3::MessageType::GetConfig, "{}")
+                                        << true;
     }
     void asksNobodyWhoDoesNotAnswer()
     {
         QFETCH(const bool, listens);
         QFETCH(const QByteArray, noise);
+        QFETCH(const bool, isAnothers);
+        if (isAnothers && ::getuid() != 0)
+            QSKIP("only root can be two users");
         const QTemporaryDir folder;
         const QByteArray path = QFile::encodeName(folder.filePath(u"socket"_s));
         const int server = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
@@ -336,7 +349,13 @@ private Q_SLOTS:
         });
         QElapsedTimer timer;
         timer.start();
-        QVERIFY(!i3::I3Session::open(path));
+        constexpr uid_t Nobody = 65534;
+        for (const QByteArray &shared : {QFile::encodeName(folder.path()), path})
+            QVERIFY(!isAnothers || ::chmod(shared.constData(), 0777) == 0);
+        QVERIFY(!isAnothers || ::seteuid(Nobody) == 0);
+        const bool isOpen = i3::I3Session::open(path) != nullptr;
+        QVERIFY(!isAnothers || ::seteuid(0) == 0);
+        QVERIFY(!isOpen);
         QVERIFY2(timer.elapsed() < Limit, qPrintable(QString::number(timer.elapsed())));
         talker.join();
         ::close(server);

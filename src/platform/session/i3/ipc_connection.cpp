@@ -19,6 +19,17 @@ namespace {
 constexpr std::size_t MaximumEvents = 10000;
 constexpr qsizetype MaximumEventBytes = MaximumPayload;
 
+// A socket that another user has made may be anything. root, whom no user can keep out, is not kept
+// from any.
+bool isOwn(int socket)
+{
+    ucred peer{};
+    socklen_t size = sizeof peer;
+    return ::geteuid() == 0
+        || (::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0
+            && peer.uid == ::geteuid());
+}
+
 } // namespace
 
 std::unique_ptr<IpcConnection> IpcConnection::open(const QByteArray &path)
@@ -32,7 +43,8 @@ std::unique_ptr<IpcConnection> IpcConnection::open(const QByteArray &path)
     if (socket < 0)
         return nullptr;
     // Where the queue of those who want in is full, a socket that does not block says so at once.
-    if (::connect(socket, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) {
+    if (::connect(socket, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0
+        || !isOwn(socket)) {
         ::close(socket);
         return nullptr;
     }

@@ -20,7 +20,7 @@ namespace tovel::i3 {
 class IpcConnection final
 {
 public:
-    // Null when nobody listens there, or not to this user.
+    // Null when nobody listens there, or not to this user, or another user does.
     static std::unique_ptr<IpcConnection> open(const QByteArray &path);
     ~IpcConnection();
 
