@@ -316,7 +316,8 @@ private Q_SLOTS:
         QTest::newRow("nobody there") << false << QByteArray() << false;
         QTest::newRow("one who is deaf") << true << QByteArray() << false;
         QTest::newRow("one who only talks")
-            << true << i3::frameBytes(i3::MessageType::WorkspaceEvent, "{}") << false;
+            << true << i3::frameBytes(i3::MessageType::WorkspaceEvent, "{}").repeated(1 << 16)
+            << false;
         // Who would answer.
         const QByteArray json = R"({"human_readable":"1.7","variant":"sway"})";
         QTest::newRow("another user's") << true
