@@ -359,11 +359,12 @@ void PrivateSession::startSway()
     const QString socket = folder + u"/sway.sock"_s;
     for (const QString &left : {socket, folder + u"/ready"_s})
         QFile::remove(left);
-    const std::pair<QString, QString> variables[] = {{u"SWAYSOCK"_s, socket},
-                                                     {u"WLR_BACKENDS"_s, u"headless"_s},
-                                                     {u"WLR_HEADLESS_OUTPUTS"_s, u"2"_s},
-                                                     {u"WLR_RENDERER"_s, u"pixman"_s},
-                                                     {u"WLR_LIBINPUT_NO_DEVICES"_s, u"1"_s}};
+    const std::pair<QString, QString> variables[]
+        = {{u"SWAYSOCK"_s, socket},
+           {u"WLR_BACKENDS"_s, u"headless"_s},
+           {u"WLR_HEADLESS_OUTPUTS"_s, m_desktops == 1 ? u"1"_s : u"2"_s},
+           {u"WLR_RENDERER"_s, u"pixman"_s},
+           {u"WLR_LIBINPUT_NO_DEVICES"_s, u"1"_s}};
     for (const auto &[name, value] : variables)
         m_environment.insert(name, value);
     for (const auto &name : {u"WAYLAND_DISPLAY"_s, u"DISPLAY"_s, u"QT_QPA_PLATFORM"_s})
@@ -413,7 +414,15 @@ void PrivateSession::killManager()
 
 void PrivateSession::pauseManager(bool paused)
 {
-    kill(static_cast<pid_t>(m_managerProcess->processId()), paused ? SIGSTOP : SIGCONT);
+    const qint64 process = m_managerProcess->processId();
+    kill(static_cast<pid_t>(process), paused ? SIGSTOP : SIGCONT);
+    // It may be carrying something out on another processor.
+    const auto hasStopped = [process] {
+        QFile status(u"/proc/%1/status"_s.arg(process));
+        return status.open(QIODevice::ReadOnly) && status.readAll().contains("\nState:\tT");
+    };
+    if (paused)
+        eventually(hasStopped);
 }
 
 void PrivateSession::killServer()

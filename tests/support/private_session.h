@@ -21,7 +21,7 @@ Manager managerFromEnvironment();
 
 struct SessionOptions
 {
-    int desktops = 4; // those of i3 and sway come and go
+    int desktops = 4; // those of i3 and sway come and go; with 1 sway has a single output
     QByteArray screen = "1280x800x24";
     QString activateAction{}; // xfwm4's choice of that name; empty leaves it at its default
     bool tcp = false; // the server also listens on TCP, so that a client can hide its process
