@@ -59,6 +59,19 @@ QProcessEnvironment bareEnvironment()
     return bare;
 }
 
+void pause(const QProcess &process, bool paused)
+{
+    const qint64 id = process.processId();
+    kill(static_cast<pid_t>(id), paused ? SIGSTOP : SIGCONT);
+    // It may be carrying something out on another processor.
+    if (paused) {
+        eventually([id] {
+            QFile status(u"/proc/%1/status"_s.arg(id));
+            return status.open(QIODevice::ReadOnly) && status.readAll().contains("\nState:\tT");
+        });
+    }
+}
+
 } // namespace
 
 Manager managerFromEnvironment()
@@ -412,18 +425,7 @@ void PrivateSession::killManager()
     m_managerProcess->waitForFinished();
 }
 
-void PrivateSession::pauseManager(bool paused)
-{
-    const qint64 process = m_managerProcess->processId();
-    kill(static_cast<pid_t>(process), paused ? SIGSTOP : SIGCONT);
-    // It may be carrying something out on another processor.
-    const auto hasStopped = [process] {
-        QFile status(u"/proc/%1/status"_s.arg(process));
-        return status.open(QIODevice::ReadOnly) && status.readAll().contains("\nState:\tT");
-    };
-    if (paused)
-        eventually(hasStopped);
-}
+void PrivateSession::pauseManager(bool paused) { pause(*m_managerProcess, paused); }
 
 void PrivateSession::killServer()
 {
@@ -431,10 +433,7 @@ void PrivateSession::killServer()
     m_server->waitForFinished();
 }
 
-void PrivateSession::pauseServer(bool paused)
-{
-    kill(static_cast<pid_t>(m_server->processId()), paused ? SIGSTOP : SIGCONT);
-}
+void PrivateSession::pauseServer(bool paused) { pause(*m_server, paused); }
 
 Outcome outcomeOf(QProcess &process)
 {
