@@ -6,6 +6,7 @@
 #include <QStandardPaths>
 #include <QTest>
 
+#include <algorithm>
 #include <csignal>
 
 #include <pwd.h>
@@ -57,19 +58,6 @@ QProcessEnvironment bareEnvironment()
     }
     bare.insert(u"LC_ALL"_s, u"C.UTF-8"_s);
     return bare;
-}
-
-void pause(const QProcess &process, bool paused)
-{
-    const qint64 id = process.processId();
-    kill(static_cast<pid_t>(id), paused ? SIGSTOP : SIGCONT);
-    // It may be carrying something out on another processor.
-    if (paused) {
-        eventually([id] {
-            QFile status(u"/proc/%1/status"_s.arg(id));
-            return status.open(QIODevice::ReadOnly) && status.readAll().contains("\nState:\tT");
-        });
-    }
 }
 
 } // namespace
@@ -425,7 +413,7 @@ void PrivateSession::killManager()
     m_managerProcess->waitForFinished();
 }
 
-void PrivateSession::pauseManager(bool paused) { pause(*m_managerProcess, paused); }
+void PrivateSession::pauseManager(bool paused) { setPaused(*m_managerProcess, paused); }
 
 void PrivateSession::killServer()
 {
@@ -433,7 +421,23 @@ void PrivateSession::killServer()
     m_server->waitForFinished();
 }
 
-void PrivateSession::pauseServer(bool paused) { pause(*m_server, paused); }
+void PrivateSession::pauseServer(bool paused) { setPaused(*m_server, paused); }
+
+void setPaused(const QProcess &process, bool paused)
+{
+    const qint64 id = process.processId();
+    kill(static_cast<pid_t>(id), paused ? SIGSTOP : SIGCONT);
+    // Any thread may be carrying something out on another processor.
+    const auto hasStopped = [folder = u"/proc/%1/task/"_s.arg(id)] {
+        const QStringList threads = QDir(folder).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+        return std::ranges::all_of(threads, [&folder](const QString &thread) {
+            QFile status(folder + thread + u"/status"_s);
+            return !status.open(QIODevice::ReadOnly) || status.readAll().contains("\nState:\tT");
+        });
+    };
+    if (paused)
+        eventually(hasStopped);
+}
 
 Outcome outcomeOf(QProcess &process)
 {

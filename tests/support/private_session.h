@@ -114,6 +114,9 @@ private:
     QProcess *m_managerProcess = nullptr;
 };
 
+// Stops the process, or has it go on. One that is paused answers nobody from then on.
+void setPaused(const QProcess &process, bool paused);
+
 // Waits for the process's end and takes what it said.
 Outcome outcomeOf(QProcess &process);
 
