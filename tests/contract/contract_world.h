@@ -77,6 +77,8 @@ public:
 
 std::unique_ptr<ContractWorld> makeSimulatedWorld(int displays);
 
+std::unique_ptr<ContractWorld> makeMemoryWorld();
+
 // On the manager that managerFromEnvironment() names; null when it does not start.
 std::unique_ptr<ContractWorld> makeX11World();
 

@@ -36,7 +36,8 @@ constexpr EventTypeSpec HotKeyPressed[] = {{kEventClassKeyboard, kEventHotKeyPre
 } // namespace
 
 // What the program relies on of any platform, tried on the one that the environment names: a
-// session of the window manager TOVEL_TEST_MANAGER, else a simulated desktop.
+// session of the window manager TOVEL_TEST_MANAGER or, with "memory", in memory; else a simulated
+// desktop.
 class ContractSuite : public QObject, private ContractBench
 {
     Q_OBJECT
@@ -44,7 +45,9 @@ class ContractSuite : public QObject, private ContractBench
 private Q_SLOTS:
     void initTestCase()
     {
-        if (qgetenv("TOVEL_TEST_MANAGER") == "kwin")
+        if (qgetenv("TOVEL_TEST_MANAGER") == "memory")
+            m_world = makeMemoryWorld();
+        else if (qgetenv("TOVEL_TEST_MANAGER") == "kwin")
             m_world = makeKWinWorld();
         else if (qgetenv("TOVEL_TEST_MANAGER") == "sway")
             m_world = makeSwayWorld();

@@ -73,12 +73,65 @@ bool MemorySession::showWorkspace(std::uint64_t workspace)
     return true;
 }
 
-QList<std::uint32_t> MemorySession::stackingOrder()
+bool MemorySession::activateWindow(std::uint32_t window)
 {
-    QList<std::uint32_t> order;
-    for (const SessionWindow &window : std::as_const(m_windows))
-        order.prepend(window.id);
-    return order;
+    if (!raiseWindow(window))
+        return false;
+    if (m_capabilities.activationShowsWorkspace)
+        showWorkspace(find(window)->workspaces.first());
+    return true;
+}
+
+bool MemorySession::raiseWindow(std::uint32_t window)
+{
+    const bool isThere = m_order.removeOne(window);
+    if (isThere)
+        m_order.prepend(window);
+    ++m_revision;
+    return isThere;
+}
+
+std::uint32_t MemorySession::ownWindow(const SessionOwnWindow &window)
+{
+    return find(window.x11Window) ? window.x11Window : 0;
+}
+
+bool MemorySession::setOnAllWorkspaces(std::uint32_t window, bool on)
+{
+    SessionWindow *changed = find(window);
+    if (!changed)
+        return false;
+    const SessionOutput &row = *outputOf(changed->workspaces.first());
+    changed->workspaces.clear();
+    for (const SessionWorkspace &workspace : row.workspaces) {
+        if (on || workspace.id == row.shown)
+            changed->workspaces.append(workspace.id);
+    }
+    ++m_revision;
+    return true;
+}
+
+KeyGrab MemorySession::grabKey(const SessionKey &key)
+{
+    if (m_taken.contains(key))
+        return KeyGrab::Taken;
+    m_grabbed.append(key);
+    return KeyGrab::Granted;
+}
+
+void MemorySession::pressKey(const SessionKey &key)
+{
+    if (m_grabbed.contains(key))
+        QMetaObject::invokeMethod(
+            &m_context, [=, this] { m_keyHandler(key); }, Qt::QueuedConnection);
+}
+
+bool MemorySession::takeKey(const SessionKey &key)
+{
+    if (m_grabbed.contains(key))
+        return false;
+    m_taken.append(key);
+    return true;
 }
 
 std::optional<QPointF> MemorySession::cursorPosition()
@@ -100,12 +153,14 @@ std::uint32_t MemorySession::open(SessionWindow window)
         window.id = ++m_lastNumber;
     ++m_revision;
     m_windows.append(window);
+    m_order.prepend(window.id);
     return window.id;
 }
 
 void MemorySession::close(std::uint32_t window)
 {
     ++m_revision;
+    m_order.removeOne(window);
     m_windows.removeIf([window](const SessionWindow &other) { return other.id == window; });
 }
 

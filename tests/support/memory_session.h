@@ -8,9 +8,9 @@
 
 namespace tovel {
 
-// A session in memory, without keys, and of which no window is the program's own: nobody needs a
-// screen for it. Its users and their programs are the test, by the operations at the end.
-// Everything takes effect at once.
+// A session in memory: nobody needs a screen for it. Its users and their programs are the test, by
+// the operations at the end. A window of the program's own is named by its number. Everything takes
+// effect at once; what is told of it comes from the event loop.
 class MemorySession final : public DesktopSession
 {
 public:
@@ -28,20 +28,23 @@ public:
     QList<SessionScreen> screens() override { return m_screens; }
     QList<SessionOutput> outputs() override { return m_outputs; }
     const QList<SessionWindow> &windows() override { return m_windows; }
-    QList<std::uint32_t> stackingOrder() override;
+    QList<std::uint32_t> stackingOrder() override { return m_order; }
     std::uint32_t activeWindow() override { return 0; }
     bool moveWindow(std::uint32_t window, std::uint64_t workspace) override;
     bool showWorkspace(std::uint64_t workspace) override;
-    bool activateWindow(std::uint32_t) override { return false; }
-    bool raiseWindow(std::uint32_t) override { return false; }
-    std::uint32_t ownWindow(const SessionOwnWindow &) override { return 0; }
-    bool setOnAllWorkspaces(std::uint32_t, bool) override { return false; }
-    bool setAbove(std::uint32_t, bool) override { return false; }
+    bool activateWindow(std::uint32_t window) override;
+    bool raiseWindow(std::uint32_t window) override;
+    std::uint32_t ownWindow(const SessionOwnWindow &window) override;
+    bool setOnAllWorkspaces(std::uint32_t window, bool on) override;
+    bool setAbove(std::uint32_t window, bool) override { return find(window) != nullptr; }
     std::optional<QPointF> cursorPosition() override;
     void moveCursor(QPointF position) override;
-    KeyGrab grabKey(const SessionKey &) override { return KeyGrab::Impossible; }
-    void releaseKey(const SessionKey &) override { }
-    void setKeyHandler(std::function<void(const SessionKey &)>) override { }
+    KeyGrab grabKey(const SessionKey &key) override;
+    void releaseKey(const SessionKey &key) override { m_grabbed.removeOne(key); }
+    void setKeyHandler(std::function<void(const SessionKey &)> handler) override
+    {
+        m_keyHandler = std::move(handler);
+    }
     QStringList limits() override { return {}; }
     void setShownWorkspaceHandler(std::function<void()> handler) override
     {
@@ -53,10 +56,12 @@ public:
     void close(std::uint32_t window);
     // To change it.
     SessionWindow &window(std::uint32_t id);
+    void pressKey(const SessionKey &key);
+    // By another program, for good; whether it got the key.
+    bool takeKey(const SessionKey &key);
     // Nothing that happens is noticed until the next invalidate().
     void hold() { m_heldRevision = m_revision; }
     void setControllable(bool controllable) { m_controllable = controllable; }
-    QPointF cursor() const { return m_cursor; }
     int cursorMoves() const { return m_cursorMoves; }
 
 private:
@@ -70,10 +75,14 @@ private:
     std::optional<std::uint64_t> m_heldRevision;
     bool m_controllable = true;
     QList<SessionWindow> m_windows;
+    QList<std::uint32_t> m_order; // front to back
+    QList<SessionKey> m_grabbed;
+    QList<SessionKey> m_taken;
     std::uint32_t m_lastNumber = 0;
     QPointF m_cursor;
     int m_cursorMoves = 0;
     std::function<void()> m_shownHandler;
+    std::function<void(const SessionKey &)> m_keyHandler;
     bool m_isShowing = false; // that is still to be told
     QObject m_context;
 };
