@@ -46,6 +46,16 @@ private:
         m_user.emplace(qgetenv("WAYLAND_DISPLAY"));
     }
 
+    // On this session's own bus: Qt keeps a process's session bus when that has gone.
+    std::unique_ptr<kwin::KWinSession> openDriver()
+    {
+        static int last = 0;
+        return kwin::KWinSession::open(
+            qgetenv("WAYLAND_DISPLAY"),
+            QDBusConnection::connectToBus(qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"),
+                                          QString::number(++last)));
+    }
+
     Outcome tovelctl(const QStringList &arguments)
     {
         return m_session->run(QStringLiteral(TOVELCTL), arguments);
@@ -150,8 +160,7 @@ private Q_SLOTS:
         const Outcome refused = tovelctl({u"move"_s, u"2"_s});
         QCOMPARE(refused.status, 3);
         QVERIFY2(refused.err.contains(QStringLiteral(TOVELCTL)), qPrintable(refused.err));
-        const auto session
-            = kwin::KWinSession::open(qgetenv("WAYLAND_DISPLAY"), QDBusConnection::sessionBus());
+        const auto session = openDriver();
         QVERIFY(session && session->hasManager() && !session->isControllable());
         for (const QString &program :
              {QStringLiteral(TOVELCTL), QCoreApplication::applicationFilePath()}) {
@@ -177,8 +186,7 @@ private Q_SLOTS:
         QVERIFY(start());
         m_client->open({.application = u"Flock"_s, .isDialog = true});
         QVERIFY(eventually([&] { return m_user->windows().size() == 2; }));
-        const auto session
-            = kwin::KWinSession::open(qgetenv("WAYLAND_DISPLAY"), QDBusConnection::sessionBus());
+        const auto session = openDriver();
         QVERIFY(session && session->isControllable());
         int changes = 0;
         session->setShownWorkspaceHandler([&] { ++changes; });
@@ -222,6 +230,27 @@ private Q_SLOTS:
         QVERIFY(session->windows()[0].id != window);
         m_user->showDesktop(1);
         QVERIFY(eventually([&] { return changes == 1; }));
+        // Of the desktop that it shows instead of one that is removed, KWin says nothing.
+        const auto ask = [this](const QString &method, const QStringList &arguments) {
+            return m_session
+                ->run(u"gdbus"_s,
+                      QStringList{u"call"_s, u"--session"_s, u"--dest"_s, u"org.kde.KWin"_s,
+                                  u"--object-path"_s, u"/VirtualDesktopManager"_s, u"--method"_s,
+                                  method}
+                          + arguments)
+                .out;
+        };
+        const QString interface = u"org.kde.KWin.VirtualDesktopManager"_s;
+        ask(interface + u".removeDesktop"_s, {outputs[0].workspaces[1].uuid});
+        QVERIFY(eventually([&] { return session->outputs().value(0).workspaces.size() == 3; }));
+        QVERIFY(eventually([&] {
+            const QString shown
+                = ask(u"org.freedesktop.DBus.Properties.Get"_s, {interface, u"current"_s});
+            return std::ranges::any_of(
+                session->outputs()[0].workspaces, [&](const SessionWorkspace &left) {
+                    return left.id == session->outputs()[0].shown && shown.contains(left.uuid);
+                });
+        }));
     }
 };
 
