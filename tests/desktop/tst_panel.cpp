@@ -61,6 +61,11 @@ private:
         return m_user.click(u"Tovel settings"_s) && m_user.click(item) && m_user.isGone(item);
     }
 
+    QString choicesFolder() const
+    {
+        return m_session.environment().value(u"XDG_CONFIG_HOME"_s) + u"/org.tovel.Tovel"_s;
+    }
+
     QStringList flock() { return m_user.stored().texts(u"selected"_s).value_or(QStringList()); }
 
     bool flockBecomes(const QStringList &identifiers)
@@ -89,8 +94,7 @@ private Q_SLOTS:
     // Nobody is in the flock to begin with, and everything is on the first desktop.
     void init()
     {
-        QDir(m_session.environment().value(u"XDG_CONFIG_HOME"_s) + u"/org.tovel.Tovel"_s)
-            .removeRecursively();
+        QDir(choicesFolder()).removeRecursively();
         m_client->showDesktop(0);
         for (const std::uint32_t window : {m_first, m_second, m_bystander}) {
             m_client->askForDesktop(window, 0);
@@ -296,6 +300,46 @@ private Q_SLOTS:
         hold(u"Return"_s);
         QVERIFY(m_user.isFocused(u"Pin window"_s));
         QVERIFY(flock().isEmpty() && !m_user.stored().values.contains(u"pinned"_s));
+    }
+
+    void keepsItsChoicesWhileTheirStoreIsDamaged()
+    {
+        const auto tells = [&](const QString &beginning, bool wanted) {
+            return eventually([&] {
+                const QList<SeenObject> seen = m_user.look();
+                return wanted == std::ranges::any_of(seen, [&](const SeenObject &it) {
+                           return it.name.contains(beginning);
+                       });
+            });
+        };
+        const QString unreadable = u"Your choices cannot be read: "_s;
+        QVERIFY(add(u"Herd"_s));
+        m_user.press({u"Escape"_s});
+        QVERIFY(choose(u"Follow windows"_s));
+        const auto holds = [&](const QStringList &identifiers) {
+            return flockBecomes(identifiers) && m_user.stored().boolean(u"follow"_s) == false;
+        };
+        QVERIFY(holds({u"org.example.herd"_s}));
+
+        QFile store(choicesFolder() + u"/defaults.sqlite"_s);
+        QVERIFY(store.open(QIODevice::ReadWrite));
+        const QByteArray good = store.readAll();
+        QVERIFY(store.resize(good.size() / 2)); // as a slow restore has it at first
+        QVERIFY(choose(u"Refresh"_s) && tells(unreadable, true));
+        QVERIFY(m_user.find(u"Herd"_s, u"panel"_s));
+        QVERIFY(add(u"Bystander"_s)); // shown, but not stored
+        m_user.press({u"Escape"_s});
+        QVERIFY(store.seek(0));
+        QCOMPARE(store.readAll(), good.first(good.size() / 2));
+
+        QVERIFY(store.seek(0) && store.write(good) == good.size() && store.flush());
+        const QString unstored = u"Your choices could not be stored; make them again later: "_s;
+        QVERIFY(choose(u"Refresh"_s) && tells(unreadable, false) && tells(unstored, true));
+        QVERIFY(holds({u"org.example.herd"_s}));
+        QVERIFY(m_user.click(u"Remove Bystander"_s));
+        QVERIFY(tells(unstored, false));
+        QVERIFY(add(u"Bystander"_s));
+        QVERIFY(holds({u"org.example.bystander"_s, u"org.example.herd"_s}));
     }
 
     // Now, and again as soon as it is there.
