@@ -67,6 +67,34 @@ private Q_SLOTS:
         }
     }
 
+    // There is nothing that would depend on where it is.
+    void theCursorStaysOnItsMonitor()
+    {
+        divideScreen();
+        const std::uint32_t window = m_client.open({.application = u"Flock"_s});
+        QVERIFY(isOn(m_session, window, 0));
+        const QString tovelctl = QStringLiteral(TOVELCTL);
+        QCOMPARE(m_session.run(tovelctl, {u"flock"_s, u"add"_s, u"Flock"_s}).status, 0);
+        const auto points = [this](QPoint place) {
+            m_session.run(u"xdotool"_s,
+                          {u"mousemove"_s, QString::number(place.x()), QString::number(place.y())});
+            return m_client.cursor() == place;
+        };
+        for (const QPoint place : {QPoint(1900, 300), QPoint(100, 200)}) {
+            for (const std::uint32_t desktop : {2U, 0U}) {
+                QVERIFY(points(place));
+                const QStringList move{u"move"_s, QString::number(desktop + 1), u"--follow"_s};
+                QCOMPARE(m_session.run(tovelctl, move).status, 0);
+                QCOMPARE(m_client.cursor(), place);
+                QCOMPARE(shownDesktop(m_session), desktop);
+                QCOMPARE(desktopOf(m_session, window), desktop);
+            }
+            const Outcome tested = m_session.run(QStringLiteral(TOVEL), {u"--switch-test"_s});
+            QVERIFY2(tested.status == 0, qPrintable(tested.out + tested.err));
+            QCOMPARE(m_client.cursor(), place);
+        }
+    }
+
     void thePanelIsOnThePrimaryMonitor()
     {
         divideScreen();
