@@ -72,14 +72,14 @@ private Q_SLOTS:
         QVERIFY(understood(u"move --no-follow 3"_s, {.request = MoveRequest{u"3"_s, false}}));
 
         const auto error = [](const QString &line) { return parseArguments(words(line)).error; };
-        QCOMPARE(error({}), u"a command is missing"_s);
-        QCOMPARE(error(u"fly"_s), u"there is no command fly"_s);
+        QCOMPARE(error({}), u"no command was given"_s);
+        QCOMPARE(error(u"fly"_s), u"there is no command “fly”"_s);
         QCOMPARE(error(u"move 3 --fast"_s), u"there is no option --fast"_s);
-        QCOMPARE(error(u"flock add"_s), u"flock add wants at least one application"_s);
-        QCOMPARE(error(u"move 3 4"_s), u"4 is one word too many"_s);
+        QCOMPARE(error(u"flock add"_s), u"“flock add” needs an application"_s);
+        QCOMPARE(error(u"move 3 4"_s), u"“4” was not expected"_s);
         QCOMPARE(error(u"move 3 --follow --no-follow"_s),
                  u"--follow and --no-follow exclude each other"_s);
-        QCOMPARE(error(u"status --follow"_s), u"--follow and --no-follow belong to move"_s);
+        QCOMPARE(error(u"status --follow"_s), u"--follow and --no-follow go with “move”"_s);
     }
 
     void moveEndsWithItsStatus()

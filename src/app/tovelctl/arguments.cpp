@@ -63,7 +63,7 @@ ParsedArguments parseArguments(const QStringList &line)
     Request &request = arguments.request;
     QStringList words = split.words;
     if (words.isEmpty())
-        return failure(u"a command is missing"_s);
+        return failure(u"no command was given"_s);
     const QString command = words.takeFirst();
 
     if (command == "status"_L1) {
@@ -73,26 +73,26 @@ ParsedArguments parseArguments(const QStringList &line)
     } else if (command == "flock"_L1) {
         const QString action = words.isEmpty() ? QString() : words.takeFirst();
         if (action != "add"_L1 && action != "remove"_L1)
-            return failure(u"flock wants add or remove"_s);
+            return failure(u"after “flock” comes “add” or “remove”"_s);
         if (words.isEmpty())
-            return failure(u"flock %1 wants at least one application"_s.arg(action));
+            return failure(u"“flock %1” needs an application"_s.arg(action));
         request = FlockRequest{action == "add"_L1, std::exchange(words, {})};
     } else if (command == "rename"_L1) {
         if (words.size() < 2)
-            return failure(u"rename wants a desktop and a name"_s);
+            return failure(u"“rename” needs a desktop and a name"_s);
         const QString desktop = words.takeFirst();
         request = RenameRequest{desktop, words.takeFirst()};
     } else if (command == "move"_L1) {
         if (words.isEmpty())
-            return failure(u"move wants a desktop"_s);
+            return failure(u"“move” needs a desktop"_s);
         request = MoveRequest{words.takeFirst(), split.follow};
     } else {
-        return failure(u"there is no command %1"_s.arg(command));
+        return failure(u"there is no command “%1”"_s.arg(command));
     }
     if (!words.isEmpty())
-        return failure(u"%1 is one word too many"_s.arg(words.first()));
+        return failure(u"“%1” was not expected"_s.arg(words.first()));
     if (split.follow && !std::holds_alternative<MoveRequest>(request))
-        return failure(u"--follow and --no-follow belong to move"_s);
+        return failure(u"--follow and --no-follow go with “move”"_s);
     return {arguments, {}};
 }
 
