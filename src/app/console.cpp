@@ -1,5 +1,9 @@
 #include "app/console.h"
 
+#include "texts/one_line.h"
+
+#include <algorithm>
+
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -14,16 +18,11 @@ void openMissingStreams()
     }
 }
 
-QString printable(QString text)
+QString printable(const QString &text)
 {
-    for (QChar &character : text) {
-        const bool isHarmful = character.category() == QChar::Other_Control
-            || character.category() == QChar::Other_Format || character == QChar::LineSeparator
-            || character == QChar::ParagraphSeparator;
-        if (isHarmful)
-            character = u' ';
-    }
-    return text;
+    QString line = oneLine(text, text.size());
+    std::ranges::replace_if(line, isInvisible, u' ');
+    return line;
 }
 
 bool writeText(FILE *stream, const QString &text)

@@ -13,7 +13,7 @@ void openMissingStreams();
 
 // A text of other programs, of arguments or of stored choices, made harmless to a terminal: its
 // control and format characters become blanks.
-QString printable(QString text);
+QString printable(const QString &text);
 
 // Writes UTF-8 and flushes; false when not everything could be written.
 bool writeText(FILE *stream, const QString &text);

@@ -1,5 +1,6 @@
 #include "platform/session/x11/manager_traits.h"
 #include "platform/session/x11/properties.h"
+#include "texts/one_line.h"
 
 #include <QtGlobal>
 
@@ -11,7 +12,7 @@ constexpr Atom Utf8String = 300;
 
 void expectHarmless(const QString &text)
 {
-    if (text.size() > MaximumTitleLength)
+    if (text.size() > tovel::MaximumTitleLength)
         qFatal("a text is longer than it may be");
     for (const QChar character : text) {
         if (character.category() == QChar::Other_Control)

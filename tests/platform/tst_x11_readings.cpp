@@ -1,6 +1,7 @@
 #include "platform/session/workspace_names.h"
 #include "platform/session/x11/properties.h"
 #include "platform/session/x11/window_mirror.h"
+#include "texts/one_line.h"
 
 #include <QTest>
 
@@ -30,9 +31,9 @@ private Q_SLOTS:
         QCOMPARE(read(QByteArray("a\0b", 3)), u"a"_s);
         QVERIFY(!read("abc", CardinalType));
         QVERIFY(!read("abcd", Utf8, 32));
-        const QByteArray pairs = QByteArray("\xf0\x9f\x90\x91").repeated(MaximumTitleLength);
-        const QString sheep = u"🐑"_s.repeated(MaximumTitleLength);
-        QCOMPARE(read("x" + pairs), (u"x"_s + sheep).first(MaximumTitleLength - 1));
+        const QByteArray pairs = QByteArray("\xf0\x9f\x90\x91").repeated(tovel::MaximumTitleLength);
+        const QString sheep = u"🐑"_s.repeated(tovel::MaximumTitleLength);
+        QCOMPARE(read("x" + pairs), (u"x"_s + sheep).first(tovel::MaximumTitleLength - 1));
     }
 
     void namesOfDesktopsAreThoseThatSomebodyChose()

@@ -3,6 +3,7 @@
 #include "app/commands/content.h"
 #include "app/commands/lookup.h"
 #include "model/texts.h"
+#include "texts/one_line.h"
 
 #include <QPointer>
 
@@ -61,8 +62,7 @@ Answer renameDesktop(TovelModel &model, const RenameRequest &request, bool goesO
         return refusal(RefusalCause::NameTooLong,
                        u"a name has at most %1 characters"_s.arg(longestName));
     }
-    const auto isControl = [](QChar c) { return c.category() == QChar::Other_Control; };
-    if (std::ranges::any_of(request.name, isControl))
+    if (std::ranges::any_of(request.name, breaksLine))
         return refusal(RefusalCause::Other, u"a name has no control characters"_s);
     const DefaultsOutcome outcome = model.rename(*found.record, request.name);
     const RenameContent content{desktopInfo(model, *found.record)};

@@ -1,5 +1,7 @@
 #include "views/components/menu_text.h"
 
+#include "texts/one_line.h"
+
 namespace tovel {
 
 using namespace Qt::StringLiterals;
@@ -12,11 +14,9 @@ constexpr int longest = 80;
 
 QString menuText(const QString &text)
 {
-    QString shown = text.size() > longest ? text.left(longest) + u'…' : text;
-    for (QChar &character : shown) {
-        if (character.category() == QChar::Other_Control)
-            character = u' ';
-    }
+    QString shown = oneLine(text, longest);
+    if (text.size() > longest)
+        shown.append(u'…');
     return shown.replace(u'&', u"&&"_s);
 }
 

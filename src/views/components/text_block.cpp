@@ -1,5 +1,6 @@
 #include "views/components/text_block.h"
 
+#include "texts/one_line.h"
 #include "views/components/button_look.h"
 
 #include <QFontMetricsF>
@@ -21,21 +22,9 @@ constexpr int longestText = 4000;
 
 constexpr int leastChars = 3; // that a label wants to show
 
-QString shown(const QString &text)
-{
-    QString result = text.left(longestText);
-    for (QChar &c : result) {
-        const QChar::Category category = c.category();
-        if (category == QChar::Other_Control || category == QChar::Separator_Line
-            || category == QChar::Separator_Paragraph)
-            c = u' ';
-    }
-    return result;
-}
-
 QStringList lines(const QString &text, const QFont &font, int width, int maxLines)
 {
-    const QString whole = shown(text);
+    const QString whole = oneLine(text, longestText);
     QTextLayout layout(whole, font);
     QTextOption option;
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
@@ -142,7 +131,7 @@ int TextLabel::heightForWidth(int width) const
 QSize TextLabel::sizeHint() const
 {
     const QMargins margins = contentsMargins();
-    const int width = QFontMetrics(font()).horizontalAdvance(shown(text())) + 1;
+    const int width = QFontMetrics(font()).horizontalAdvance(oneLine(text(), longestText)) + 1;
     return QSize(width, heightOfLines(1, font())).grownBy(margins);
 }
 

@@ -1,5 +1,7 @@
 #include "platform/linux/applications/process_clues.h"
 
+#include "texts/one_line.h"
+
 #include <QFile>
 #include <QRegularExpression>
 
@@ -96,24 +98,9 @@ bool runsOtherPrograms(const QString &program)
 
 QString cleanClue(QStringView text)
 {
-    QString clean;
-    for (const QChar character : text.first(qMin(text.size(), 4 * maximumClueLength))) {
-        switch (character.category()) {
-        case QChar::Other_Control:
-        case QChar::Other_Format:
-        case QChar::Separator_Line:
-        case QChar::Separator_Paragraph:
-            break;
-        default:
-            clean.append(character);
-        }
-    }
-    if (clean.size() > maximumClueLength) {
-        clean.truncate(maximumClueLength);
-        if (clean.back().isHighSurrogate())
-            clean.chop(1);
-    }
-    return clean;
+    QString clean = text.first(qMin(text.size(), 4 * maximumClueLength)).toString();
+    clean.removeIf([](QChar c) { return breaksLine(c) || isInvisible(c); });
+    return oneLine(clean, maximumClueLength);
 }
 
 std::optional<std::uint64_t> startTicksFromStat(QByteArrayView stat)

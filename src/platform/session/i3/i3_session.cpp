@@ -4,8 +4,8 @@
 #include "platform/session/i3/ipc_connection.h"
 #include "platform/session/i3/picture.h"
 #include "platform/session/i3/readings.h"
-#include "platform/session/x11/properties.h"
 #include "platform/session/x11/x11_session.h"
+#include "texts/one_line.h"
 
 #include <QAbstractEventDispatcher>
 
@@ -298,7 +298,7 @@ QStringList I3Session::limits()
         for (const SessionWorkspace &workspace : output.workspaces) {
             if (!quotedWorkspace(m_version->compositor, workspace.uuid))
                 limits.append(u"%1 takes no command with the name of the desktop “%2”."_s.arg(
-                    isSway() ? u"sway"_s : u"i3"_s, x11::cleanText(workspace.uuid)));
+                    isSway() ? u"sway"_s : u"i3"_s, oneLine(workspace.uuid)));
         }
     }
     return limits;

@@ -2,7 +2,7 @@
 
 #include "platform/session/built_in_screens.h"
 #include "platform/session/workspace_names.h"
-#include "platform/session/x11/properties.h"
+#include "texts/one_line.h"
 
 #include <algorithm>
 #include <limits>
@@ -27,7 +27,7 @@ std::uint64_t leadingNumber(const QString &name)
 QStringList cleaned(QStringList names)
 {
     for (QString &name : names)
-        name = x11::cleanText(name);
+        name = oneLine(name);
     return names;
 }
 

@@ -1,6 +1,5 @@
 #include "platform/session/i3/readings.h"
-
-#include "platform/session/x11/properties.h"
+#include "texts/one_line.h"
 
 #include <QHash>
 #include <QJsonArray>
@@ -31,7 +30,7 @@ QJsonDocument documentFrom(const QByteArray &json)
 
 QJsonObject objectFrom(const QByteArray &json) { return documentFrom(json).object(); }
 
-QString cleanText(const QJsonValue &value) { return x11::cleanText(value.toString()); }
+QString cleanText(const QJsonValue &value) { return oneLine(value.toString()); }
 
 template <typename Number>
 Number positive(const QJsonValue &value)

@@ -2,6 +2,7 @@
 
 #include "platform/session/kwin/connection.h"
 #include "platform/session/kwin/told_texts.h"
+#include "texts/one_line.h"
 
 #include <plasma-virtual-desktop-client.h>
 
@@ -82,7 +83,7 @@ void Desktops::remove(const char *uuid)
 
 void Desktops::rename(Entry &entry, const char *name)
 {
-    const QString told = toldText(name);
+    const QString told = oneLine(toldText(name));
     if (std::exchange(entry.desktop.name, told) != told)
         ++m_changes;
 }

@@ -2,6 +2,7 @@
 
 #include "platform/session/kwin/connection.h"
 #include "platform/session/kwin/told_texts.h"
+#include "texts/one_line.h"
 
 #include <plasma-window-management-client.h>
 #include <wayland-client.h>
@@ -49,8 +50,8 @@ void beKnown(void *data, Proxy *)
 
 // Those that are left out came later than the version that is asked for.
 constexpr org_kde_plasma_window_listener WindowListener{
-    .title_changed
-    = [](void *data, Proxy *, const char *title) { put(data, &Window::title, toldText(title)); },
+    .title_changed = [](void *data, Proxy *,
+                        const char *title) { put(data, &Window::title, oneLine(toldText(title))); },
     .app_id_changed
     = [](void *data, Proxy *, const char *id) { put(data, &Window::application, toldText(id)); },
     .state_changed

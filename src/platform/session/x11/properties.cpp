@@ -1,5 +1,7 @@
 #include "platform/session/x11/properties.h"
 
+#include "texts/one_line.h"
+
 #include <cstring>
 
 namespace tovel::x11 {
@@ -14,21 +16,6 @@ QByteArrayView firstText(const QByteArray &bytes, qsizetype from)
 }
 
 } // namespace
-
-QString cleanText(QString text)
-{
-    if (text.size() > MaximumTitleLength) {
-        const bool splitsPair = text.at(MaximumTitleLength - 1).isHighSurrogate();
-        text.truncate(splitsPair ? MaximumTitleLength - 1 : MaximumTitleLength);
-    }
-    for (QChar &character : text) {
-        const bool isControl = character.category() == QChar::Other_Control
-            || character == QChar::LineSeparator || character == QChar::ParagraphSeparator;
-        if (isControl)
-            character = u' ';
-    }
-    return text;
-}
 
 std::vector<std::uint32_t> readList(const Property &property, Atom type)
 {
@@ -60,7 +47,7 @@ std::optional<QString> readText(const Property &property, Atom utf8String)
         text = QString::fromLatin1(bytes);
     if (text.isEmpty())
         return std::nullopt;
-    return cleanText(text);
+    return oneLine(text);
 }
 
 QStringList readTextList(const Property &property, Atom utf8String, qsizetype most)
@@ -70,7 +57,7 @@ QStringList readTextList(const Property &property, Atom utf8String, qsizetype mo
         return texts;
     for (qsizetype at = 0; at < property.bytes.size() && texts.size() < most;) {
         const QByteArrayView text = firstText(property.bytes, at);
-        texts.append(cleanText(QString::fromUtf8(text)));
+        texts.append(oneLine(QString::fromUtf8(text)));
         at += text.size() + 1;
     }
     return texts;
@@ -84,7 +71,7 @@ std::pair<QString, QString> readClass(const Property &property)
     QByteArrayView className;
     if (instance.size() < property.bytes.size())
         className = firstText(property.bytes, instance.size() + 1);
-    return {cleanText(QString::fromUtf8(instance)), cleanText(QString::fromUtf8(className))};
+    return {oneLine(QString::fromUtf8(instance)), oneLine(QString::fromUtf8(className))};
 }
 
 } // namespace tovel::x11

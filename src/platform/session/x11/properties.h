@@ -31,12 +31,6 @@ inline constexpr Atom CardinalType = 6;
 inline constexpr Atom StringType = 31;
 inline constexpr Atom WindowType = 33;
 
-// Longest title kept, in characters.
-inline constexpr int MaximumTitleLength = 512;
-
-// Without control characters, which become blanks, and cut at the longest title.
-QString cleanText(QString text);
-
 // The first value of a 32-bit list of the given type.
 std::optional<std::uint32_t> readValue(const Property &property, Atom type);
 

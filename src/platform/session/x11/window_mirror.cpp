@@ -1,5 +1,7 @@
 #include "platform/session/x11/window_mirror.h"
 
+#include "texts/one_line.h"
+
 #include <QSysInfo>
 
 #include <algorithm>
@@ -12,7 +14,7 @@ namespace {
 // Limits of what is read of a property, in 32-bit units.
 constexpr std::uint32_t SingleValue = 1;
 constexpr std::uint32_t ShortList = 32;
-constexpr std::uint32_t LongText = 2 * MaximumTitleLength;
+constexpr auto LongText = static_cast<std::uint32_t>(2 * MaximumTitleLength);
 constexpr std::uint32_t ManagerList = 1024;
 
 // A manager that changes faster than it can be read must not hold the caller up.
