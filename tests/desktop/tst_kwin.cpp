@@ -4,6 +4,7 @@
 #include "support/wayland_client.h"
 
 #include <QDBusConnection>
+#include <QDBusVirtualObject>
 #include <QElapsedTimer>
 #include <QFileInfo>
 #include <QTest>
@@ -17,6 +18,13 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int Limit = 15000; // milliseconds within which a run ends, whatever becomes of KWin
+
+// Takes every call and answers none.
+struct Silence : QDBusVirtualObject
+{
+    QString introspect(const QString &) const override { return {}; }
+    bool handleMessage(const QDBusMessage &, const QDBusConnection &) override { return true; }
+};
 
 } // namespace
 
@@ -46,14 +54,16 @@ private:
         m_user.emplace(qgetenv("WAYLAND_DISPLAY"));
     }
 
-    // On this session's own bus: Qt keeps a process's session bus when that has gone.
-    std::unique_ptr<kwin::KWinSession> openDriver()
+    // To this session's own bus, or another: Qt keeps a process's session bus when that has gone.
+    static QDBusConnection connectToBus(const QString &address
+                                        = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"))
     {
         static int last = 0;
-        return kwin::KWinSession::open(
-            qgetenv("WAYLAND_DISPLAY"),
-            QDBusConnection::connectToBus(qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"),
-                                          QString::number(++last)));
+        return QDBusConnection::connectToBus(address, QString::number(++last));
+    }
+    static std::unique_ptr<kwin::KWinSession> openDriver(const QDBusConnection &bus)
+    {
+        return kwin::KWinSession::open(qgetenv("WAYLAND_DISPLAY"), bus);
     }
 
     Outcome tovelctl(const QStringList &arguments)
@@ -154,13 +164,38 @@ private Q_SLOTS:
         QVERIFY2(timer.elapsed() < Limit, qPrintable(QString::number(timer.elapsed())));
     }
 
+    void waitsOnceForAServiceThatIsSilent()
+    {
+        QVERIFY(start());
+        const QString socket = qEnvironmentVariable("XDG_RUNTIME_DIR") + u"/other-bus"_s;
+        m_session->start(u"dbus-daemon"_s,
+                         {u"--session"_s, u"--nofork"_s, u"--address=unix:path="_s + socket});
+        QVERIFY(eventually([&] { return QFile::exists(socket); }));
+        Silence silence;
+        QDBusConnection service = connectToBus(u"unix:path="_s + socket);
+        service.registerVirtualObject(u"/"_s, &silence, QDBusConnection::SubPath);
+        for (const auto &name :
+             {u"org.kde.KWin"_s, u"org.kde.kglobalaccel"_s, u"org.kde.keyboard"_s})
+            QVERIFY(service.registerService(name));
+        const auto session = openDriver(connectToBus(u"unix:path="_s + socket));
+        QVERIFY(session);
+        QElapsedTimer timer;
+        timer.start();
+        for (std::uint32_t position = 30; position < 34; ++position) {
+            QCOMPARE(session->grabKey({.position = position, .control = true}),
+                     KeyGrab::Impossible);
+        }
+        QCOMPARE(session->name(), u"KWin"_s);
+        QVERIFY2(timer.elapsed() < 2000, qPrintable(QString::number(timer.elapsed())));
+    }
+
     void worksOnceADesktopFilePermitsIt()
     {
         QVERIFY(start({.permitsAll = false}));
         const Outcome refused = tovelctl({u"move"_s, u"2"_s});
         QCOMPARE(refused.status, 3);
         QVERIFY2(refused.err.contains(QStringLiteral(TOVELCTL)), qPrintable(refused.err));
-        const auto session = openDriver();
+        const auto session = openDriver(connectToBus());
         QVERIFY(session && session->hasManager() && !session->isControllable());
         for (const QString &program :
              {QStringLiteral(TOVELCTL), QCoreApplication::applicationFilePath()}) {
@@ -186,7 +221,7 @@ private Q_SLOTS:
         QVERIFY(start());
         m_client->open({.application = u"Flock"_s, .isDialog = true});
         QVERIFY(eventually([&] { return m_user->windows().size() == 2; }));
-        const auto session = openDriver();
+        const auto session = openDriver(connectToBus());
         QVERIFY(session && session->isControllable());
         int changes = 0;
         session->setShownWorkspaceHandler([&] { ++changes; });

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "platform/session/kwin/bus_calls.h"
 #include "platform/session/kwin/told_texts.h"
 
-#include <QDBusConnection>
 #include <QObject>
 #include <QString>
 
@@ -10,14 +10,15 @@
 
 namespace tovel::kwin {
 
-// What KWin tells on the session bus (org.kde.KWin) and by no protocol. No call waits for longer
-// than a second; without an answer there is the neutral one.
+// What KWin tells on the session bus (org.kde.KWin) and by no protocol. Without an answer
+// there is the neutral one.
 class KWinService final : public QObject
 {
     Q_OBJECT
 
 public:
-    explicit KWinService(const QDBusConnection &bus);
+    // The calls have to outlive it.
+    explicit KWinService(BusCalls &calls);
 
     // The uuid of the desktop that is shown; empty where there is no answer.
     QString currentDesktop() const;
@@ -29,7 +30,7 @@ public Q_SLOTS:
     void forgetInformation();
 
 private:
-    QDBusConnection m_bus;
+    BusCalls &m_calls;
     std::optional<SupportInformation> m_information;
 };
 

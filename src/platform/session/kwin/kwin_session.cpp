@@ -65,8 +65,8 @@ std::unique_ptr<KWinSession> KWinSession::open(const QByteArray &socket, const Q
 KWinSession::KWinSession(const QByteArray &socket, const QDBusConnection &bus)
     : m_socket(socket)
     , m_identities(std::make_unique<Identities>())
-    , m_service(std::make_unique<KWinService>(bus))
-    , m_bus(bus)
+    , m_calls(bus)
+    , m_service(std::make_unique<KWinService>(m_calls))
 { }
 
 KWinSession::~KWinSession() = default;
@@ -179,7 +179,7 @@ SessionCapabilities KWinSession::capabilities()
     // A script could read it, at the price of a file and three milliseconds; with one row of
     // desktops nobody needs it.
     can.cursor = CursorAccess::Hidden;
-    can.globalKeys = m_bus.isConnected();
+    can.globalKeys = m_calls.bus().isConnected();
     can.activationShowsWorkspace
         = refresh() && m_service->supportInformation().activationShowsDesktop;
     return can;
@@ -373,7 +373,7 @@ void KWinSession::setKeyHandler(std::function<void(const SessionKey &key)> handl
 Shortcuts &KWinSession::shortcuts()
 {
     if (!m_shortcuts) {
-        m_shortcuts = std::make_unique<Shortcuts>(m_bus);
+        m_shortcuts = std::make_unique<Shortcuts>(m_calls);
         m_shortcuts->setHandler([this](const SessionKey &key) {
             if (m_keyHandler)
                 m_keyHandler(key);

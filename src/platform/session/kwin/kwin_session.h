@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/session/desktop_session.h"
+#include "platform/session/kwin/bus_calls.h"
 
 #include <QByteArray>
 #include <QDBusConnection>
@@ -77,8 +78,8 @@ private:
     QByteArray m_socket;
     std::unique_ptr<Identities> m_identities;
     std::unique_ptr<Compositor> m_compositor; // null while there is none
+    BusCalls m_calls;
     std::unique_ptr<KWinService> m_service;
-    QDBusConnection m_bus;
     std::unique_ptr<Shortcuts> m_shortcuts; // once a key was wanted
     std::function<void(const SessionKey &key)> m_keyHandler;
     QDeadlineTimer m_nextAttempt;

@@ -40,8 +40,6 @@ namespace tovel::kwin {
 
 namespace {
 
-constexpr int Deadline = 1000; // milliseconds
-
 // Flags of setShortcutKeys: the key counts from now on, whatever was stored for the action.
 constexpr uint SetPresent = 2;
 constexpr uint NoAutoloading = 4;
@@ -59,18 +57,17 @@ QStringList identifierOf(int number)
     return {Component, nameOf(number), u"Tovel"_s, u"Keyboard shortcut"_s};
 }
 
-QDBusMessage ask(const QDBusConnection &bus, QDBusMessage call)
-{
-    call.setAutoStartService(false);
-    return bus.call(call, QDBus::Block, Deadline);
-}
-
-QDBusMessage ask(const QDBusConnection &bus, const QString &method, const QVariantList &arguments)
+QDBusMessage callOf(const QString &method, const QVariantList &arguments)
 {
     auto call = QDBusMessage::createMethodCall(Service, u"/kglobalaccel"_s,
                                                u"org.kde.KGlobalAccel"_s, method);
     call.setArguments(arguments);
-    return ask(bus, call);
+    return call;
+}
+
+QDBusMessage unregistering(int number)
+{
+    return callOf(u"unregister"_s, {Component, nameOf(number)});
 }
 
 // What was registered; 0 for nothing, or another kind of answer.
@@ -84,38 +81,39 @@ int registeredKey(const QDBusMessage &reply)
 
 } // namespace
 
-Shortcuts::Shortcuts(const QDBusConnection &bus)
-    : m_bus(bus)
+Shortcuts::Shortcuts(BusCalls &calls)
+    : m_calls(calls)
 {
     qDBusRegisterMetaType<KeySequence>();
     qDBusRegisterMetaType<QList<KeySequence>>();
     if (!isPossible())
         return;
+    QDBusConnection &bus = m_calls.bus();
     const QString interface = u"org.kde.kglobalaccel.Component"_s;
-    m_bus.connect(Service, QString(), interface, u"globalShortcutPressed"_s, this,
-                  SLOT(press(QString, QString)));
-    m_bus.connect(Service, QString(), interface, u"globalShortcutReleased"_s, this,
-                  SLOT(letGo(QString, QString)));
-    m_bus.connect(Keyboards, u"/Layouts"_s, Layouts, u"layoutChanged"_s, this,
-                  SLOT(setLayout(uint)));
+    bus.connect(Service, QString(), interface, u"globalShortcutPressed"_s, this,
+                SLOT(press(QString, QString)));
+    bus.connect(Service, QString(), interface, u"globalShortcutReleased"_s, this,
+                SLOT(letGo(QString, QString)));
+    bus.connect(Keyboards, u"/Layouts"_s, Layouts, u"layoutChanged"_s, this, SLOT(setLayout(uint)));
     // Only there where the user has several.
-    m_layout
-        = ask(m_bus,
-              QDBusMessage::createMethodCall(Keyboards, u"/Layouts"_s, Layouts, u"getLayout"_s))
-              .arguments()
-              .value(0)
-              .toUInt();
-    m_watcher.setConnection(m_bus);
+    m_layout = m_calls
+                   .ask(QDBusMessage::createMethodCall(Keyboards, u"/Layouts"_s, Layouts,
+                                                       u"getLayout"_s))
+                   .arguments()
+                   .value(0)
+                   .toUInt();
+    m_watcher.setConnection(bus);
     m_watcher.setWatchMode(QDBusServiceWatcher::WatchForRegistration);
     m_watcher.addWatchedService(Service);
     QObject::connect(&m_watcher, &QDBusServiceWatcher::serviceRegistered, this,
                      &Shortcuts::enrollAll);
 }
 
+// What is only told may get lost where the program ends next.
 Shortcuts::~Shortcuts()
 {
     for (const Action &action : m_actions)
-        unenroll(action);
+        m_calls.ask(unregistering(action.number));
 }
 
 KeyGrab Shortcuts::grab(const SessionKey &key)
@@ -128,6 +126,8 @@ KeyGrab Shortcuts::grab(const SessionKey &key)
     const KeyGrab outcome = enroll(action);
     if (outcome == KeyGrab::Granted)
         m_actions.push_back(action);
+    else
+        m_calls.tell(unregistering(action.number));
     return outcome;
 }
 
@@ -136,7 +136,7 @@ void Shortcuts::release(const SessionKey &key)
     const auto found = std::ranges::find(m_actions, key, &Action::key);
     if (found == m_actions.end())
         return;
-    unenroll(*found);
+    m_calls.tell(unregistering(found->number));
     m_actions.erase(found);
 }
 
@@ -147,30 +147,26 @@ KeyGrab Shortcuts::enroll(Action &action)
     if (action.combination == 0)
         return KeyGrab::Impossible;
     const QStringList identifier = identifierOf(action.number);
-    ask(m_bus, u"doRegister"_s, {identifier});
+    m_calls.tell(callOf(u"doRegister"_s, {identifier}));
     const QList<KeySequence> keys{{{action.combination, 0, 0, 0}}};
-    const QDBusMessage reply
-        = ask(m_bus, u"setShortcutKeys"_s,
-              {identifier, QVariant::fromValue(keys), SetPresent | NoAutoloading});
+    const QDBusMessage reply = m_calls.ask(callOf(
+        u"setShortcutKeys"_s, {identifier, QVariant::fromValue(keys), SetPresent | NoAutoloading}));
     if (registeredKey(reply) == action.combination)
         return KeyGrab::Granted;
-    unenroll(action);
     return reply.type() == QDBusMessage::ReplyMessage ? KeyGrab::Taken : KeyGrab::Impossible;
 }
 
-void Shortcuts::unenroll(const Action &action)
-{
-    ask(m_bus, u"unregister"_s, {Component, nameOf(action.number)});
-}
-
-// A key that another program has in the other layout is lost until that changes again.
+// A key that another program has in the other layout is lost until that changes again. A service
+// that is silent now has been told all, and may follow later.
 void Shortcuts::enrollAll()
 {
     // All are given up first: one may get what was another's.
     for (const Action &action : m_actions)
-        unenroll(action);
-    for (Action &action : m_actions)
-        enroll(action);
+        m_calls.tell(unregistering(action.number));
+    for (Action &action : m_actions) {
+        if (enroll(action) == KeyGrab::Taken)
+            m_calls.tell(unregistering(action.number));
+    }
 }
 
 void Shortcuts::setHandler(std::function<void(const SessionKey &key)> handler)

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "platform/session/kwin/bus_calls.h"
 #include "platform/session/kwin/key_meanings.h"
 #include "platform/session/session_records.h"
 
-#include <QDBusConnection>
 #include <QDBusServiceWatcher>
 #include <QObject>
 #include <QString>
@@ -17,17 +17,17 @@ namespace tovel::kwin {
 // Global keys by org.kde.kglobalaccel, which is KWin itself. It knows keys by their symbols: when
 // the layout changes, they are registered anew. A key of a program that died stays taken until the
 // same action is registered again; actions are numbered from 1, so that the next run takes over.
-// No call waits for longer than a second.
 class Shortcuts final : public QObject
 {
     Q_OBJECT
 
 public:
-    explicit Shortcuts(const QDBusConnection &bus);
+    // The calls have to outlive it.
+    explicit Shortcuts(BusCalls &calls);
     // Gives up every key.
     ~Shortcuts() override;
 
-    bool isPossible() const { return m_bus.isConnected(); }
+    bool isPossible() const { return m_calls.bus().isConnected(); }
 
     KeyGrab grab(const SessionKey &key);
     void release(const SessionKey &key);
@@ -54,10 +54,9 @@ private:
 
     KeyGrab enroll(Action &action);
     void enrollAll();
-    void unenroll(const Action &action);
     Action *find(const QString &component, const QString &action);
 
-    QDBusConnection m_bus;
+    BusCalls &m_calls;
     QDBusServiceWatcher m_watcher;
     KeyMeanings m_meanings{QByteArray()};
     QByteArray m_keymap;

@@ -1,0 +1,33 @@
+#include "platform/session/kwin/bus_calls.h"
+
+#include <QDBusError>
+
+namespace tovel::kwin {
+
+namespace {
+
+constexpr int Patience = 1000; // milliseconds
+constexpr int Silence = 10000; // milliseconds
+
+} // namespace
+
+QDBusMessage BusCalls::ask(QDBusMessage call)
+{
+    if (!m_silence.hasExpired()) {
+        tell(call);
+        return {};
+    }
+    call.setAutoStartService(false);
+    const QDBusMessage reply = m_bus.call(call, QDBus::Block, Patience);
+    if (QDBusError(reply).type() == QDBusError::NoReply)
+        m_silence.setRemainingTime(Silence);
+    return reply;
+}
+
+void BusCalls::tell(QDBusMessage call)
+{
+    call.setAutoStartService(false);
+    m_bus.call(call, QDBus::NoBlock);
+}
+
+} // namespace tovel::kwin

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDeadlineTimer>
+
+namespace tovel::kwin {
+
+// Calls on the session bus to the services that are all KWin's own. One that is silent is waited
+// for once: then nobody waits for some seconds, and what is asked is told only.
+class BusCalls final
+{
+public:
+    explicit BusCalls(const QDBusConnection &bus)
+        : m_bus(bus)
+    { }
+
+    QDBusConnection &bus() { return m_bus; }
+
+    // The reply; not one of that type where there is none within a second.
+    QDBusMessage ask(QDBusMessage call);
+
+    // Is carried out before whatever is asked later.
+    void tell(QDBusMessage call);
+
+private:
+    QDBusConnection m_bus;
+    QDeadlineTimer m_silence{0}; // how long nobody waits
+};
+
+} // namespace tovel::kwin
