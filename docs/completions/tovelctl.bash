@@ -1,9 +1,10 @@
 # bash completion for tovelctl
 _tovelctl()
 {
-    local current=${COMP_WORDS[COMP_CWORD]} command= action= word i
+    local current=${COMP_WORDS[COMP_CWORD]} command= action= isNew= word i
     for ((i = 1; i < COMP_CWORD; i++)); do
         word=${COMP_WORDS[i]}
+        [[ $word == --new ]] && isNew=yes
         [[ $word == -* ]] && continue
         if [[ -z $command ]]; then
             command=$word
@@ -13,7 +14,7 @@ _tovelctl()
     done
 
     local options=--json
-    [[ $command == move ]] && options+=' --follow --no-follow'
+    [[ $command == move ]] && options+=' --new --follow --no-follow'
     [[ -z $command ]] && options+=' --help --version'
     if [[ $current == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W "$options" -- "$current")
@@ -34,7 +35,7 @@ _tovelctl()
             mapfile -t COMPREPLY < <(compgen -W "$candidates" -- "$current")
             ;;
         rename | move)
-            [[ -n $action ]] && return
+            [[ -n $action || -n $isNew ]] && return
             mapfile -t COMPREPLY < <(compgen -W "$(tovelctl status --json 2>/dev/null |
                 sed -nE 's/.*"number": ([0-9]+).*/\1/p')" -- "$current")
             ;;

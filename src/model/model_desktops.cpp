@@ -3,6 +3,7 @@
 #include "model/tovel_model.h"
 #include "platform/accessibility.h"
 #include "platform/quartz.h"
+#include "platform/space_maker.h"
 #include "platform/variants.h"
 
 #include <algorithm>
@@ -90,6 +91,20 @@ void TovelModel::refreshDesktopList()
         return;
     publish(m_trusted, m_platform.accessibility().AXIsProcessTrusted(), Property::trusted);
     publish(m_desktops, readDesktops(), Property::desktops);
+}
+
+NewDesktop TovelModel::makeDesktop(const QString &name)
+{
+    SpaceMaker *maker = m_platform.spaceMaker();
+    if (m_busy || !maker)
+        return {std::nullopt, ModelTexts::makesNoDesktops()};
+    const MadeSpace made = maker->makeSpace(name);
+    refreshDesktopList();
+    for (const Desktop &desktop : std::as_const(m_desktops)) {
+        if (desktop.id == made.id)
+            return {desktop, {}};
+    }
+    return {std::nullopt, made.refusal};
 }
 
 QString TovelModel::name(const Desktop &desktop) const

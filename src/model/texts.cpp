@@ -17,7 +17,7 @@ QStringList issues(MigrationObstacle obstacle)
     case MigrationObstacle::desktopGone:
         return {desktopGone()};
     case MigrationObstacle::nothingToMove:
-        return {QStringLiteral("No movable windows. Add an app or restore its windows.")};
+        return {nothingToMove()};
     case MigrationObstacle::alreadyThere:
         return {};
     }
@@ -70,6 +70,13 @@ QString choicesNotStored(const QString &reason)
 QString accessNeeded() { return QStringLiteral("Allow Accessibility access to move apps."); }
 
 QString desktopGone() { return QStringLiteral("That desktop is no longer available."); }
+
+QString nothingToMove()
+{
+    return QStringLiteral("No movable windows. Add an app or restore its windows.");
+}
+
+QString makesNoDesktops() { return QStringLiteral("this session makes no desktops on request"); }
 
 QString moving(qsizetype position, qsizetype count)
 {

@@ -32,6 +32,8 @@ QString choicesNotStored(const QString &reason);
 // Why nothing can be moved.
 QString accessNeeded();
 QString desktopGone();
+QString nothingToMove();
+QString makesNoDesktops();
 
 // A migration under way. Positions count from 1.
 QString moving(qsizetype position, qsizetype count);

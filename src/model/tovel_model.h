@@ -25,6 +25,14 @@ namespace tovel {
 
 class Timer;
 
+// A desktop that was asked for, or why there is none: the part of a sentence after its capital
+// letter, without a full stop.
+struct NewDesktop
+{
+    std::optional<Desktop> desktop{};
+    QString refusal{};
+};
+
 // What Tovel knows and does: the desktops, the applications, the flock's windows, the user's
 // choices, and moving the flock. The only state that views show; they read it and call its
 // operations. Knows nothing of views.
@@ -143,6 +151,10 @@ public:
     // Then shows the target if the user wants to follow, or as followThisRun says for this run
     // alone. Nothing while another migration runs.
     QCoro::Task<> migrate(Desktop target, std::optional<bool> followThisRun = std::nullopt);
+
+    // A new desktop without windows, which desktops() then has. Without a name it has the lowest
+    // number that is free. Nothing is made while a migration runs.
+    NewDesktop makeDesktop(const QString &name);
 
     // Asks the running migration to end after the window it is on: the windows after it are not
     // tried, the summary tells of those before, and the target is not shown, or no further step

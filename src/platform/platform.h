@@ -11,6 +11,7 @@ class DynamicLoader;
 class HotKeys;
 class OwnWindows;
 class Quartz;
+class SpaceMaker;
 class UserDefaultsDomains;
 class Workspace;
 
@@ -30,6 +31,8 @@ public:
     virtual HotKeys &hotKeys() = 0;
     virtual Application &application() = 0;
     virtual OwnWindows &ownWindows() = 0;
+    // Null where the session makes no spaces.
+    virtual SpaceMaker *spaceMaker() { return nullptr; }
 };
 
 // The platform installed last. Asking while none is installed is a programming error.

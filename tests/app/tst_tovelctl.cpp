@@ -70,6 +70,8 @@ private Q_SLOTS:
         QVERIFY(
             understood(u"rename 2 -- --help"_s, {.request = RenameRequest{u"2"_s, u"--help"_s}}));
         QVERIFY(understood(u"move --no-follow 3"_s, {.request = MoveRequest{u"3"_s, false}}));
+        QVERIFY(understood(u"move --new"_s, {.request = MoveRequest{{}, {}, true}}));
+        QVERIFY(understood(u"move a --new"_s, {.request = MoveRequest{u"a"_s, {}, true}}));
 
         const auto error = [](const QString &line) { return parseArguments(words(line)).error; };
         QCOMPARE(error({}), u"no command was given"_s);
@@ -77,6 +79,8 @@ private Q_SLOTS:
         QCOMPARE(error(u"move 3 --fast"_s), u"there is no option --fast"_s);
         QCOMPARE(error(u"flock add"_s), u"“flock add” needs an application"_s);
         QCOMPARE(error(u"move 3 4"_s), u"“4” was not expected"_s);
+        QCOMPARE(error(u"move --new "_s), u"no desktop has an empty name"_s);
+        QCOMPARE(error(u"apps --new"_s), u"--new goes with “move”"_s);
         QCOMPARE(error(u"move 3 --follow --no-follow"_s),
                  u"--follow and --no-follow exclude each other"_s);
         QCOMPARE(error(u"status --follow"_s), u"--follow and --no-follow go with “move”"_s);
@@ -99,6 +103,8 @@ private Q_SLOTS:
             w.app(notesPid).activation = w.app(mailPid).activation = SimActivation::Refused;
         };
         QCOMPARE(outcome(u"move 3"_s, cannotFollow), u"1 "_s + ModelTexts::couldNotSwitch());
+        QCOMPARE(outcome(u"move --new Sea"_s, [](auto &) {}),
+                 u"3 this session makes no desktops on request"_s);
         QCOMPARE(outcome(u"status"_s, [](auto &w) { w.facts().trusted = false; }),
                  u"3 "_s + ModelTexts::accessNeeded());
 

@@ -35,9 +35,9 @@ class TestTiling : public QObject
     Q_OBJECT
 
 private:
-    bool start()
+    bool start(const SessionOptions &options = {})
     {
-        m_session.emplace(managerFromEnvironment());
+        m_session.emplace(managerFromEnvironment(), options);
         if (!m_session->isReady())
             return false;
         m_session->adopt();
@@ -159,6 +159,80 @@ private Q_SLOTS:
         QCOMPARE(workspaceOf(u"full"_s), u"3"_s);
         QVERIFY(!tovelctl({u"status"_s}).out.contains(u"it is: me"_s));
         QCOMPARE(tovelctl({u"move"_s, u"it is: me"_s}).status, 3);
+    }
+
+    void movesToADesktopOfItsOwn_data()
+    {
+        QTest::addColumn<bool>("asksRunning");
+        QTest::newRow("alone") << false;
+        QTest::newRow("by the running one") << true;
+    }
+    void movesToADesktopOfItsOwn()
+    {
+        QFETCH(const bool, asksRunning);
+        QVERIFY(start({.bus = asksRunning}));
+        // What cannot work alone.
+        QProcessEnvironment asking;
+        if (asksRunning) {
+            m_session->start(QStringLiteral(TOVEL), {u"--hidden"_s});
+            for (const auto &variable : {u"SWAYSOCK"_s, u"I3SOCK"_s, u"DISPLAY"_s})
+                asking.insert(variable, QString());
+            QVERIFY(eventually([&] {
+                return m_session->run(QStringLiteral(TOVELCTL), {u"status"_s}, asking).status == 0;
+            }));
+        }
+        const auto moveToNew = [&](const QStringList &name) {
+            return m_session->run(QStringLiteral(TOVELCTL),
+                                  QStringList{u"move"_s, u"--no-follow"_s, u"--new"_s} + name,
+                                  asking);
+        };
+        QVERIFY(!open(u"one"_s, u"2"_s).isEmpty());
+        QCOMPARE(moveToNew({u"web"_s}).status, 3);
+        QCOMPARE(tovelctl({u"flock"_s, u"add"_s, u"flock"_s}).status, 0);
+        for (const auto &[name, workspace] :
+             {std::pair(u"web"_s, u"web"_s), std::pair(QString(), u"7"_s)}) {
+            const Outcome moved = moveToNew(name.isEmpty() ? QStringList() : QStringList{name});
+            QVERIFY2(moved.status == 0, qPrintable(moved.out + moved.err));
+            QCOMPARE(workspaceOf(u"one"_s), workspace);
+        }
+        for (const auto &name :
+             {u"7"_s, u"6: FAR"_s, u"Desktop 2"_s, isSway() ? u"next"_s : u"__x"_s}) {
+            const Outcome refused = moveToNew({name});
+            QCOMPARE(refused.status, 3);
+            QVERIFY2(refused.err.contains(name, Qt::CaseInsensitive), qPrintable(refused.err));
+        }
+        QCOMPARE(workspaceOf(u"one"_s), u"7"_s);
+    }
+
+    void newDesktopIsThereUntilItWasUsed()
+    {
+        QVERIFY(start());
+        const auto session = openDriver();
+        const auto place = [&](const QString &name) {
+            session->invalidate();
+            QString found;
+            for (const SessionOutput &output : session->outputs()) {
+                for (const SessionWorkspace &workspace : output.workspaces)
+                    found += workspace.uuid == name ? QString::number(*output.screen) : QString();
+            }
+            return found;
+        };
+        // Where it will come up.
+        for (const auto &[shown, name] :
+             {std::pair(u"1"_s, u"near"_s), std::pair(u"5"_s, u"new"_s)}) {
+            QVERIFY(m_user->command(u"workspace "_s + shown));
+            session->invalidate();
+            QVERIFY(session->makeWorkspace(name).id != 0);
+            QCOMPARE(place(name), place(shown));
+        }
+        QVERIFY(session->makeWorkspace(u"New"_s).refusal.contains(u"“new”"_s));
+        QVERIFY(m_user->command(u"reload"_s));
+        QCOMPARE(place(u"new"_s), place(u"5"_s));
+        QVERIFY(!open(u"one"_s, u"new"_s).isEmpty());
+        QCOMPARE(place(u"new"_s), place(u"5"_s));
+        QVERIFY(m_user->command(u"[title=one] move container to workspace 1"_s));
+        QCOMPARE(place(u"new"_s), QString());
+        QCOMPARE(place(u"near"_s), place(u"1"_s));
     }
 
     // Whose desktops have no numbers to rely on by X11 alone.

@@ -29,6 +29,7 @@ enum class RefusalCause {
     DesktopGone,
     NothingToMove,
     ChoicesUnreadable, // so that nothing tells what there is in the flock, or what has that name
+    NotMade, // no new desktop, or none of that name
     NotStored, // the change that was asked for, which nothing goes on with either
     NoAnswer, // whoever carried it out ended before it was done
 };

@@ -164,6 +164,7 @@ constexpr Word<RefusalCause> causes[] = {
     {RefusalCause::DesktopGone, "desktopGone"_L1},
     {RefusalCause::NothingToMove, "nothingToMove"_L1},
     {RefusalCause::ChoicesUnreadable, "choicesUnreadable"_L1},
+    {RefusalCause::NotMade, "notMade"_L1},
     {RefusalCause::NotStored, "notStored"_L1},
     {RefusalCause::NoAnswer, "noAnswer"_L1},
 };

@@ -98,17 +98,42 @@ Answer tellMove(const TovelModel &model, const Desktop &target, const Surroundin
             issues + ModelTexts::laterProblems(run), moveContent(model, target)};
 }
 
+// Not where it would stay without windows, nor by a name that a desktop is called here.
+std::variant<Desktop, Answer> newDesktop(TovelModel &model, const QString &name)
+{
+    if (model.traveling().isEmpty())
+        return refusal(RefusalCause::NothingToMove, ModelTexts::nothingToMove());
+    for (const Desktop &desktop : model.desktops()) {
+        if (model.name(desktop).compare(name, Qt::CaseInsensitive) == 0)
+            return refusal(RefusalCause::NotMade, u"there is a desktop “%1” already"_s.arg(name));
+    }
+    const NewDesktop made = model.makeDesktop(name);
+    if (!made.desktop)
+        return refusal(RefusalCause::NotMade, made.refusal);
+    return *made.desktop;
+}
+
+std::variant<Desktop, Answer> targetOf(TovelModel &model, const MoveRequest &request,
+                                       const Surroundings &surroundings)
+{
+    if (!model.trusted() || !model.available())
+        return refusal(RefusalCause::NoAccess, accessNeeded(surroundings));
+    if (request.isNew)
+        return newDesktop(model, request.desktop);
+    const auto found = findDesktop(model, request.desktop);
+    if (!found.record)
+        return refusal(RefusalCause::NotFound, found.error);
+    return *found.record;
+}
+
 QCoro::Task<Answer> move(TovelModel &model, MoveRequest request, Surroundings surroundings)
 {
     if (model.busy())
         co_return refusal(RefusalCause::Busy, u"another move is running"_s);
-    const auto found = findDesktop(model, request.desktop);
-    if (!found.record) {
-        const bool canMove = model.trusted() && model.available();
-        co_return canMove ? refusal(RefusalCause::NotFound, found.error)
-                          : refusal(RefusalCause::NoAccess, accessNeeded(surroundings));
-    }
-    const Desktop target = *found.record;
+    const auto found = targetOf(model, request, surroundings);
+    if (const auto *refused = std::get_if<Answer>(&found))
+        co_return *refused;
+    const Desktop target = std::get<Desktop>(found);
     const QPointer<TovelModel> guard(&model);
     co_await model.migrate(target, request.follow);
     if (!guard)

@@ -57,6 +57,8 @@ struct MoveRequest
 
     QString desktop{};
     std::optional<bool> follow{}; // for this run alone
+    // The desktop is made for it, with that name; an empty one is that of the lowest free number.
+    bool isNew = false;
 
     bool operator==(const MoveRequest &) const = default;
 };

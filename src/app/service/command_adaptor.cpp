@@ -16,7 +16,8 @@ namespace {
 bool isKnown(const QVariantMap &options)
 {
     for (auto option = options.cbegin(); option != options.cend(); ++option) {
-        if (option.key() != "follow"_L1 || option->typeId() != QMetaType::Bool)
+        const bool isOne = option.key() == "follow"_L1 || option.key() == "new"_L1;
+        if (!isOne || option->typeId() != QMetaType::Bool)
             return false;
     }
     return true;
@@ -66,10 +67,10 @@ QString CommandAdaptor::Move(const QString &desktop, const QVariantMap &options,
     message.setDelayedReply(true);
     if (!isKnown(options)) {
         m_bus.send(message.createErrorReply(QDBusError::InvalidArgs,
-                                            u"the one option of Move is follow, a boolean"_s));
+                                            u"the options of Move are follow and new, booleans"_s));
         return {};
     }
-    MoveRequest request{desktop, {}};
+    MoveRequest request{.desktop = desktop, .isNew = options.value(u"new"_s).toBool()};
     if (options.contains(u"follow"_s))
         request.follow = options[u"follow"_s].toBool();
     answerLater(request, message);

@@ -39,8 +39,9 @@ public Q_SLOTS:
     QString AddToFlock(const QStringList &applications);
     QString RemoveFromFlock(const QStringList &applications);
     QString Rename(const QString &desktop, const QString &name);
-    // Answers at the end of the move; meanwhile there are Progress signals. The one option is
-    // "follow", a boolean for this move alone. The error org.tovel.Tovel1.Error.Busy when another
+    // Answers at the end of the move; meanwhile there are Progress signals. The options
+    // are "follow", a boolean for this move alone, and "new", a boolean: whether the desktop is to
+    // be made. The error org.tovel.Tovel1.Error.Busy when another
     // move runs, InvalidArgs for other options.
     QString Move(const QString &desktop, const QVariantMap &options, const QDBusMessage &message);
     // Ends the running move after its window; nothing when none runs.

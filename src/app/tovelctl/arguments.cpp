@@ -16,6 +16,7 @@ struct Words
     QStringList words;
     bool json = false;
     std::optional<bool> follow;
+    bool isNew = false;
     QString error;
 };
 
@@ -30,6 +31,8 @@ Words splitOptions(const QStringList &line)
             onlyWords = true;
         } else if (word == "--json"_L1) {
             result.json = true;
+        } else if (word == "--new"_L1) {
+            result.isNew = true;
         } else if (word == "--follow"_L1 || word == "--no-follow"_L1) {
             const bool follow = word == "--follow"_L1;
             if (result.follow.value_or(follow) != follow) {
@@ -83,9 +86,12 @@ ParsedArguments parseArguments(const QStringList &line)
         const QString desktop = words.takeFirst();
         request = RenameRequest{desktop, words.takeFirst()};
     } else if (command == "move"_L1) {
-        if (words.isEmpty())
+        if (words.isEmpty() && !split.isNew)
             return failure(u"“move” needs a desktop"_s);
-        request = MoveRequest{words.takeFirst(), split.follow};
+        const QString desktop = words.isEmpty() ? QString() : words.takeFirst();
+        if (desktop.isEmpty() && !desktop.isNull())
+            return failure(u"no desktop has an empty name"_s);
+        request = MoveRequest{desktop, split.follow, split.isNew};
     } else {
         return failure(u"there is no command “%1”"_s.arg(command));
     }
@@ -93,6 +99,8 @@ ParsedArguments parseArguments(const QStringList &line)
         return failure(u"“%1” was not expected"_s.arg(words.first()));
     if (split.follow && !std::holds_alternative<MoveRequest>(request))
         return failure(u"--follow and --no-follow go with “move”"_s);
+    if (split.isNew && !std::holds_alternative<MoveRequest>(request))
+        return failure(u"--new goes with “move”"_s);
     return {arguments, {}};
 }
 
@@ -109,6 +117,7 @@ Commands:
   flock remove APP…        remove applications
   rename DESKTOP NAME      give a desktop a name; an empty one takes it away
   move DESKTOP             move the flock to a desktop, by number or name
+  move --new [NAME]        make a desktop for it, where the session can do that
     --follow, --no-follow  show that desktop afterwards, or do not, this once
 
 Options:

@@ -47,6 +47,8 @@ QDBusMessage callFor(const MoveRequest &request)
     QVariantMap options;
     if (request.follow)
         options.insert(u"follow"_s, *request.follow);
+    if (request.isNew)
+        options.insert(u"new"_s, true);
     return methodCall(u"Move"_s, {request.desktop, options});
 }
 

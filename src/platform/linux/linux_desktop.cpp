@@ -24,6 +24,17 @@ LinuxDesktop::LinuxDesktop(std::unique_ptr<DesktopSession> session,
 
 LinuxDesktop::~LinuxDesktop() = default;
 
+SpaceMaker *LinuxDesktop::spaceMaker()
+{
+    return m_session && m_session->capabilities().makesWorkspaces ? this : nullptr;
+}
+
+MadeSpace LinuxDesktop::makeSpace(const QString &name)
+{
+    const MadeWorkspace made = m_session->makeWorkspace(name);
+    return {made.id, made.refusal};
+}
+
 QStringList LinuxDesktop::limits() const
 {
     return m_session ? sessionLimits(*m_session) : QStringList();

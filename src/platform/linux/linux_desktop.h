@@ -12,6 +12,7 @@
 #include "platform/linux/linux_window_server.h"
 #include "platform/linux/linux_workspace.h"
 #include "platform/platform.h"
+#include "platform/space_maker.h"
 
 #include <chrono>
 #include <functional>
@@ -23,7 +24,7 @@ namespace tovel {
 // The platform over a running Linux session. Without a session every operation has its neutral
 // result, but for the user defaults, the clock, and finding and launching applications. To be made
 // after the QCoreApplication; one at a time.
-class LinuxDesktop final : public Platform, private Application
+class LinuxDesktop final : public Platform, private Application, private SpaceMaker
 {
 public:
     // The session may be null. The patience is that of user defaults which wait for other
@@ -41,6 +42,7 @@ public:
     HotKeys &hotKeys() override { return m_hotKeys; }
     Application &application() override { return *this; }
     OwnWindows &ownWindows() override { return m_ownWindows; }
+    SpaceMaker *spaceMaker() override;
 
     bool hasSession() const { return m_session != nullptr; }
 
@@ -61,6 +63,7 @@ public:
 
 private:
     bool hasVisibleWindow() const override { return m_hasVisibleWindow && m_hasVisibleWindow(); }
+    MadeSpace makeSpace(const QString &name) override;
     SessionApplications *applications() { return m_applications ? &*m_applications : nullptr; }
 
     std::unique_ptr<DesktopSession> m_session;

@@ -60,6 +60,11 @@ public:
     // On the screen that the workspace belongs to, whichever has the cursor or the keyboard.
     virtual bool showWorkspace(std::uint64_t workspace) = 0;
 
+    // Only called where the capabilities say that workspaces can be made. The new one is without
+    // windows, and an empty name is that of the lowest number that is free. A session that keeps
+    // no empty workspaces has it in its rows until the last of its windows has left it.
+    virtual MadeWorkspace makeWorkspace(const QString &) { return {}; }
+
     virtual bool activateWindow(std::uint32_t window) = 0;
 
     // Without activating it. Refused where a window cannot be raised alone.

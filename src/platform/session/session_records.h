@@ -36,6 +36,13 @@ struct SessionWorkspace
     bool operator==(const SessionWorkspace &) const = default;
 };
 
+// What became of a request for a workspace.
+struct MadeWorkspace
+{
+    std::uint64_t id = 0; // 0: none was made
+    QString refusal{}; // why; the part of a sentence after its capital letter, without a full stop
+};
+
 // A row of workspaces of which one is shown: on one screen, or on all of them together. A session
 // has one row for all screens, or rows that each name a screen of their own. Screens without a row
 // show windows that are on every workspace.
@@ -128,6 +135,8 @@ struct SessionCapabilities
     bool onAllWorkspaces = true;
     // Whether workspaces stay while they are empty and not shown.
     bool keepsEmptyWorkspaces = true;
+    // Whether workspaces can be made, by their names.
+    bool makesWorkspaces = false;
     // Whether activating a window is known to show the workspace that it is on. False when in
     // doubt: where activation brings the window to the shown workspace, it would undo a move.
     bool activationShowsWorkspace = false;

@@ -2,6 +2,7 @@
 
 #include "platform/session/i3/commands.h"
 #include "platform/session/i3/ipc_connection.h"
+#include "platform/session/i3/new_names.h"
 #include "platform/session/i3/picture.h"
 #include "platform/session/i3/readings.h"
 #include "platform/session/x11/x11_session.h"
@@ -137,7 +138,13 @@ void I3Session::lookAgain()
     m_patience = Patience;
     m_tree = *answer;
     m_x11Revision = x11Revision;
-    Sources sources{.compositor = m_version->compositor, .tree = *tree, .assigned = m_assigned};
+    m_made.removeIf([&tree](const AssignedWorkspace &made) {
+        return std::ranges::any_of(tree->outputs, [&made](const TreeOutput &output) {
+            return output.workspaces.contains(made.name);
+        });
+    });
+    Sources sources{
+        .compositor = m_version->compositor, .tree = *tree, .assigned = m_assigned + m_made};
     if (m_x11) {
         sources.x11Windows = m_x11->windows();
         sources.primary = m_x11->screens().value(0).name;
@@ -149,6 +156,7 @@ void I3Session::lose()
 {
     m_connection.reset();
     m_tree.clear();
+    m_made.clear();
     m_picture->clear();
     if (m_isListening)
         m_attempts.start();
@@ -156,7 +164,11 @@ void I3Session::lose()
 
 std::uint64_t I3Session::revision() { return current().revision(); }
 
-QString I3Session::name() { return (isSway() ? u"sway "_s : u"i3 "_s) + m_version->text; }
+QString I3Session::ownName() const { return isSway() ? u"sway"_s : u"i3"_s; }
+
+QString I3Session::silence() const { return ownName() + u" does not answer"_s; }
+
+QString I3Session::name() { return ownName() + u' ' + m_version->text; }
 
 bool I3Session::hasManager()
 {
@@ -172,6 +184,7 @@ SessionCapabilities I3Session::capabilities()
     can.cursor = m_x11 ? CursorAccess::Movable : CursorAccess::Hidden;
     can.globalKeys = isSway() || m_x11;
     can.keepsEmptyWorkspaces = false;
+    can.makesWorkspaces = true;
     can.activationShowsWorkspace = true;
     return can;
 }
@@ -215,6 +228,26 @@ bool I3Session::showWorkspace(std::uint64_t workspace)
     const auto name = current().workspace(workspace);
     const auto quoted = name ? quotedWorkspace(m_version->compositor, *name) : std::nullopt;
     return quoted && command("workspace --no-auto-back-and-forth " + *quoted);
+}
+
+MadeWorkspace I3Session::makeWorkspace(const QString &name)
+{
+    if (!isControllable())
+        return {0, silence()};
+    QStringList existing;
+    for (const SessionOutput &output : m_picture->outputs()) {
+        for (const SessionWorkspace &workspace : output.workspaces)
+            existing.append(workspace.uuid);
+    }
+    const QString wanted = name.isEmpty() ? lowestFreeNumber(existing) : name;
+    const QString problem = problemOfNewName(m_version->compositor, wanted, existing);
+    if (!problem.isEmpty())
+        return {0, problem};
+    m_made.append({wanted, m_picture->outputsByFocus()});
+    m_tree.clear();
+    m_isStale = true;
+    const std::uint64_t id = current().workspaceNamed(wanted);
+    return {id, id != 0 ? QString() : silence()};
 }
 
 bool I3Session::activateWindow(std::uint32_t window) { return commandFor(window, "focus"); }
@@ -290,7 +323,7 @@ void I3Session::setKeyHandler(std::function<void(const SessionKey &key)> handler
 QStringList I3Session::limits()
 {
     if (!isControllable())
-        return {u"%1 does not answer."_s.arg(isSway() ? u"sway"_s : u"i3"_s)};
+        return {silence() + u'.'};
     QStringList limits;
     if (m_picture->hasScratchpad())
         limits.append(u"Windows in the scratchpad are on no desktop and stay there."_s);
@@ -298,7 +331,7 @@ QStringList I3Session::limits()
         for (const SessionWorkspace &workspace : output.workspaces) {
             if (!quotedWorkspace(m_version->compositor, workspace.uuid))
                 limits.append(u"%1 takes no command with the name of the desktop “%2”."_s.arg(
-                    isSway() ? u"sway"_s : u"i3"_s, oneLine(workspace.uuid)));
+                    ownName(), oneLine(workspace.uuid)));
         }
     }
     return limits;

@@ -48,6 +48,7 @@ public:
     std::uint32_t activeWindow() override;
     bool moveWindow(std::uint32_t window, std::uint64_t workspace) override;
     bool showWorkspace(std::uint64_t workspace) override;
+    MadeWorkspace makeWorkspace(const QString &name) override;
     bool activateWindow(std::uint32_t window) override;
     // Neither raises a window that it does not give the keyboard.
     bool raiseWindow(std::uint32_t window) override;
@@ -79,6 +80,8 @@ private:
     bool command(const QByteArray &text);
     bool commandFor(std::uint32_t window, const QByteArray &text);
     bool isSway() const;
+    QString ownName() const;
+    QString silence() const;
     void readConfiguration();
     void listen();
     void followEvents();
@@ -92,6 +95,7 @@ private:
     std::unique_ptr<Version> m_version;
     std::unique_ptr<Picture> m_picture;
     QList<AssignedWorkspace> m_assigned;
+    QList<AssignedWorkspace> m_made; // here, and not there before they get a window
     QByteArray m_tree; // that the picture shows
     std::uint64_t m_x11Revision = 0;
     bool m_isStale = true;

@@ -1,6 +1,7 @@
 #include "platform/session/i3/picture.h"
 
 #include "platform/session/built_in_screens.h"
+#include "platform/session/i3/new_names.h"
 #include "platform/session/workspace_names.h"
 #include "texts/one_line.h"
 
@@ -14,14 +15,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// The number that a name begins with, by which both sort; those without come last.
-std::uint64_t leadingNumber(const QString &name)
+// Both sort by the numbers; those without come last.
+std::uint64_t rank(const QString &name)
 {
-    qsizetype length = 0;
-    while (length < name.size() && length < 9 && name[length] >= u'0' && name[length] <= u'9')
-        ++length;
-    return length == 0 ? std::numeric_limits<std::uint64_t>::max()
-                       : name.left(length).toULongLong();
+    return leadingNumber(name).value_or(std::numeric_limits<std::uint64_t>::max());
 }
 
 QStringList cleaned(QStringList names)
@@ -110,7 +107,7 @@ void Picture::draw(const Sources &sources)
             if (!existing.contains(assigned.name) && outputOf(assigned, sources) == output.name)
                 names.append(assigned.name);
         }
-        std::ranges::stable_sort(names, {}, leadingNumber);
+        std::ranges::stable_sort(names, {}, rank);
         rows.append({output.name, names});
         SessionOutput row{.screen = number};
         const QStringList chosen = chosenNames(cleaned(names));
@@ -134,6 +131,7 @@ void Picture::draw(const Sources &sources)
     m_idsByX11.clear();
     m_active = 0;
     m_hasScratchpad = false;
+    m_outputsByFocus = sources.tree.outputsByFocus;
     for (const TreeWindow &window : sources.tree.windows) {
         const std::uint32_t id = i3::idOf(sources.compositor, window);
         if (id == 0 || m_byId.contains(id))
@@ -182,6 +180,12 @@ const TreeWindow *Picture::window(std::uint32_t id) const
 {
     const auto found = m_byId.constFind(id);
     return found == m_byId.cend() ? nullptr : &*found;
+}
+
+std::uint64_t Picture::workspaceNamed(const QString &name) const
+{
+    const std::uint64_t id = m_workspaceIds.value(name);
+    return workspace(id) ? id : 0;
 }
 
 std::optional<QString> Picture::workspace(std::uint64_t id) const

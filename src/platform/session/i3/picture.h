@@ -45,6 +45,9 @@ public:
     const TreeWindow *window(std::uint32_t id) const;
     // The name; nothing for a workspace that is not there, and could not be had by its name.
     std::optional<QString> workspace(std::uint64_t id) const;
+    // 0 for one that is not there.
+    std::uint64_t workspaceNamed(const QString &name) const;
+    const QStringList &outputsByFocus() const { return m_outputsByFocus; }
     bool hasScratchpad() const { return m_hasScratchpad; }
 
 private:
@@ -70,6 +73,7 @@ private:
     std::uint32_t m_active = 0;
     QHash<std::uint32_t, TreeWindow> m_byId;
     QHash<std::uint32_t, std::uint32_t> m_idsByX11; // those of windows of X11
+    QStringList m_outputsByFocus;
     bool m_hasScratchpad = false;
 };
 

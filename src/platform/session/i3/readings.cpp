@@ -20,7 +20,6 @@ namespace {
 constexpr int MaximumDepth = 200;
 
 constexpr int MaximumCoordinate = 1 << 20;
-constexpr qsizetype MaximumNameLength = 512;
 
 // Both hand on the names of windows and workspaces byte by byte, be they UTF-8 or not.
 QJsonDocument documentFrom(const QByteArray &json)
@@ -236,13 +235,15 @@ std::optional<Tree> readTree(const QByteArray &json)
     const QJsonObject root = objectFrom(json);
     if (root.value("type"_L1) != "root"_L1)
         return std::nullopt;
-    Tree tree{outputsOf(root), {}};
+    Tree tree{.outputs = outputsOf(root)};
     for (const Child &child : childrenByFocus(root)) {
         const QString name = cleanText(child.node.value("name"_L1));
         const auto output = std::ranges::find(tree.outputs, name, &TreeOutput::name);
         Place place;
-        if (output != tree.outputs.end())
+        if (output != tree.outputs.end()) {
             place.output = &*output;
+            tree.outputsByFocus.append(name);
+        }
         if (place.output || isInternal(name))
             addWindows(tree, child.node, place, 1);
     }

@@ -54,6 +54,8 @@ struct Tree
 {
     QList<TreeOutput> outputs;
     QList<TreeWindow> windows; // those that had the keyboard last first
+    // Names, likewise: a workspace that nobody has placed comes up on the first one.
+    QStringList outputsByFocus;
 
     bool operator==(const Tree &) const = default;
 };
@@ -62,6 +64,7 @@ struct Tree
 inline constexpr qsizetype MaximumWindows = 8192;
 inline constexpr qsizetype MaximumWorkspaces = 256; // of all outputs together
 inline constexpr qsizetype MaximumOutputs = 64;
+inline constexpr qsizetype MaximumNameLength = 512; // of a workspace, in UTF-16
 
 std::optional<Tree> readTree(const QByteArray &json);
 
