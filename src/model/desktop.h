@@ -1,6 +1,8 @@
 #pragma once
 
+#include <QList>
 #include <QString>
+#include <QStringList>
 
 #include <cstdint>
 
@@ -24,5 +26,11 @@ struct Desktop
 
     bool operator==(const Desktop &) const = default;
 };
+
+// Null when none of them has the id. Into the list, as long as that is there.
+const Desktop *desktopWithID(const QList<Desktop> &desktops, std::uint64_t id);
+
+// The displays that the desktops are on, in the order of their first one.
+QStringList displaysOf(const QList<Desktop> &desktops);
 
 } // namespace tovel

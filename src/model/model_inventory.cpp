@@ -206,6 +206,14 @@ bool TovelModel::windowIsMovable(const TravelWindow &window) const
     });
 }
 
+QList<RunningApp> TovelModel::chosenApps() const
+{
+    QList<RunningApp> result;
+    std::ranges::copy_if(m_apps, std::back_inserter(result),
+                         [this](const RunningApp &app) { return m_selected.contains(app.id); });
+    return result;
+}
+
 QList<TravelWindow> TovelModel::traveling() const
 {
     QList<TravelWindow> result;

@@ -16,12 +16,6 @@ namespace {
 constexpr double checkInterval = 0.06;
 constexpr int mostChecks = 12;
 
-bool contains(const QList<Desktop> &desktops, std::uint64_t id)
-{
-    return std::any_of(desktops.cbegin(), desktops.cend(),
-                       [id](const Desktop &desktop) { return desktop.id == id; });
-}
-
 WindowRecord recordOf(const TravelWindow &window)
 {
     WindowRecord record{window.id, window.appID, window.appName, window.title};
@@ -45,7 +39,7 @@ MigrationRecord TovelModel::newRecord(std::uint64_t target) const
         record.windows.append(recordOf(window));
     if (!m_trusted || !TAvailable()) {
         record.obstacle = MigrationObstacle::noAccess;
-    } else if (!contains(m_desktops, target)) {
+    } else if (!desktopWithID(m_desktops, target)) {
         record.obstacle = MigrationObstacle::desktopGone;
     } else if (flockDesktopID() == target) {
         record.obstacle = MigrationObstacle::alreadyThere;
@@ -131,7 +125,7 @@ QCoro::Task<> TovelModel::moveWindow(TravelWindow window, qsizetype place)
         settle(place, WindowOutcome::already);
         co_return;
     }
-    if (spaces.size() != 1 || !contains(readDesktops(), spaces.first())) {
+    if (spaces.size() != 1 || !desktopWithID(readDesktops(), spaces.first())) {
         settle(place, WindowOutcome::failed, WindowReason::desktopChanged);
         co_return;
     }

@@ -108,6 +108,9 @@ public:
     // Whether windows can be moved on this platform.
     bool available() const;
 
+    // The applications of the flock, in their order.
+    QList<RunningApp> chosenApps() const;
+
     // The windows that can move, how many of them each desktop holds, and the one desktop that
     // holds all of them, if there is one.
     QList<TravelWindow> traveling() const;

@@ -20,26 +20,14 @@ QString accessibilityValue(bool flockHere, int windows)
 
 } // namespace
 
-QStringList displays(const TovelModel &model)
-{
-    QStringList result;
-    for (const Desktop &desktop : model.desktops()) {
-        if (!result.contains(desktop.display))
-            result.append(desktop.display);
-    }
-    return result;
-}
-
 std::optional<QString> currentDisplay(const TovelModel &model, const PanelState &state)
 {
-    const QStringList all = displays(model);
+    const QStringList all = displaysOf(model.desktops());
     if (state.selectedDisplay && all.contains(*state.selectedDisplay))
         return state.selectedDisplay;
     if (const auto flockDesktop = model.flockDesktopID()) {
-        for (const Desktop &desktop : model.desktops()) {
-            if (desktop.id == *flockDesktop)
-                return desktop.display;
-        }
+        if (const Desktop *desktop = desktopWithID(model.desktops(), *flockDesktop))
+            return desktop->display;
     }
     if (all.isEmpty())
         return std::nullopt;
@@ -65,16 +53,6 @@ QList<RunningApp> availableApps(const TovelModel &model, const PanelState &state
     for (const RunningApp &app : model.apps()) {
         if (app.running && !model.selected().contains(app.id)
             && locale.toLower(app.name).contains(wanted))
-            result.append(app);
-    }
-    return result;
-}
-
-QList<RunningApp> chosenApps(const TovelModel &model)
-{
-    QList<RunningApp> result;
-    for (const RunningApp &app : model.apps()) {
-        if (model.selected().contains(app.id))
             result.append(app);
     }
     return result;
@@ -110,7 +88,7 @@ QList<DisplayValues> displayValues(const TovelModel &model, const PanelState &st
 {
     const std::optional<QString> current = currentDisplay(model, state);
     QList<DisplayValues> result;
-    for (const QString &display : displays(model)) {
+    for (const QString &display : displaysOf(model.desktops())) {
         result.append({.display = display,
                        .name = model.displayName(display),
                        .builtIn = model.displayIsBuiltIn(display),

@@ -24,9 +24,6 @@ struct PanelState
     std::optional<QString> selectedDisplay; // as the user chose; it may not exist now
 };
 
-// The displays that have desktops, in the order of their first one.
-QStringList displays(const TovelModel &model);
-
 // The display whose desktops are shown: the user's choice while it exists, else the flock's, else
 // the first one.
 std::optional<QString> currentDisplay(const TovelModel &model, const PanelState &state);
@@ -36,9 +33,6 @@ QList<Desktop> visibleDesktops(const TovelModel &model, const PanelState &state)
 // The running applications that are not chosen and whose name contains the search text, as the
 // locale ignores case. In the model's order.
 QList<RunningApp> availableApps(const TovelModel &model, const PanelState &state);
-
-// In the model's order.
-QList<RunningApp> chosenApps(const TovelModel &model);
 
 // Of the grid of desktops: from 1 to 5.
 int columnCount(const TovelModel &model, const PanelState &state);

@@ -10,11 +10,8 @@ using namespace Qt::StringLiterals;
 std::optional<Desktop> flockDesktop(const TovelModel &model)
 {
     const auto id = model.flockDesktopID();
-    for (const Desktop &desktop : model.desktops()) {
-        if (id == desktop.id)
-            return desktop;
-    }
-    return std::nullopt;
+    const Desktop *desktop = id ? desktopWithID(model.desktops(), *id) : nullptr;
+    return desktop ? std::optional(*desktop) : std::nullopt;
 }
 
 QList<TravelWindow> skippedWindows(const TovelModel &model)

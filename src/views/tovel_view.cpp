@@ -131,7 +131,7 @@ void TovelView::paintEvent(QPaintEvent *)
 
 void TovelView::redraw()
 {
-    m_flock->setApps(chosenApps(m_model));
+    m_flock->setApps(m_model.chosenApps());
     m_flock->setBusy(m_model.busy());
     m_destination->setDisplays(displayValues(m_model, m_state), m_model.busy());
     m_destination->setDesktops(tileValues(m_model, m_state), columnCount(m_model, m_state));

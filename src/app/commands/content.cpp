@@ -10,26 +10,12 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const Desktop *desktopWithID(const TovelModel &model, std::uint64_t id)
-{
-    for (const Desktop &desktop : model.desktops()) {
-        if (desktop.id == id)
-            return &desktop;
-    }
-    return nullptr;
-}
-
 // One for each display, in the order of their first desktops.
 QList<DisplayInfo> displayInfos(const TovelModel &model)
 {
     QList<DisplayInfo> displays;
-    for (const Desktop &desktop : model.desktops()) {
-        const QString &id = desktop.display;
-        const bool isSeen = std::any_of(displays.cbegin(), displays.cend(),
-                                        [&](const DisplayInfo &seen) { return seen.id == id; });
-        if (!isSeen)
-            displays.append({id, model.displayName(id), model.displayIsBuiltIn(id)});
-    }
+    for (const QString &id : displaysOf(model.desktops()))
+        displays.append({id, model.displayName(id), model.displayIsBuiltIn(id)});
     return displays;
 }
 
@@ -40,8 +26,9 @@ AppInfo appInfo(const TovelModel &model, const RunningApp &app)
 
 QList<AppInfo> flockInfos(const TovelModel &model)
 {
-    QList<AppInfo> flock = appsContent(model).apps;
-    flock.removeIf([](const AppInfo &app) { return !app.inFlock; });
+    QList<AppInfo> flock;
+    for (const RunningApp &app : model.chosenApps())
+        flock.append(appInfo(model, app));
     return flock;
 }
 
@@ -49,7 +36,7 @@ WindowInfo windowInfo(const TovelModel &model, const TravelWindow &window)
 {
     WindowInfo info{window.id, window.appID, window.appName, window.title, {}, window.skipReason};
     for (const std::uint64_t space : window.spaces) {
-        if (const Desktop *desktop = desktopWithID(model, space))
+        if (const Desktop *desktop = desktopWithID(model.desktops(), space))
             info.desktops.append(desktop->index);
     }
     return info;
@@ -94,7 +81,7 @@ StatusContent statusContent(const TovelModel &model, const QStringList &limits)
         status.desktops.append(desktopInfo(model, desktop));
     status.flock = flockInfos(model);
     if (const auto id = model.flockDesktopID()) {
-        if (const Desktop *desktop = desktopWithID(model, *id))
+        if (const Desktop *desktop = desktopWithID(model.desktops(), *id))
             status.flockDesktop = desktop->index;
     }
     for (const TravelWindow &window : model.windows())
@@ -119,7 +106,7 @@ MoveContent moveContent(const TovelModel &model, const Desktop &target)
     MoveContent move;
     Desktop gone = target;
     gone.current = false;
-    const Desktop *now = desktopWithID(model, target.id);
+    const Desktop *now = desktopWithID(model.desktops(), target.id);
     move.desktop = desktopInfo(model, now ? *now : gone);
     move.issues = ModelTexts::issues(run);
     move.complete = run.complete;

@@ -57,15 +57,6 @@ QList<std::uint32_t> windowNumbers(const QByteArray &line)
     return numbers;
 }
 
-std::optional<Desktop> desktopOf(std::uint64_t space, const QList<Desktop> &desktops)
-{
-    for (const Desktop &desktop : desktops) {
-        if (desktop.id == space)
-            return desktop;
-    }
-    return std::nullopt;
-}
-
 QCoro::Task<Outcome> checkWindowsOf(FixtureProcess &process, const SelfTestSetting &setting)
 {
     Platform &platform = setting.platform;
@@ -82,7 +73,8 @@ QCoro::Task<Outcome> checkWindowsOf(FixtureProcess &process, const SelfTestSetti
         co_return outcome;
 
     const QList<Desktop> desktops = TovelModel(platform).desktops();
-    const std::optional<Desktop> source = desktopOf(start.first(), desktops);
+    const Desktop *found = desktopWithID(desktops, start.first());
+    const auto source = found ? std::optional(*found) : std::nullopt;
     const QList<Desktop> others = othersOnDisplay(desktops, source);
     if (others.isEmpty()) {
         outcome.status = SelfTestSkipped;

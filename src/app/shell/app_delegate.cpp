@@ -367,11 +367,9 @@ void AppDelegate::moveFromMenu(std::uint64_t desktop)
     if (m_model->busy())
         return;
     m_model->refreshDesktopList();
-    for (const Desktop &target : m_model->desktops()) {
-        if (target.id == desktop) {
-            moveAndReport(target);
-            return;
-        }
+    if (const Desktop *target = desktopWithID(m_model->desktops(), desktop)) {
+        moveAndReport(*target);
+        return;
     }
     m_model->setIssues({ModelTexts::desktopGone()});
     show();

@@ -51,7 +51,7 @@ void addDesktop(QMenu &menu, const TovelModel &model, const Desktop &desktop, bo
 void addDesktops(QMenu &menu, const TovelModel &model, const StatusMenuActions &actions)
 {
     addText(menu, u"Fly to this pond"_s);
-    const QStringList all = displays(model);
+    const QStringList all = displaysOf(model.desktops());
     for (const QString &display : all) {
         if (all.size() > 1)
             addText(menu, model.displayName(display));
