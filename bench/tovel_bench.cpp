@@ -20,12 +20,28 @@
 #include <vector>
 
 #include <benchmark/benchmark.h>
+#include <dlfcn.h>
 #include <fcntl.h>
+#include <poll.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 using namespace tovel;
+
+namespace {
+
+std::uint64_t waits = 0; // for the server; for each piece of a long answer
+
+} // namespace
+
+// The X library waits by this function alone, Qt's event loop by another.
+extern "C" int poll(pollfd *descriptors, nfds_t count, int timeout)
+{
+    static const auto real = reinterpret_cast<decltype(&poll)>(dlsym(RTLD_NEXT, "poll"));
+    waits += descriptors->events == POLLIN;
+    return real(descriptors, count, timeout);
+}
 
 namespace {
 
@@ -59,7 +75,6 @@ public:
     }
 
     TovelModel &model() { return m_model; }
-    std::uint64_t roundTrips() const { return m_session->roundTrips(); }
 
     std::uint64_t revision()
     {
@@ -141,23 +156,24 @@ void warmRefresh(benchmark::State &state)
     if (warm.model().windows().size() != Windows / 2)
         qFatal("the flock has not half of the windows");
     warm.refresh();
-    const std::uint64_t before = warm.roundTrips();
+    const std::uint64_t before = waits;
     for (auto _ : state)
         warm.refresh();
-    state.counters["round_trips"]
-        = static_cast<double>(warm.roundTrips() - before) / static_cast<double>(state.iterations());
+    state.counters["waits"]
+        = static_cast<double>(waits - before) / static_cast<double>(state.iterations());
 }
 
 void firstRefresh(benchmark::State &state)
 {
-    std::uint64_t roundTrips = 0;
+    std::uint64_t firstWaits = 0;
     for (auto _ : state) {
+        waits = 0;
         const auto start = SteadyClock::now();
         const Warm warm;
         state.SetIterationTime(secondsSince(start));
-        roundTrips = warm.roundTrips();
+        firstWaits = waits;
     }
-    state.counters["round_trips"] = static_cast<double>(roundTrips);
+    state.counters["waits"] = static_cast<double>(firstWaits);
 }
 
 void wholeProgram(benchmark::State &state, const std::vector<std::string> &line)
@@ -187,21 +203,23 @@ void moveFifty(benchmark::State &state)
     }
 }
 
-// Round trips of one refresh: when the session is seen for the first time, and when nothing has
+// How often one refresh waits: when the session is seen for the first time, and when nothing has
 // changed since the last, which is waited for.
-void printRoundTrips(int windows)
+void printWaits(int windows)
 {
     const OpenWindows open(windows, Applications);
     Warm warm;
     warm.choose(Applications);
-    const std::uint64_t first = Warm().roundTrips();
+    waits = 0;
+    Warm();
+    const std::uint64_t first = waits;
     std::uint64_t revision = 0;
     while (std::exchange(revision, warm.revision()) != warm.revision())
         warm.refresh();
-    const std::uint64_t before = warm.roundTrips();
+    const std::uint64_t before = waits;
     warm.refresh();
     std::printf("  %3d windows: %llu when nothing changed, %llu to start with\n", windows,
-                static_cast<unsigned long long>(warm.roundTrips() - before),
+                static_cast<unsigned long long>(waits - before),
                 static_cast<unsigned long long>(first));
 }
 
@@ -233,9 +251,9 @@ int main(int argc, char *argv[])
     QCoreApplication application(argc, argv);
     benchmark::Initialize(&argc, argv);
 
-    std::printf("Round trips of a refresh\n");
+    std::printf("Waits for the server in a refresh\n");
     for (const int windows : {10, 100, 500})
-        printRoundTrips(windows);
+        printWaits(windows);
 
     const OpenWindows open(Windows, Applications);
     benchmark::RegisterBenchmark("bare_read", bareRead)->Unit(benchmark::kMillisecond);

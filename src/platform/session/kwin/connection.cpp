@@ -122,7 +122,6 @@ bool Connection::settle(std::chrono::milliseconds patience)
         m_expectsMore = false;
         m_sync = wl_display_sync(m_display);
         wl_callback_add_listener(m_sync, &SyncListener, this);
-        ++m_roundTrips;
         if (!await(deadline))
             return false;
         if (!m_expectsMore)

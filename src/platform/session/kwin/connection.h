@@ -64,9 +64,6 @@ public:
     // Called from the event loop after events were taken there, and when the compositor is gone.
     void setReadableHandler(std::function<void()> handler);
 
-    // How often a call has waited for the compositor's answer so far.
-    std::uint64_t roundTrips() const { return m_roundTrips; }
-
     // For the library's callbacks.
     void appear(const Global &global) const { m_handlers.appeared(global); }
     void vanish(std::uint32_t name) const { m_handlers.vanished(name); }
@@ -87,7 +84,6 @@ private:
     bool m_isLate = false;
     bool m_expectsMore = true;
     std::chrono::milliseconds m_patience{0};
-    std::uint64_t m_roundTrips = 0;
     std::unique_ptr<QSocketNotifier> m_notifier;
     std::function<void()> m_readableHandler;
 };

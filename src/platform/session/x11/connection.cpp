@@ -149,17 +149,6 @@ Connection::~Connection()
 
 bool Connection::isAlive() const { return xcb_connection_has_error(m_connection) == 0; }
 
-template <typename Cookie>
-void Connection::countWait(Cookie cookie)
-{
-    const bool answered = static_cast<int>(cookie.sequence - m_answeredThrough) <= 0;
-    if (answered)
-        return;
-    ++m_roundTrips;
-    // Everything sent so far is answered by the time the last reply of the batch is taken.
-    m_answeredThrough = xcb_no_operation(m_connection).sequence;
-}
-
 bool Connection::setUp(int screenNumber)
 {
     auto screens = xcb_setup_roots_iterator(xcb_get_setup(m_connection));
@@ -178,7 +167,6 @@ bool Connection::setUp(int screenNumber)
     // A request of an extension that the server lacks would end the connection.
     xcb_prefetch_extension_data(m_connection, &xcb_res_id);
     xcb_prefetch_extension_data(m_connection, &xcb_randr_id);
-    countWait(cookies.back());
     for (std::size_t i = 0; i < cookies.size(); ++i) {
         const auto reply = owned(xcb_intern_atom_reply(m_connection, cookies[i], nullptr));
         if (!reply)
@@ -197,13 +185,11 @@ bool Connection::setUp(int screenNumber)
     if (randr->present)
         randrVersion = xcb_randr_query_version(m_connection, 1, 5);
     if (resources->present) {
-        countWait(resourcesVersion);
         const auto reply
             = owned(xcb_res_query_version_reply(m_connection, resourcesVersion, nullptr));
         m_hasResources = reply && isAtLeast(reply->server_major, reply->server_minor, 1, 2);
     }
     if (randr->present) {
-        countWait(randrVersion);
         const auto reply
             = owned(xcb_randr_query_version_reply(m_connection, randrVersion, nullptr));
         m_hasMonitors = reply && isAtLeast(reply->major_version, reply->minor_version, 1, 5);
@@ -227,7 +213,6 @@ bool Connection::setUp(int screenNumber)
 void Connection::synchronize()
 {
     const auto cookie = xcb_get_input_focus(m_connection);
-    countWait(cookie);
     owned(xcb_get_input_focus_reply(m_connection, cookie, nullptr));
     m_hasRequests = false;
 }
@@ -240,8 +225,6 @@ std::vector<Property> Connection::readProperties(std::span<const PropertyRequest
         cookies.push_back(xcb_get_property(m_connection, 0, request.window, request.atom,
                                            XCB_GET_PROPERTY_TYPE_ANY, 0, request.maximumLength));
     }
-    if (!cookies.empty())
-        countWait(cookies.back());
     std::vector<Property> properties;
     properties.reserve(cookies.size());
     for (const auto cookie : cookies) {
@@ -273,8 +256,6 @@ std::vector<WindowFacts> Connection::readFacts(std::span<const Window> windows)
         }
         cookies.push_back(asked);
     }
-    if (!cookies.empty())
-        countWait(cookies.back().position);
     std::vector<WindowFacts> facts;
     facts.reserve(cookies.size());
     for (const Cookies &asked : cookies) {
@@ -306,7 +287,6 @@ std::vector<Monitor> Connection::readMonitors()
     std::vector<Monitor> monitors;
     if (m_hasMonitors) {
         const auto cookie = xcb_randr_get_monitors(m_connection, m_root, 1);
-        countWait(cookie);
         const auto reply = owned(xcb_randr_get_monitors_reply(m_connection, cookie, nullptr));
         std::vector<xcb_get_atom_name_cookie_t> names;
         if (reply) {
@@ -321,8 +301,6 @@ std::vector<Monitor> Connection::readMonitors()
                 names.push_back(xcb_get_atom_name(m_connection, info->name));
             }
         }
-        if (!names.empty())
-            countWait(names.back());
         for (std::size_t i = 0; i < names.size(); ++i) {
             const auto name = owned(xcb_get_atom_name_reply(m_connection, names[i], nullptr));
             if (name) {
@@ -386,7 +364,6 @@ Keyboard Connection::readKeyboard()
     const auto count = static_cast<std::uint8_t>(setup->max_keycode - setup->min_keycode + 1);
     const auto keysymsCookie = xcb_get_keyboard_mapping(m_connection, setup->min_keycode, count);
     const auto modifiersCookie = xcb_get_modifier_mapping(m_connection);
-    countWait(modifiersCookie);
     const auto keysyms
         = owned(xcb_get_keyboard_mapping_reply(m_connection, keysymsCookie, nullptr));
     const auto modifiers
@@ -408,8 +385,6 @@ KeyGrab Connection::grabKey(std::uint8_t keycode, std::span<const std::uint16_t>
         cookies.push_back(xcb_grab_key_checked(m_connection, 0, m_root, state, keycode,
                                                XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
     }
-    if (!cookies.empty())
-        countWait(cookies.back());
     KeyGrab result = KeyGrab::Granted;
     for (const auto cookie : cookies) {
         if (const auto error = owned(xcb_request_check(m_connection, cookie)))
@@ -474,7 +449,6 @@ std::uint32_t Connection::serverTime()
 std::optional<QPointF> Connection::cursorPosition()
 {
     const auto cookie = xcb_query_pointer(m_connection, m_root);
-    countWait(cookie);
     const auto reply = owned(xcb_query_pointer_reply(m_connection, cookie, nullptr));
     if (!reply)
         return std::nullopt;

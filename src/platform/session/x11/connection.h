@@ -137,9 +137,6 @@ public:
     Window root() const { return m_root; }
     Atom atom(Name name) const { return m_atoms[static_cast<std::size_t>(name)]; }
 
-    // How often a call has waited for the server's answer so far.
-    std::uint64_t roundTrips() const { return m_roundTrips; }
-
     // Waits until the server has handled everything sent; every event that happened before is
     // then in the queue.
     void synchronize();
@@ -184,8 +181,6 @@ private:
     explicit Connection(xcb_connection_t *connection);
 
     bool setUp(int screen);
-    template <typename Cookie>
-    void countWait(Cookie cookie);
 
     xcb_connection_t *m_connection;
     Window m_root = 0;
@@ -196,8 +191,6 @@ private:
     std::uint8_t m_randrEvents = 0;
     std::array<Atom, static_cast<std::size_t>(Name::Count)> m_atoms{};
     bool m_hasRequests = false; // that the server has perhaps not read
-    std::uint64_t m_roundTrips = 0;
-    unsigned m_answeredThrough = 0;
     std::vector<Event> m_pending;
     std::vector<KeyEvent> m_keyEvents;
     std::unique_ptr<QSocketNotifier> m_notifier;

@@ -372,6 +372,4 @@ QByteArray X11Session::managerSocket()
     return m_connection->readProperties(requests).front().bytes;
 }
 
-std::uint64_t X11Session::roundTrips() const { return m_connection->roundTrips(); }
-
 } // namespace tovel::x11

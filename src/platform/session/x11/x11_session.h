@@ -53,9 +53,6 @@ public:
     // Where i3 listens to other programs; empty where no i3 tells.
     QByteArray managerSocket();
 
-    // How often a call has waited for the server's answer so far.
-    std::uint64_t roundTrips() const;
-
 private:
     explicit X11Session(std::unique_ptr<Connection> connection);
 
