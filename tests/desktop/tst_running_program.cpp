@@ -213,7 +213,9 @@ private Q_SLOTS:
             return outcome.err.count(u'\n') == 1 && outcome.status == 1 ? outcome.out : u"!"_s;
         };
         QCOMPARE(alone(u"rename 3 Sea"_s), QString());
-        QVERIFY(alone(u"status"_s).contains(u"Flock\n  unknown\n"));
+        const QString told = alone(u"status"_s);
+        QVERIFY(told.contains(u"After a move:      unknown\n"));
+        QVERIFY(told.contains(u"Flock\n  unknown\n"));
         QVERIFY(alone(u"status --json"_s).contains(u"\"choicesKnown\": false"));
     }
 

@@ -92,6 +92,13 @@ QString windowRows(const StatusContent &status)
     return table(rows);
 }
 
+QString followText(const StatusContent &status)
+{
+    if (!status.choicesKnown)
+        return unknownText;
+    return status.follow ? u"  follow to the desktop\n"_s : u"  stay here\n"_s;
+}
+
 QString accessText(bool trusted, bool available)
 {
     return u"Access to windows: "_s + (trusted ? u"allowed\n"_s : u"not allowed\n"_s)
@@ -115,8 +122,8 @@ QString contentText(const Request &, const StatusContent &status)
         result += printable(limit) + u'\n';
     if (!status.session.isEmpty())
         result += u"Session:           "_s + printable(status.session) + u'\n';
-    result += accessText(status.trusted, status.available) + u"After a move:      "_s
-        + (status.follow ? u"follow to the desktop\n"_s : u"stay here\n"_s);
+    result += accessText(status.trusted, status.available) + u"After a move:    "_s
+        + followText(status);
     if (status.desktops.isEmpty())
         result += noDesktops;
     for (const DisplayInfo &display : status.displays) {
