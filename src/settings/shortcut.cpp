@@ -34,7 +34,7 @@ constexpr std::pair<std::uint32_t, const char16_t *> KeyNames[] = {
     {126, u"↑"},   {115, u"Home"}, {119, u"End"},  {116, u"Page Up"}, {121, u"Page Down"},
     {122, u"F1"},  {120, u"F2"},   {99, u"F3"},    {118, u"F4"},      {96, u"F5"},
     {97, u"F6"},   {98, u"F7"},    {100, u"F8"},   {101, u"F9"},      {109, u"F10"},
-    {103, u"F11"}, {111, u"F12"},
+    {103, u"F11"}, {111, u"F12"},  {110, u"Menu"}, {114, u"Insert"},
 };
 
 QString keyName(const KeyDownEvent &event)

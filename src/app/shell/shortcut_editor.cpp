@@ -23,6 +23,9 @@ constexpr int margin = 20;
 constexpr int spacing = 14;
 constexpr std::uint32_t escapeKey = 53;
 
+const QString instruction
+    = QStringLiteral("Click the field, then press your shortcut to show or hide Tovel.");
+
 } // namespace
 
 ShortcutEditor::ShortcutEditor(const TovelShortcut &current, Registration tryToRegister,
@@ -30,8 +33,7 @@ ShortcutEditor::ShortcutEditor(const TovelShortcut &current, Registration tryToR
     : QDialog(parent)
     , m_candidate(current)
     , m_tryToRegister(std::move(tryToRegister))
-    , m_informativeText(
-          new QLabel(u"Click the field, then press your shortcut to show or hide Tovel."_s))
+    , m_informativeText(new QLabel(instruction))
     , m_record(new ShortcutRecordButton)
 {
     const QString title = u"Keyboard Shortcut"_s;
@@ -55,7 +57,10 @@ ShortcutEditor::ShortcutEditor(const TovelShortcut &current, Registration tryToR
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 
     m_record->stopRecording(m_candidate.label());
-    m_record->onStart([this] { m_save->setEnabled(false); });
+    m_record->onStart([this] {
+        m_save->setEnabled(false);
+        m_informativeText->setText(instruction);
+    });
 
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(margin, margin, margin, margin);
