@@ -4,8 +4,8 @@
 #include "platform/linux/linux_desktop.h"
 #include "platform/session/i3/i3_session.h"
 #include "platform/session/i3/ipc_connection.h"
-#include "platform/session/kwin/connection.h"
 #include "platform/session/kwin/kwin_session.h"
+#include "platform/session/wayland/wayland_socket.h"
 #include "platform/session/x11/x11_session.h"
 #include "platform/simulated/demo_world.h"
 #include "platform/simulated/simulated_desktop.h"
@@ -241,14 +241,6 @@ const Driver *driverNamed(QByteArrayView name)
     return found == std::end(Drivers) ? nullptr : found;
 }
 
-bool isWaylandThere()
-{
-    const auto ignore = [](const auto &) {};
-    const auto connection = kwin::Connection::open(qgetenv("WAYLAND_DISPLAY"),
-                                                   {.appeared = ignore, .vanished = ignore});
-    return connection && connection->settle(2s);
-}
-
 } // namespace
 
 std::unique_ptr<PlatformChoice> choosePlatform(Stay stay)
@@ -274,7 +266,7 @@ std::unique_ptr<PlatformChoice> choosePlatform(Stay stay)
 QByteArray toolkitPlugins()
 {
     // The toolkit would wait for a silent compositor for ever.
-    if (!isWaylandThere())
+    if (!isCompositorAnswering(qgetenv("WAYLAND_DISPLAY"), 2s))
         return "xcb";
     const QByteArray wanted = qgetenv(Variable);
     bool isNative = wanted == "kwin" || wanted == "sway";

@@ -1,17 +1,15 @@
 #include "platform/session/kwin/connection.h"
 
+#include "platform/session/wayland/wayland_socket.h"
+
 #include <QDeadlineTimer>
 #include <QSocketNotifier>
 
 #include <wayland-client.h>
 
 #include <cerrno>
-#include <cstring>
 
 #include <poll.h>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
 
 namespace tovel::kwin {
 
@@ -41,37 +39,11 @@ void tellDone(void *data, wl_callback *, std::uint32_t)
 
 constexpr wl_callback_listener SyncListener{tellDone};
 
-bool isOwn(int socket)
-{
-    ucred peer{};
-    socklen_t size = sizeof(peer);
-    return getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 && peer.uid == getuid();
-}
-
-// -1 for none. Connecting fails rather than waits when too many others are waiting already.
-int connectTo(const QByteArray &name)
-{
-    const QByteArray path = name.startsWith('/') ? name : qgetenv("XDG_RUNTIME_DIR") + '/' + name;
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    if (name.isEmpty() || static_cast<std::size_t>(path.size()) >= sizeof(address.sun_path))
-        return -1;
-    std::memcpy(address.sun_path, path.constData(), static_cast<std::size_t>(path.size()));
-    const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    if (socket < 0)
-        return -1;
-    const auto *generic = reinterpret_cast<const sockaddr *>(&address);
-    if (connect(socket, generic, sizeof(address)) == 0 && isOwn(socket))
-        return socket;
-    close(socket);
-    return -1;
-}
-
 } // namespace
 
 std::unique_ptr<Connection> Connection::open(const QByteArray &name, Handlers handlers)
 {
-    const int socket = connectTo(name);
+    const int socket = connectToCompositor(name);
     if (socket < 0)
         return nullptr;
     wl_display *display = wl_display_connect_to_fd(socket);
