@@ -37,4 +37,5 @@ if(FORM STREQUAL "old")
     file(COPY ${CMAKE_CURRENT_LIST_DIR}/old/extension.js DESTINATION ${INTO})
 endif()
 configure_file(${METADATA} ${INTO}/metadata.json COPYONLY)
-file(COPY ${CMAKE_CURRENT_LIST_DIR}/org.tovel.Shell1.xml DESTINATION ${INTO})
+file(COPY ${CMAKE_CURRENT_LIST_DIR}/org.tovel.Shell1.xml
+    ${CMAKE_CURRENT_LIST_DIR}/extension/tovel-symbolic.svg DESTINATION ${INTO})

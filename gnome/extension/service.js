@@ -3,11 +3,7 @@ import GLib from 'gi://GLib';
 
 import * as Config from 'resource:///org/gnome/shell/misc/config.js';
 
-import {Callers} from './callers.js';
 import {Failure} from './failure.js';
-import {Grabs} from './grabs.js';
-import {Hints} from './hints.js';
-import {Session} from './session.js';
 
 const name = 'org.tovel.Shell1';
 const path = '/org/tovel/Shell1';
@@ -15,16 +11,14 @@ const version = 1;
 
 // org.tovel.Shell1 on the session's bus.
 export class Service {
-    // The interface as introspection data, and the programs that may use it.
-    constructor(bus, xml, programs) {
+    // The interface as introspection data, and whom and what it leads to.
+    constructor(bus, description, callers, session, grabs) {
         this._bus = bus;
-        this._hints = new Hints(() => this._emit(null, 'Changed', null));
-        this._session = new Session(() => this._hints.give());
-        this._grabs = new Grabs((client, ...key) =>
-            this._emit(client, 'KeyPressed', new GLib.Variant('(uu)', key)));
-        this._callers = new Callers(bus, programs, client => this._grabs.giveAll(client));
-        this._information = Gio.DBusNodeInfo.new_for_xml(xml).lookup_interface(name);
-        this._object = Gio.DBusExportedObject.wrapJSObject(this._information, this._methods());
+        this._callers = callers;
+        this._session = session;
+        this._grabs = grabs;
+        const information = Gio.DBusNodeInfo.new_for_xml(description).lookup_interface(name);
+        this._object = Gio.DBusExportedObject.wrapJSObject(information, this._methods());
         this._object.export(bus, path);
         this._owned = Gio.bus_own_name_on_connection(bus, name, Gio.BusNameOwnerFlags.NONE, null, null);
     }
@@ -32,10 +26,15 @@ export class Service {
     destroy() {
         Gio.bus_unown_name(this._owned);
         this._object.unexport();
-        this._callers.destroy();
-        this._grabs.destroy();
-        this._session.destroy();
-        this._hints.destroy();
+    }
+
+    tellChange() {
+        this._bus.emit_signal(null, path, name, 'Changed', null);
+    }
+
+    tellKey(client, position, modifiers) {
+        this._bus.emit_signal(client, path, name, 'KeyPressed',
+            new GLib.Variant('(uu)', [position, modifiers]));
     }
 
     // What each method does with the caller and the arguments.
@@ -87,9 +86,5 @@ export class Service {
             invocation.return_dbus_error(error.error ?? 'org.freedesktop.DBus.Error.Failed',
                 error.message);
         }
-    }
-
-    _emit(client, signal, values) {
-        this._bus.emit_signal(client, path, name, signal, values);
     }
 }
