@@ -2,6 +2,7 @@
 
 #include "app/session_bus.h"
 #include "platform/linux/linux_desktop.h"
+#include "platform/session/gnome/gnome_session.h"
 #include "platform/session/i3/i3_session.h"
 #include "platform/session/i3/ipc_connection.h"
 #include "platform/session/kwin/kwin_session.h"
@@ -27,7 +28,7 @@ constexpr char Variable[] = "TOVEL_DESKTOP";
 
 // Those that there is a driver for.
 constexpr QStringView Sessions
-    = u"a Wayland session of KWin or sway, on i3, or in an X11 session whose window manager "
+    = u"a Wayland session of GNOME, KWin or sway, on i3, or in an X11 session whose window manager "
       "follows the Extended Window Manager Hints";
 
 // How long a process waits for others that store choices: a window must not hang, while a run
@@ -60,6 +61,7 @@ public:
             return {};
         return (limits() + QStringList{u"Tovel then goes on by itself."_s}).join(u' ');
     }
+    void requestAccess() override { m_desktop.requestAccess(); }
     void setSettingsOpener(std::function<void()> opener) override
     {
         m_desktop.setSettingsOpener(std::move(opener));
@@ -108,6 +110,7 @@ public:
         return {u"This is a simulated desktop: nothing here is real."_s};
     }
     QString accessAdvice() override { return {}; }
+    void requestAccess() override { }
     void setSettingsOpener(std::function<void()>) override { }
     void setVisibleWindowTest(std::function<bool()> test) override
     {
@@ -202,6 +205,14 @@ Search findKWin(Server &, Stay)
     return {std::move(session)};
 }
 
+Search findGnome(Server &, Stay)
+{
+    if (qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
+        return {nullptr, u"WAYLAND_DISPLAY is not set"_s};
+    auto session = gnome::GnomeSession::open(sessionBus());
+    return {std::move(session), u"no GNOME Shell is on the session’s bus"_s};
+}
+
 // A kind of session. One that is asked for by name may lack its manager as yet.
 struct Driver
 {
@@ -212,6 +223,7 @@ struct Driver
 
 // Those whose sessions have an X server for their X11 programs come before X11 itself.
 constexpr Driver Drivers[] = {{"sway", "SWAYSOCK", findSway},
+                              {"gnome", "WAYLAND_DISPLAY", findGnome},
                               {"kwin", "WAYLAND_DISPLAY", findKWin},
                               {"i3", "DISPLAY", findI3},
                               {"x11", "DISPLAY", findX11}};
@@ -269,10 +281,11 @@ QByteArray toolkitPlugins()
     if (!isCompositorAnswering(qgetenv("WAYLAND_DISPLAY"), 2s))
         return "xcb";
     const QByteArray wanted = qgetenv(Variable);
-    bool isNative = wanted == "kwin" || wanted == "sway";
+    bool isNative = wanted == "gnome" || wanted == "kwin" || wanted == "sway";
     if (!driverNamed(wanted)) {
         const auto desktops = qgetenv("XDG_CURRENT_DESKTOP").split(':');
-        isNative = desktops.contains("KDE") || !qEnvironmentVariableIsEmpty("SWAYSOCK");
+        isNative = desktops.contains("GNOME") || desktops.contains("KDE")
+            || !qEnvironmentVariableIsEmpty("SWAYSOCK");
     }
     return isNative ? "wayland;xcb" : "xcb;wayland";
 }

@@ -32,6 +32,10 @@ public:
     // empty when it lets them.
     virtual QString accessAdvice() = 0;
 
+    // Does what can be done at once for the session to let windows be moved, because its user asks
+    // for it. What is left to do is the advice.
+    virtual void requestAccess() = 0;
+
     // Does Workspace::openAccessibilitySettings, where the session has no settings of its own.
     virtual void setSettingsOpener(std::function<void()> opener) = 0;
 

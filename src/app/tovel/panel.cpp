@@ -124,7 +124,10 @@ int runPanel(int &argc, char **argv, AppDelegate::Launch launch, QTextStream &er
     delegate.setAccessAdvice([&choice] { return choice->accessAdvice(); });
     delegate.applicationDidFinishLaunching(launch);
     // From now on, when the user asks; the launch's own request is answered by the panel.
-    choice->setSettingsOpener([&choice, &delegate] { delegate.tellAccess(accessText(*choice)); });
+    choice->setSettingsOpener([&choice, &delegate] {
+        choice->requestAccess();
+        delegate.tellAccess(accessText(*choice));
+    });
     presence.application().serve(
         {.show = [&delegate] { delegate.show(); }, .toggle = [&delegate] { delegate.toggle(); }});
     presence.commands().serve(delegate.model(), [&choice] {

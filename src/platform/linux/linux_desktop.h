@@ -52,6 +52,13 @@ public:
     // What a user of this session has to know that it cannot do; a sentence each.
     QStringList limits() const;
 
+    // Does what can be done at once for the session to be controllable.
+    void requestAccess()
+    {
+        if (m_session)
+            m_session->requestAccess();
+    }
+
     // Does Workspace::openAccessibilitySettings; nothing without one.
     void setSettingsOpener(std::function<void()> opener)
     {

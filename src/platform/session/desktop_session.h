@@ -104,6 +104,10 @@ public:
     // cannot be controlled; a sentence each.
     virtual QStringList limits() = 0;
 
+    // For a session that cannot be controlled: does what can be done at once about that, because
+    // the user asked for it. What is left to do is among the limits afterwards.
+    virtual void requestAccess() { }
+
     // Called on the main thread from the event loop after the shown workspace of any output
     // changed.
     virtual void setShownWorkspaceHandler(std::function<void()> handler) = 0;
