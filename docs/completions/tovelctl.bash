@@ -24,7 +24,7 @@ _tovelctl()
     # The indented JSON has one value a line.
     case $command in
         '')
-            mapfile -t COMPREPLY < <(compgen -W 'status apps flock rename move' -- "$current")
+            mapfile -t COMPREPLY < <(compgen -W 'status access apps flock rename move' -- "$current")
             ;;
         flock)
             local candidates='add remove'

@@ -7,10 +7,11 @@ function __tovelctl_desktops
     tovelctl status --json 2>/dev/null | sed -nE 's/.*"number": ([0-9]+).*/\1/p'
 end
 
-set -l commands status apps flock rename move
+set -l commands status access apps flock rename move
 set -l chosen "__fish_seen_subcommand_from $commands"
 complete -c tovelctl -f
 complete -c tovelctl -n "not $chosen" -a status -d 'Access, desktops, the flock and its windows'
+complete -c tovelctl -n "not $chosen" -a access -d 'Allow Tovel to see and move windows'
 complete -c tovelctl -n "not $chosen" -a apps -d 'The applications that can join the flock'
 complete -c tovelctl -n "not $chosen" -a flock -d 'Add or remove applications'
 complete -c tovelctl -n "not $chosen" -a rename -d 'Give a desktop a name'

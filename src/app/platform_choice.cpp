@@ -255,6 +255,16 @@ const Driver *driverNamed(QByteArrayView name)
 
 } // namespace
 
+AccessText accessText(PlatformChoice &choice)
+{
+    const QString advice = choice.accessAdvice();
+    if (!advice.isEmpty())
+        return {false, advice};
+    const QString granted
+        = u"This session lets Tovel move windows; there is nothing more to allow."_s;
+    return {true, (QStringList{granted} + choice.limits()).join(u' ')};
+}
+
 std::unique_ptr<PlatformChoice> choosePlatform(Stay stay)
 {
     const QByteArray wanted = qgetenv(Variable);

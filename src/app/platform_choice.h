@@ -43,6 +43,15 @@ public:
     virtual void setVisibleWindowTest(std::function<bool()> test) = 0;
 };
 
+struct AccessText
+{
+    bool isGranted = false;
+    QString text;
+};
+
+// Whether the session lets windows be moved, and what its user has to know about that.
+AccessText accessText(PlatformChoice &choice);
+
 // For how long a platform is picked: a program that stays may be there before the window manager.
 enum class Stay { OneRun, Session };
 

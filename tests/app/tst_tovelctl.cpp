@@ -65,6 +65,7 @@ private Q_SLOTS:
             return parsed.error.isEmpty() && parsed.arguments == expected;
         };
         QVERIFY(understood(u"move --help"_s, {.purpose = Arguments::Purpose::Help}));
+        QVERIFY(understood(u"access"_s, {.purpose = Arguments::Purpose::Access}));
         QVERIFY(understood(u"flock add a b"_s, {.request = FlockRequest{true, {u"a"_s, u"b"_s}}}));
         QVERIFY(understood(u"rename 2 "_s, {.request = RenameRequest{u"2"_s, u""_s}}));
         QVERIFY(
@@ -80,6 +81,8 @@ private Q_SLOTS:
         QCOMPARE(error(u"flock add"_s), u"“flock add” needs an application"_s);
         QCOMPARE(error(u"move 3 4"_s), u"“4” was not expected"_s);
         QCOMPARE(error(u"move --new "_s), u"no desktop has an empty name"_s);
+        QCOMPARE(error(u"access --json"_s), u"--json does not go with “access”"_s);
+        QCOMPARE(error(u"access now"_s), u"“now” was not expected"_s);
         QCOMPARE(error(u"apps --new"_s), u"--new goes with “move”"_s);
         QCOMPARE(error(u"move 3 --follow --no-follow"_s),
                  u"--follow and --no-follow exclude each other"_s);

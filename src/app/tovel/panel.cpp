@@ -44,14 +44,6 @@ Claim claimOrJoin(BusPresence &presence, AppDelegate::Launch launch)
     return claim == Claim::Taken ? Claim::Unanswered : claim;
 }
 
-QString accessText(PlatformChoice &choice)
-{
-    const QString advice = choice.accessAdvice();
-    const QString granted
-        = u"This session lets Tovel move windows; there is nothing more to allow."_s;
-    return advice.isEmpty() ? (QStringList{granted} + choice.limits()).join(u' ') : advice;
-}
-
 } // namespace
 
 void prepareDisplay(const QByteArray &plugins)
@@ -126,7 +118,7 @@ int runPanel(int &argc, char **argv, AppDelegate::Launch launch, QTextStream &er
     // From now on, when the user asks; the launch's own request is answered by the panel.
     choice->setSettingsOpener([&choice, &delegate] {
         choice->requestAccess();
-        delegate.tellAccess(accessText(*choice));
+        delegate.tellAccess(accessText(*choice).text);
     });
     presence.application().serve(
         {.show = [&delegate] { delegate.show(); }, .toggle = [&delegate] { delegate.toggle(); }});

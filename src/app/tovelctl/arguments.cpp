@@ -69,7 +69,11 @@ ParsedArguments parseArguments(const QStringList &line)
         return failure(u"no command was given"_s);
     const QString command = words.takeFirst();
 
-    if (command == "status"_L1) {
+    if (command == "access"_L1) {
+        arguments.purpose = Arguments::Purpose::Access;
+        if (split.json)
+            return failure(u"--json does not go with “access”"_s);
+    } else if (command == "status"_L1) {
         request = StatusRequest();
     } else if (command == "apps"_L1) {
         request = AppsRequest();
@@ -112,6 +116,8 @@ Gathers the windows of your flock, the applications you chose, on one desktop.
 
 Commands:
   status                   access, desktops, the flock and its windows
+  access                   allow Tovel to see and move windows, where that has
+                           to be allowed and can be at once
   apps                     the applications that can join the flock
   flock add APP…           add applications, by bundle identifier or name
   flock remove APP…        remove applications

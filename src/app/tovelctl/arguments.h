@@ -10,7 +10,7 @@ namespace tovel {
 // What a command line asks for.
 struct Arguments
 {
-    enum class Purpose { Help, Version, Command };
+    enum class Purpose { Help, Version, Access, Command };
 
     Purpose purpose = Purpose::Command;
     Request request{}; // when that is its purpose

@@ -124,6 +124,21 @@ int tell(const Arguments &arguments, const Answer &answer, int interrupted)
     return answer.status == AnswerStatus::Done ? outputStatus : static_cast<int>(answer.status);
 }
 
+int allowAccess()
+{
+    const auto choice = choosePlatform();
+    if (!choice) {
+        complain(unknownPlatformText());
+        return UsageError;
+    }
+    choice->requestAccess();
+    const AccessText access = accessText(*choice);
+    if (access.isGranted)
+        return print(access.text + u'\n');
+    complain(access.text);
+    return static_cast<int>(AnswerStatus::NothingTried);
+}
+
 int run(const Arguments &arguments)
 {
     int interrupted = 0;
@@ -160,6 +175,8 @@ int main(int argc, char *argv[])
         return print(helpText());
     case Arguments::Purpose::Version:
         return print(u"tovelctl %1\n"_s.arg(QCoreApplication::applicationVersion()));
+    case Arguments::Purpose::Access:
+        return allowAccess();
     case Arguments::Purpose::Command:
         break;
     }
