@@ -3,6 +3,7 @@
 #include "support/panel_user.h"
 
 #include <QDBusArgument>
+#include <QDBusConnection>
 #include <QRegularExpression>
 #include <QTest>
 
@@ -198,6 +199,12 @@ private Q_SLOTS:
         QVERIFY(!images.atEnd());
         QCOMPARE(item[u"ToolTip"_s].value<QDBusArgument>().currentSignature(), u"(sa(iiay)ss)"_s);
         m_busTray.reset();
+        QVERIFY(hasIcon());
+        // As GNOME Shell's extension does, which shows the icon itself.
+        QDBusConnection shell = QDBusConnection::connectToBus(bus(), u"shell"_s);
+        QVERIFY(shell.registerService(u"org.tovel.Shell1"_s));
+        QVERIFY(eventually([this] { return !iconPlace(); }));
+        QVERIFY(shell.unregisterService(u"org.tovel.Shell1"_s));
         QVERIFY(hasIcon());
     }
 

@@ -1,6 +1,7 @@
 #include "app/tray/status_item.h"
 
 #include "app/tray/bus_menu.h"
+#include "app/tray/shell_indicator.h"
 #include "app/tray/status_image.h"
 #include "app/tray/status_notifier_item.h"
 #include "app/tray/status_notifier_registration.h"
@@ -52,6 +53,8 @@ StatusItem::StatusItem(Actions actions, const QDBusConnection &bus, QObject *par
     m_registration = std::make_unique<StatusNotifierRegistration>(bus, m_item->service());
     connect(m_registration.get(), &StatusNotifierRegistration::stateChanged, this,
             &StatusItem::choose);
+    m_shellIndicator = std::make_unique<ShellIndicator>(bus);
+    connect(m_shellIndicator.get(), &ShellIndicator::changed, this, &StatusItem::choose);
 }
 
 StatusItem::~StatusItem() { delete m_menu; }
@@ -73,19 +76,28 @@ void StatusItem::noteMenuChange()
 
 bool StatusItem::isShown() const
 {
-    if (m_registration && m_registration->state() == StatusNotifierRegistration::State::Registered)
-        return true;
-    return m_trayIcon && m_trayIcon->isVisible() && QSystemTrayIcon::isSystemTrayAvailable();
+    return isOnBus()
+        || (m_trayIcon && m_trayIcon->isVisible() && QSystemTrayIcon::isSystemTrayAvailable());
+}
+
+bool StatusItem::isOnBus() const
+{
+    using enum StatusNotifierRegistration::State;
+    if (!m_registration)
+        return false;
+    const StatusNotifierRegistration::State state = m_registration->state();
+    return state == Registered || (state == NoTray && m_shellIndicator->isThere());
 }
 
 void StatusItem::choose()
 {
     using enum StatusNotifierRegistration::State;
-    const StatusNotifierRegistration::State state = m_registration->state();
-    if (state == NoTray && !m_trayIcon && !isOnWayland()) // which has no trays but those of the bus
-        makeTrayIcon();
+    const bool needsIcon = !isOnBus();
     if (m_trayIcon)
-        m_trayIcon->setVisible(state != Registered && !m_trayIcon->icon().isNull());
+        m_trayIcon->setVisible(needsIcon && !m_trayIcon->icon().isNull());
+    else if (needsIcon && m_registration->state() == NoTray
+             && !isOnWayland()) // which has no trays but those of the bus
+        makeTrayIcon();
 }
 
 // Qt decides at the first of its icons, by what the bus answers then, for which kind of tray all of

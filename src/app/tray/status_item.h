@@ -14,6 +14,7 @@ class QSystemTrayIcon;
 namespace tovel {
 
 class BusMenu;
+class ShellIndicator;
 class StatusNotifierItem;
 class StatusNotifierRegistration;
 
@@ -22,7 +23,8 @@ class StatusNotifierRegistration;
 // the menu themselves at a right click.
 //
 // There is one icon, whichever trays come and go: a StatusNotifierItem while a tray takes it, else
-// an icon in the X session's tray (freedesktop.org System Tray Protocol).
+// what GNOME Shell's extension shows for it, else an icon in the X session's tray (freedesktop.org
+// System Tray Protocol).
 class StatusItem final : public QObject
 {
     Q_OBJECT
@@ -49,6 +51,8 @@ public:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    // Whether a tray on the bus has the icon, or GNOME Shell's extension.
+    bool isOnBus() const;
     void choose();
     void makeTrayIcon();
     void updateImages();
@@ -60,6 +64,7 @@ private:
     std::unique_ptr<StatusNotifierItem> m_item; // none without a bus
     std::unique_ptr<BusMenu> m_busMenu; // the same
     std::unique_ptr<StatusNotifierRegistration> m_registration; // the same
+    std::unique_ptr<ShellIndicator> m_shellIndicator; // the same
     std::unique_ptr<QSystemTrayIcon> m_trayIcon; // none before there was need of it
     QPointer<QMenu> m_menu; // while it is open
 };
