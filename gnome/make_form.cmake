@@ -1,5 +1,6 @@
 # Lays out the extension in one of its forms, as gnome-extensions does:
-#   cmake -DFORM=modules|old -DINTO=FOLDER -DMETADATA=FILE -P make_form.cmake
+#   cmake -DFORM=modules|old -DINTO=FOLDER -DMETADATA=FILE -DPROGRAMS=FILE \
+#       -P make_form.cmake
 # The sources are ES modules. The old form, for GNOME Shell 43 and 44, has the same code behind other
 # imports and exports, and an entry point of its own.
 function(to_old_style text result)
@@ -37,5 +38,6 @@ if(FORM STREQUAL "old")
     file(COPY ${CMAKE_CURRENT_LIST_DIR}/old/extension.js DESTINATION ${INTO})
 endif()
 configure_file(${METADATA} ${INTO}/metadata.json COPYONLY)
+configure_file(${PROGRAMS} ${INTO}/programs COPYONLY)
 file(COPY ${CMAKE_CURRENT_LIST_DIR}/org.tovel.Shell1.xml
     ${CMAKE_CURRENT_LIST_DIR}/extension/tovel-symbolic.svg DESTINATION ${INTO})
