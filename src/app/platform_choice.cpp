@@ -66,10 +66,6 @@ public:
     {
         m_desktop.setSettingsOpener(std::move(opener));
     }
-    void setVisibleWindowTest(std::function<bool()> test) override
-    {
-        m_desktop.setVisibleWindowTest(std::move(test));
-    }
 
 private:
     LinuxDesktop m_desktop;
@@ -112,10 +108,6 @@ public:
     QString accessAdvice() override { return {}; }
     void requestAccess() override { }
     void setSettingsOpener(std::function<void()>) override { }
-    void setVisibleWindowTest(std::function<bool()> test) override
-    {
-        m_desktop.world().visibleWindow = std::move(test);
-    }
 
 private:
     BoottimeClock m_clock;

@@ -38,9 +38,6 @@ public:
 
     // Does Workspace::openAccessibilitySettings, where the session has no settings of its own.
     virtual void setSettingsOpener(std::function<void()> opener) = 0;
-
-    // Answers Application::hasVisibleWindow.
-    virtual void setVisibleWindowTest(std::function<bool()> test) = 0;
 };
 
 struct AccessText

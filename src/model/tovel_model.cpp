@@ -23,7 +23,8 @@ TovelModel::TovelModel(Platform &platform, QObject *parent)
     m_spaceChanges
         = platform.workspace().observeActiveSpaceDidChange([this] { ++m_spaceChangeSerial; });
     refresh();
-    m_timer = platform.clock().startTimer(refreshInterval, true, [this] { tick(); });
+    m_visibility = platform.application().observeVisibleWindow([this] { stayFresh(); });
+    stayFresh();
 }
 
 TovelModel::~TovelModel() = default;
@@ -45,10 +46,15 @@ void TovelModel::showChoices()
         m_onPinChanged(m_pinned);
 }
 
-void TovelModel::tick()
+void TovelModel::stayFresh()
 {
-    if (!m_busy && m_platform.application().hasVisibleWindow())
-        refresh();
+    m_timer.reset();
+    if (m_platform.application().hasVisibleWindow()) {
+        m_timer = m_platform.clock().startTimer(refreshInterval, true, [this] {
+            if (!m_busy)
+                refresh();
+        });
+    }
 }
 
 DefaultsOutcome TovelModel::setFollow(bool follow)

@@ -192,7 +192,7 @@ private:
     // Publishes the choices, and calls back for those that are others now.
     void showChoices();
     void preselect(const QList<RunningApp> &running);
-    void tick();
+    void stayFresh();
 
     QList<RunningApp> runningApps() const;
     QList<RunningApp> rememberedApps(const QList<RunningApp> &running) const;
@@ -246,6 +246,7 @@ private:
     std::int64_t m_spaceChangeSerial = 0;
     MigrationRecord m_latestMigration;
     Subscription m_spaceChanges;
+    Subscription m_visibility;
     std::unique_ptr<Timer> m_timer;
 };
 

@@ -9,6 +9,7 @@
 #include "app/tray/bus_menu_item.h"
 #include "model/model_world.h"
 #include "model/texts.h"
+#include "platform/application.h"
 #include "settings/fake_updater.h"
 #include "views/status_values.h"
 
@@ -201,9 +202,12 @@ private Q_SLOTS:
         question.reject();
         QTest::keyClick(program.openMenu(), Qt::Key_H, Qt::ControlModifier);
         QVERIFY(!delegate.isPanelVisible() && !about.isVisible() && !menu->isVisible());
+        const Application &application = program.world.desktop.platform().application();
+        QVERIFY(!application.hasVisibleWindow());
         program.world.desktop.clock().advance(1);
         delegate.show();
         QVERIFY(delegate.isPanelVisible() && about.isVisible());
+        QVERIFY(application.hasVisibleWindow());
         QTest::keyClick(&about, Qt::Key_Escape);
         QVERIFY(!about.isVisible());
         delegate.hide();

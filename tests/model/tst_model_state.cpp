@@ -1,6 +1,7 @@
 #include "model_world.h"
 
 #include "model/texts.h"
+#include "platform/application.h"
 
 #include <QTest>
 
@@ -86,7 +87,9 @@ private Q_SLOTS:
         QCOMPARE(world.takeChanges(), QStringList());
         world.desktop.postActiveSpaceDidChange();
         QCOMPARE(model.spaceChangeSerial(), 1);
-        world.facts().visibleWindow = [] { return true; };
+        QCOMPARE(world.desktop.clock().timerCount(), 0);
+        Application &application = world.desktop.platform().application();
+        application.setHasVisibleWindow(true);
         world.desktop.clock().advance(2.99);
         QCOMPARE(world.takeChanges(), QStringList());
         world.desktop.clock().advance(0.01);
@@ -107,7 +110,11 @@ private Q_SLOTS:
         QVERIFY(world.finish(task));
         QCOMPARE(model.desktops().size(), 3);
 
+        application.setHasVisibleWindow(false);
+        QCOMPARE(world.desktop.clock().timerCount(), 0);
+        application.setHasVisibleWindow(true);
         world.model.reset();
+        application.setHasVisibleWindow(false);
         QCOMPARE(world.desktop.clock().timerCount(), 0);
         world.desktop.showSpace(11); // nobody is left to be told
     }

@@ -12,6 +12,7 @@
 #include "app/tray/status_item.h"
 #include "model/texts.h"
 #include "model/tovel_model.h"
+#include "platform/application.h"
 #include "platform/own_windows.h"
 #include "platform/platform.h"
 #include "platform/user_defaults.h"
@@ -88,6 +89,7 @@ void AppDelegate::applicationDidFinishLaunching(Launch launch)
 void AppDelegate::makePanel()
 {
     m_panel = std::make_unique<TovelWindow>();
+    m_panel->installEventFilter(this);
     m_panel->setLevel(levelFor(m_model->pinned()));
     m_model->onPinChanged([this](bool pinned) { m_panel->setLevel(levelFor(pinned)); });
     m_model->onMigrationFinished([this] { m_panel->bringToFrontAfterMigration(); });
@@ -300,6 +302,9 @@ bool AppDelegate::eventFilter(QObject *watched, QEvent *event)
     // Quitting closes the windows before it ends anything.
     if (watched == qApp && event->type() == QEvent::Quit)
         m_quitting = true;
+    const bool isShown = event->type() == QEvent::Show;
+    if (watched == m_panel.get() && (isShown || event->type() == QEvent::Hide))
+        m_platform.application().setHasVisibleWindow(isShown || isPanelVisible());
     return QObject::eventFilter(watched, event);
 }
 

@@ -109,7 +109,6 @@ int runPanel(int &argc, char **argv, AppDelegate::Launch launch, QTextStream &er
                                                platform.userDefaults().standardUserDefaults(),
                                                updateDialogs));
     shown = &delegate;
-    choice->setVisibleWindowTest([&delegate] { return delegate.isPanelVisible(); });
     delegate.setReachableByStarting(claim == Claim::Ours);
     QObject::connect(&presence, &BusPresence::busLost, &delegate,
                      [&delegate] { delegate.setReachableByStarting(false); });

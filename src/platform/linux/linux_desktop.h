@@ -24,7 +24,7 @@ namespace tovel {
 // The platform over a running Linux session. Without a session every operation has its neutral
 // result, but for the user defaults, the clock, and finding and launching applications. To be made
 // after the QCoreApplication; one at a time.
-class LinuxDesktop final : public Platform, private Application, private SpaceMaker
+class LinuxDesktop final : public Platform, private SpaceMaker
 {
 public:
     // The session may be null. The patience is that of user defaults which wait for other
@@ -40,7 +40,7 @@ public:
     UserDefaultsDomains &userDefaults() override { return m_userDefaults; }
     Clock &clock() override { return m_clock; }
     HotKeys &hotKeys() override { return m_hotKeys; }
-    Application &application() override { return *this; }
+    Application &application() override { return m_application; }
     OwnWindows &ownWindows() override { return m_ownWindows; }
     SpaceMaker *spaceMaker() override;
 
@@ -65,11 +65,7 @@ public:
         m_workspace.setSettingsOpener(std::move(opener));
     }
 
-    // Answers Application::hasVisibleWindow; false without one.
-    void setVisibleWindowTest(std::function<bool()> test) { m_hasVisibleWindow = std::move(test); }
-
 private:
-    bool hasVisibleWindow() const override { return m_hasVisibleWindow && m_hasVisibleWindow(); }
     MadeSpace makeSpace(const QString &name) override;
     SessionApplications *applications() { return m_applications ? &*m_applications : nullptr; }
 
@@ -84,7 +80,7 @@ private:
     LinuxUserDefaults m_userDefaults;
     LinuxHotKeys m_hotKeys;
     LinuxWorkspace m_workspace;
-    std::function<bool()> m_hasVisibleWindow;
+    Application m_application;
 };
 
 } // namespace tovel

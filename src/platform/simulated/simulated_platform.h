@@ -12,22 +12,6 @@
 
 namespace tovel {
 
-class SimulatedApplication final : public Application
-{
-public:
-    explicit SimulatedApplication(const SimulatedState &state)
-        : m_state(state)
-    { }
-
-    bool hasVisibleWindow() const override
-    {
-        return m_state.world.visibleWindow && m_state.world.visibleWindow();
-    }
-
-private:
-    const SimulatedState &m_state;
-};
-
 // The contract, answered from one state.
 class SimulatedPlatform final : public Platform
 {
@@ -39,7 +23,6 @@ public:
         , m_quartz(state)
         , m_workspace(state)
         , m_hotKeys(state)
-        , m_application(state)
         , m_ownWindows(state)
     { }
 
@@ -60,7 +43,7 @@ private:
     SimulatedQuartz m_quartz;
     SimulatedWorkspace m_workspace;
     SimulatedHotKeys m_hotKeys;
-    SimulatedApplication m_application;
+    Application m_application;
     SimulatedOwnWindows m_ownWindows;
 };
 

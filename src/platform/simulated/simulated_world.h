@@ -117,7 +117,6 @@ struct SimWorld
     std::list<SimWindow> windows{}; // front to back
     QList<SimInstalledApplication> installed{};
     QString mainBundleIdentifier = QStringLiteral("org.tovel.Tovel");
-    std::function<bool()> visibleWindow{}; // Application::hasVisibleWindow; false without one
     bool trusted = true;
     QPointF cursor{};
 
