@@ -4,9 +4,8 @@
 #include "app/panel/tovel_window.h"
 #include "app/session_bus.h"
 #include "app/shell/about_panel.h"
-#include "app/shell/access_note.h"
 #include "app/shell/application_menu.h"
-#include "app/shell/hidden_panel_note.h"
+#include "app/shell/note.h"
 #include "app/shell/shortcut_editor.h"
 #include "app/shell/status_menu.h"
 #include "app/tray/status_item.h"
@@ -39,6 +38,20 @@ const QString accessGrantedKey = QStringLiteral("lastAppAccessibilityGranted");
 const QString frameName = QStringLiteral("TovelMainWindow");
 const QString accessRequestedKey = QStringLiteral("requestedPersistentSigningAccess");
 const QString toldWaysBackKey = QStringLiteral("toldWhereThePanelWent");
+
+// How a hidden panel comes back: by the key that the label names, unless that is empty, and where
+// byStarting is set, by starting the program again; one of them at least.
+QString waysBackText(const QString &keyLabel, bool byStarting)
+{
+    QStringList ways;
+    if (!keyLabel.isEmpty())
+        ways.append(u"press "_s + keyLabel);
+    if (byStarting)
+        ways.append(u"start Tovel again"_s);
+    QString text = ways.join(u" or "_s) + u" to show the panel."_s;
+    text[0] = text[0].toUpper();
+    return text;
+}
 
 NSWindowLevel levelFor(bool pinned) { return pinned ? NSFloatingWindowLevel : NSNormalWindowLevel; }
 
@@ -292,7 +305,7 @@ void AppDelegate::tellAccess(const QString &text)
 {
     show();
     delete m_accessNote;
-    m_accessNote = new AccessNote(text, m_panel.get());
+    m_accessNote = new Note(u"Access to windows"_s, text, m_panel.get());
     m_accessNote->setAttribute(Qt::WA_DeleteOnClose);
     m_accessNote->show();
 }
@@ -338,8 +351,9 @@ void AppDelegate::tellWaysBack()
         return;
     (void)defaults.setObject(toldWaysBackKey, true);
     const QString key = m_hotKey.isRegistered() ? m_shortcuts.shortcut().label() : QString();
-    m_note = std::make_unique<HiddenPanelNote>(waysBackText(key, m_reachableByStarting),
-                                               [] { QCoreApplication::quit(); });
+    m_note = std::make_unique<Note>(u"Tovel keeps running"_s,
+                                    waysBackText(key, m_reachableByStarting));
+    m_note->addButton(u"Quit Tovel"_s, [] { QCoreApplication::quit(); });
     m_note->show();
     m_note->raise();
     m_note->activateWindow();

@@ -25,7 +25,7 @@ class QMenu;
 namespace tovel {
 
 class ApplicationMenu;
-class HiddenPanelNote;
+class Note;
 class Platform;
 class StatusItem;
 class TovelWindow;
@@ -115,7 +115,7 @@ private:
     std::function<QString()> m_accessAdvice;
     QPointer<QDialog> m_about; // the panel's
     QPointer<QDialog> m_accessNote; // the same
-    std::unique_ptr<HiddenPanelNote> m_note;
+    std::unique_ptr<Note> m_note;
     QList<QPointer<QDialog>> m_hiddenDialogs;
     bool m_tellsShortcut = false; // whether the model's issues are about the shortcut
     bool m_editing = false;
