@@ -21,16 +21,14 @@ constexpr int schemaVersion = 1;
 // The fields of each record, once for both directions. What added() names is not asked of others:
 // earlier versions have not got it.
 
-template <typename Fields>
-void describe(Fields &field, DisplayInfo &display)
+void describe(auto &field, DisplayInfo &display)
 {
     field("id"_L1, display.id);
     field("name"_L1, display.name);
     field("builtIn"_L1, display.builtIn);
 }
 
-template <typename Fields>
-void describe(Fields &field, DesktopInfo &desktop)
+void describe(auto &field, DesktopInfo &desktop)
 {
     field("number"_L1, desktop.number);
     field("name"_L1, desktop.name);
@@ -39,8 +37,7 @@ void describe(Fields &field, DesktopInfo &desktop)
     field("flockWindows"_L1, desktop.flockWindows);
 }
 
-template <typename Fields>
-void describe(Fields &field, AppInfo &app)
+void describe(auto &field, AppInfo &app)
 {
     field("id"_L1, app.id);
     field("name"_L1, app.name);
@@ -48,8 +45,7 @@ void describe(Fields &field, AppInfo &app)
     field("inFlock"_L1, app.inFlock);
 }
 
-template <typename Fields>
-void describe(Fields &field, WindowInfo &window)
+void describe(auto &field, WindowInfo &window)
 {
     field("id"_L1, window.id);
     field("app"_L1, window.app);
@@ -59,8 +55,7 @@ void describe(Fields &field, WindowInfo &window)
     field("reason"_L1, window.reason);
 }
 
-template <typename Fields>
-void describe(Fields &field, MovedWindowInfo &window)
+void describe(auto &field, MovedWindowInfo &window)
 {
     field("id"_L1, window.id);
     field("app"_L1, window.app);
@@ -69,15 +64,13 @@ void describe(Fields &field, MovedWindowInfo &window)
     field("reason"_L1, window.reason);
 }
 
-template <typename Fields>
-void describeAccess(Fields &field, bool &trusted, bool &available)
+void describeAccess(auto &field, bool &trusted, bool &available)
 {
     field("trusted"_L1, trusted);
     field("available"_L1, available);
 }
 
-template <typename Fields>
-void describe(Fields &field, Refusal &refusal)
+void describe(auto &field, Refusal &refusal)
 {
     field("error"_L1, refusal.error);
     field.added("cause"_L1, refusal.cause);
@@ -86,8 +79,7 @@ void describe(Fields &field, Refusal &refusal)
         describeAccess(field, isThere, isThere);
 }
 
-template <typename Fields>
-void describe(Fields &field, StatusContent &status)
+void describe(auto &field, StatusContent &status)
 {
     describeAccess(field, status.trusted, status.available);
     field("follow"_L1, status.follow);
@@ -101,26 +93,13 @@ void describe(Fields &field, StatusContent &status)
     field.added("choicesKnown"_L1, status.choicesKnown);
 }
 
-template <typename Fields>
-void describe(Fields &field, AppsContent &content)
-{
-    field("apps"_L1, content.apps);
-}
+void describe(auto &field, AppsContent &content) { field("apps"_L1, content.apps); }
 
-template <typename Fields>
-void describe(Fields &field, FlockContent &content)
-{
-    field("flock"_L1, content.flock);
-}
+void describe(auto &field, FlockContent &content) { field("flock"_L1, content.flock); }
 
-template <typename Fields>
-void describe(Fields &field, RenameContent &content)
-{
-    field("desktop"_L1, content.desktop);
-}
+void describe(auto &field, RenameContent &content) { field("desktop"_L1, content.desktop); }
 
-template <typename Fields>
-void describe(Fields &field, MoveContent &move)
+void describe(auto &field, MoveContent &move)
 {
     field("desktop"_L1, move.desktop);
     field("summary"_L1, move.summary);
@@ -138,8 +117,7 @@ struct Frame
     QStringList problems{};
 };
 
-template <typename Fields>
-void describe(Fields &field, Frame &frame)
+void describe(auto &field, Frame &frame)
 {
     field("schema"_L1, frame.schema);
     field("status"_L1, frame.status);
