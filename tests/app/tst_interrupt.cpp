@@ -1,16 +1,14 @@
 #include "app/console.h"
 #include "app/interrupt.h"
+#include "support/test.h"
 
 #include <QCoreApplication>
-#include <QTest>
 
 #include <csignal>
 
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
-
-using namespace tovel;
 
 namespace {
 
@@ -91,13 +89,13 @@ private Q_SLOTS:
 
     void whatWasIgnoredStaysSo()
     {
-        const auto raiseBoth = [] {
-            raise(SIGHUP);
-            raise(SIGTERM);
-        };
         std::signal(SIGHUP, SIG_IGN);
         const pid_t process = start(
-            Interrupt::Deadline::Call, [] {}, raiseBoth);
+            Interrupt::Deadline::Call, [] {},
+            [] {
+                raise(SIGHUP);
+                raise(SIGTERM);
+            });
         std::signal(SIGHUP, SIG_DFL);
         QCOMPARE(endOf(process), SIGTERM);
     }

@@ -3,11 +3,9 @@
 #include "app/self_test/rule_checks.h"
 #include "app/self_test/self_test.h"
 #include "model/model_world.h"
+#include "support/test.h"
 
 #include <QCoreApplication>
-#include <QTest>
-
-using namespace tovel;
 
 namespace {
 
@@ -183,11 +181,6 @@ private Q_SLOTS:
         const Change oneWay
             = [](auto &w) { w.desktop.after(1.4, [&w] { w.facts().stepsEnabled = false; }); };
         QCOMPARE(switching(oneWay), lines(form, u"1 true 3 false"_s) + u"on another desktop"_s);
-        const Change noArrival = [](auto &w) {
-            w.desktop.after(0.6, [&w] { w.facts().stepsEnabled = false; });
-            w.desktop.after(1.6, [&w] { w.facts().stepsEnabled = true; });
-        };
-        QCOMPARE(switching(noArrival), lines(form, u"1 false 2 true"_s));
         QCOMPARE(switching(oneDesktop), u"2\n"_s);
     }
 
@@ -217,16 +210,6 @@ private Q_SLOTS:
         QCOMPARE(movement(nothing), good);
         QCOMPARE(movement(nothing, nothing, true), good);
         QCOMPARE(movement(nothing, minimize), said(u"1 false 0 0 true true true true"_s));
-        const Change shiftOnly = [](auto &w) {
-            w.window(movingWindow).frame.translate(0.5, 0);
-            w.window(movingWindow).move = SimMove::Never;
-        };
-        QCOMPARE(movement(nothing, shiftOnly), said(u"1 true 0 0 false true false true"_s));
-        const Change takeOtherAlong = [](auto &w) {
-            w.window(stayingWindow).spaces = {11};
-            w.desktop.after(0.1, [&w] { w.facts().setWorkspaceStatus = 1001; });
-        };
-        QCOMPARE(movement(nothing, takeOtherAlong), said(u"1 true 0 1001 true false true false"_s));
         QCOMPARE(movement(oneDesktop), u"2\nSKIP: need two regular desktops on one display\n"_s);
         for (const std::uint32_t number : {movingWindow, stayingWindow}) {
             const Change withdraw = [number](auto &w) {

@@ -4,13 +4,7 @@
 #include "app/tovelctl/text.h"
 #include "model/model_world.h"
 #include "model/texts.h"
-
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QTest>
-
-using namespace tovel;
+#include "support/test.h"
 
 namespace {
 
@@ -233,20 +227,6 @@ private Q_SLOTS:
                 == (Answer{AnswerStatus::Incomplete, {u"p"_s}, content}));
         const QByteArray error = R"({"error":"e","problems":["e"],"schema":1,"status":3})";
         QVERIFY(answerFromJson(request, error) == refusal(RefusalCause::Other, u"e"_s));
-        const QByteArray status
-            = R"({"available":true,"desktops":[],"displays":[{"builtIn":true,"id":"A","name":"n"}],)"
-              R"("flock":[{"id":"a","inFlock":true,"name":"n","running":true}],"flockDesktop":2,)"
-              R"("follow":true,"limits":["l"],"problems":[],"schema":1,"session":"Herd 1.2",)"
-              R"("status":0,"trusted":true,"windows":[{"app":"a","appName":"n","desktops":[2],"id":7,"reason":null,)"
-              R"("title":"t"}]})";
-        const StatusContent filled{true,     true,
-                                   true,     {{u"A"_s, u"n"_s, true}},
-                                   {},       {{u"a"_s, u"n"_s, true, true}},
-                                   2,        {{7, u"a"_s, u"n"_s, u"t"_s, {2}, {}}},
-                                   {u"l"_s}, u"Herd 1.2"_s};
-        QVERIFY(answerFromJson(StatusRequest(), status)
-                == (Answer{AnswerStatus::Done, {}, filled}));
-
         QVERIFY(!answerFromJson(AppsRequest(), move));
         QVERIFY(!answerFromJson(request, move.chopped(1)));
         for (const auto &[text, before, after] :

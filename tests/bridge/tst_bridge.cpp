@@ -1,14 +1,9 @@
 #include "bridge/bridge.h"
 #include "platform/quartz.h"
 #include "platform/simulated/simulated_desktop.h"
+#include "support/test.h"
 
-#include <QTest>
-
-#include <algorithm>
 #include <array>
-
-using namespace tovel;
-using namespace Qt::StringLiterals;
 
 namespace {
 

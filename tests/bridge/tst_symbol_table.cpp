@@ -1,13 +1,8 @@
 #include "bridge/symbol_table.h"
 #include "platform/simulated/mach_o_image.h"
+#include "support/test.h"
 
-#include <QTest>
-
-#include <algorithm>
 #include <array>
-#include <memory>
-
-using namespace tovel;
 
 namespace {
 
@@ -25,26 +20,6 @@ Image imageOf(const MachOImage &image)
     result.slide = image.slide();
     return result;
 }
-
-std::optional<std::uint64_t> find(const Image &image)
-{
-    return findLocalSymbol({&image, 1}, part, symbol.constData());
-}
-
-// Part of an image on a heap block of exactly its size, where leaving it is noticed.
-struct Copy
-{
-    Copy(const Image &whole, std::size_t size)
-        : bytes(std::make_unique<std::byte[]>(size))
-        , image(whole)
-    {
-        std::copy_n(whole.memory.begin(), size, bytes.get());
-        image.memory = {bytes.get(), size};
-    }
-
-    std::unique_ptr<std::byte[]> bytes;
-    Image image;
-};
 
 } // namespace
 
@@ -73,17 +48,6 @@ private Q_SLOTS:
              {WrongMagic, NoCommands, ShortCommand, NoSymbolTable, NoLinkEdit, CommandsOutsideImage,
               SymbolsOutsideImage, StringsOutsideImage, LinkEditOutsideImage, UnterminatedName})
             QCOMPARE(found(fault), 0U);
-    }
-
-    void neverLeavesADamagedImage()
-    {
-        const MachOImage image(symbol, address);
-        const Image whole = imageOf(image);
-        for (std::size_t size = 0; size < whole.memory.size(); ++size)
-            QCOMPARE(find(Copy(whole, size).image).value_or(address), address);
-
-        QVERIFY(find(Copy(whole, whole.memory.size()).image) == address);
-        QVERIFY(findLocalSymbol({&whole, 1}, part, "_main")); // the first of the table
     }
 };
 

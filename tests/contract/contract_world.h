@@ -1,10 +1,12 @@
 #pragma once
 
 #include "platform/own_windows.h"
+#include "support/private_session.h"
 
 #include <QRectF>
 #include <QSize>
 #include <QString>
+#include <QTest>
 
 #include <cstdint>
 #include <functional>
@@ -71,8 +73,11 @@ public:
     virtual bool take(std::uint32_t keyCode, std::uint32_t modifiers, bool locked) = 0;
 
     // Lets time pass until the condition holds; false when it does not in good time.
-    virtual bool eventually(const std::function<bool()> &condition) = 0;
-    virtual void pass(double seconds) = 0;
+    virtual bool eventually(const std::function<bool()> &condition)
+    {
+        return tovel::eventually(condition);
+    }
+    virtual void pass(double seconds) { QTest::qWait(qRound(seconds * 1000)); }
 };
 
 std::unique_ptr<ContractWorld> makeSimulatedWorld(int displays);

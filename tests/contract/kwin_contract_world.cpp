@@ -10,8 +10,6 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QFile>
-#include <QTest>
-
 #include <map>
 
 #include <linux/input-event-codes.h>
@@ -165,12 +163,6 @@ public:
             = ask(u"setShortcut"_s, {action, QVariant::fromValue(QList<int>{key}), 6U});
         return qdbus_cast<QList<int>>(taken) == QList<int>{key};
     }
-
-    bool eventually(const std::function<bool()> &condition) override
-    {
-        return tovel::eventually(condition);
-    }
-    void pass(double seconds) override { QTest::qWait(qRound(seconds * 1000)); }
 
 private:
     struct Open

@@ -5,8 +5,6 @@
 #include "support/private_session.h"
 
 #include <QTemporaryDir>
-#include <QTest>
-
 #include <unistd.h>
 
 namespace tovel {
@@ -73,12 +71,6 @@ public:
     {
         return m_session->takeKey(key(keyCode, modifiers));
     }
-
-    bool eventually(const std::function<bool()> &condition) override
-    {
-        return tovel::eventually(condition);
-    }
-    void pass(double seconds) override { QTest::qWait(qRound(seconds * 1000)); }
 
 private:
     SessionOutput firstRow() { return m_session->outputs().first(); }

@@ -7,8 +7,6 @@
 #include "support/virtual_keyboard.h"
 #include "support/wayland_client.h"
 
-#include <QTest>
-
 #include <map>
 
 namespace tovel {
@@ -116,12 +114,6 @@ public:
     void toggleLocks() override { m_locked ^= Locks; }
     void changeKeyboard(bool usual) override { m_keyboard->setVariant(usual ? "" : "dvorak"); }
     bool take(std::uint32_t, std::uint32_t, bool) override { return false; }
-
-    bool eventually(const std::function<bool()> &condition) override
-    {
-        return tovel::eventually(condition);
-    }
-    void pass(double seconds) override { QTest::qWait(qRound(seconds * 1000)); }
 
 private:
     struct Open

@@ -7,8 +7,6 @@
 #include "support/test_client.h"
 #include "support/tiling_user.h"
 
-#include <QTest>
-
 #include <xcb/xproto.h>
 
 namespace tovel {
@@ -118,12 +116,6 @@ public:
             state |= modifiers & modifier.flag ? modifier.bit : 0U;
         return m_client.grabKey(keycode(keyCode), static_cast<std::uint16_t>(state));
     }
-
-    bool eventually(const std::function<bool()> &condition) override
-    {
-        return tovel::eventually(condition);
-    }
-    void pass(double seconds) override { QTest::qWait(qRound(seconds * 1000)); }
 
 protected:
     virtual std::unique_ptr<DesktopSession> openDriver()

@@ -1,23 +1,17 @@
 #include "support/desktop_reading.h"
 #include "support/private_session.h"
 #include "support/stored_choices.h"
+#include "support/test.h"
 #include "support/test_client.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCall>
 #include <QDBusVariant>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QLocalServer>
 #include <QScopeGuard>
-#include <QTest>
 
 #include <csignal>
-#include <cstring>
-
-using namespace tovel;
-using namespace Qt::StringLiterals;
 
 // Has the program's name and object, and is something else.
 class Stranger : public QObject
@@ -219,16 +213,15 @@ private Q_SLOTS:
         QVERIFY(alone(u"status --json"_s).contains(u"\"choicesKnown\": false"));
     }
 
-    void anySignalEndsItInMidMove_data()
-    {
-        QTest::addColumn<int>("number");
-        for (const int number : {SIGHUP, SIGINT, SIGTERM})
-            QTest::newRow(strsignal(number)) << number;
-    }
-
     void anySignalEndsItInMidMove()
     {
-        QFETCH(const int, number);
+        for (const int number : {SIGHUP, SIGINT, SIGTERM})
+            endsInMidMove(number);
+    }
+
+private:
+    void endsInMidMove(int number)
+    {
         call(u"org.tovel.Tovel1"_s, u"RemoveFromFlock"_s, {QStringList{u"Boats"_s}});
         call(u"org.tovel.Tovel1"_s, u"AddToFlock"_s, {QStringList{u"Boats"_s}});
         QVERIFY(eventually([this] { return isShown(); }));

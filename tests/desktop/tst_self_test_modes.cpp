@@ -1,10 +1,7 @@
 #include "support/private_session.h"
+#include "support/test.h"
 
 #include <QRegularExpression>
-#include <QTest>
-
-using namespace tovel;
-using namespace Qt::StringLiterals;
 
 // The modes in which the program checks itself, on real windows.
 class TestSelfTestModes : public QObject

@@ -1,16 +1,10 @@
 #include "support/private_session.h"
+#include "support/test.h"
 #include "support/test_client.h"
 
 #include <QElapsedTimer>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QTest>
 
-#include <algorithm>
 #include <csignal>
-
-using namespace tovel;
-using namespace Qt::StringLiterals;
 
 namespace {
 

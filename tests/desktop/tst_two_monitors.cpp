@@ -2,12 +2,8 @@
 #include "platform/session/x11/x11_session.h"
 #include "support/desktop_reading.h"
 #include "support/private_session.h"
+#include "support/test.h"
 #include "support/test_client.h"
-
-#include <QTest>
-
-using namespace tovel;
-using namespace Qt::StringLiterals;
 
 namespace {
 

@@ -1,9 +1,6 @@
 #include "model/texts.h"
 #include "model_world.h"
-
-#include <QTest>
-
-using namespace tovel;
+#include "support/test.h"
 
 namespace {
 

@@ -1,10 +1,7 @@
 #include "model_world.h"
+#include "support/test.h"
 
 #include "model/texts.h"
-
-#include <QTest>
-
-using namespace tovel;
 
 namespace {
 

@@ -1,11 +1,8 @@
 #include "model_world.h"
+#include "support/test.h"
 
 #include "model/texts.h"
 #include "platform/application.h"
-
-#include <QTest>
-
-using namespace tovel;
 
 namespace {
 
@@ -245,18 +242,6 @@ private Q_SLOTS:
         QCOMPARE(select(u"Later"_s, false), without + u"Later issues,message,selected,apps"_s);
         QCOMPARE(select(u"Later"_s, false), without + u"Later issues,message"_s);
         QVERIFY(!world.stored().object(u"selected.unreadable"_s));
-    }
-
-    void requestsAccess()
-    {
-        ModelWorld world;
-        TovelModel &model = world.start();
-        model.requestAccess();
-        QCOMPARE(world.desktop.takeJournal(), QStringList{u"settings"_s});
-        world.facts().trusted = false;
-        model.requestAccess();
-        QCOMPARE(world.desktop.takeJournal(), (QStringList{u"prompt"_s, u"settings"_s}));
-        QCOMPARE(world.takeChanges(), QStringList());
     }
 };
 

@@ -1,8 +1,5 @@
 #include "model_world.h"
-
-#include <QTest>
-
-using namespace tovel;
+#include "support/test.h"
 
 namespace {
 

@@ -1,14 +1,10 @@
 #include "pictures/foreign_pictures.h"
+#include "support/test.h"
 
-#include <QDir>
 #include <QStandardPaths>
-#include <QTemporaryDir>
-#include <QTest>
 
 #include <sys/stat.h>
 
-using namespace tovel;
-using namespace Qt::StringLiterals;
 using namespace std::chrono_literals;
 
 namespace {

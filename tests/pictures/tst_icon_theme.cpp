@@ -1,12 +1,5 @@
 #include "pictures/icon_theme.h"
-
-#include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
-#include <QTest>
-
-using namespace tovel;
-using namespace Qt::StringLiterals;
+#include "support/test.h"
 
 class TestIconTheme final : public QObject
 {

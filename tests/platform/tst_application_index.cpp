@@ -1,16 +1,10 @@
 #include "platform/linux/applications/application_launcher.h"
 #include "platform/linux/applications/installed_applications.h"
-
-#include <QDir>
-#include <QTemporaryDir>
-#include <QTest>
+#include "support/test.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-using namespace tovel;
-using namespace Qt::StringLiterals;
 
 namespace {
 

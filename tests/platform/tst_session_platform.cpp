@@ -4,15 +4,11 @@
 #include "platform/platform.h"
 #include "platform/user_defaults.h"
 #include "support/memory_session.h"
+#include "support/test.h"
 
 #include <QCoroTask>
-#include <QTemporaryDir>
-#include <QTest>
 
 #include <unistd.h>
-
-using namespace tovel;
-using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -100,31 +96,6 @@ private Q_SLOTS:
             QCOMPARE(m_session->outputs()[1].shown, 21u);
             QCOMPARE(m_session->cursorMoves(), 0);
         }
-    }
-
-    void aNumberUsedAgainInMidMoveIsNotMoved()
-    {
-        start(false);
-        QList<std::uint32_t> windows;
-        for (int i = 0; i < 3; ++i)
-            windows.append(m_session->open(windowOf(u"alpha"_s, 11)));
-        // After the first one has been asked to move.
-        bool isReplaced = false;
-        QObject::connect(m_model.get(), &TovelModel::didChange, m_model.get(), [&] {
-            if (!m_model->message().startsWith(u"Moving 2"_s) || std::exchange(isReplaced, true))
-                return;
-            for (const std::uint32_t window : windows.sliced(1)) {
-                m_session->close(window);
-                SessionWindow stranger = windowOf(u"stranger"_s, 11);
-                stranger.id = window;
-                m_session->open(stranger);
-            }
-        });
-        QCoro::waitFor(m_model->migrate(desktop(12), false));
-        QVERIFY(isReplaced);
-        QCOMPARE(m_session->window(windows[0]).workspaces, QList<std::uint64_t>{12});
-        QCOMPARE(m_session->window(windows[1]).workspaces, QList<std::uint64_t>{11});
-        QCOMPARE(m_model->issues(), QStringList(2, u"alpha: window changed; skipped."_s));
     }
 
     void aNumberUsedAgainJustBeforeTheRequestIsNotMoved()

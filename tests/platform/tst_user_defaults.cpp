@@ -1,17 +1,12 @@
 #include "platform/linux/defaults/json_value.h"
 #include "platform/linux/defaults/sqlite_user_defaults.h"
 #include "platform/simulated/memory_user_defaults.h"
+#include "support/test.h"
 
 #include <QDate>
 #include <QDebug>
-#include <QTemporaryDir>
-#include <QTest>
 
 #include <limits>
-#include <memory>
-
-using namespace tovel;
-using namespace Qt::StringLiterals;
 
 namespace {
 

@@ -1,12 +1,10 @@
 #include "platform/session/workspace_names.h"
 #include "platform/session/x11/properties.h"
 #include "platform/session/x11/window_mirror.h"
+#include "support/test.h"
 #include "texts/one_line.h"
 
-#include <QTest>
-
 using namespace tovel::x11;
-using namespace Qt::StringLiterals;
 
 namespace {
 

@@ -1,11 +1,8 @@
 #include "platform/simulated/memory_user_defaults.h"
 #include "settings/shortcut_preferences.h"
+#include "support/test.h"
 
 #include <QSignalSpy>
-#include <QTest>
-
-using namespace tovel;
-using namespace Qt::StringLiterals;
 
 namespace {
 

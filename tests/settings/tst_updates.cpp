@@ -1,10 +1,7 @@
 #include "settings/fake_updater.h"
+#include "support/test.h"
 
 #include <QSignalSpy>
-#include <QTest>
-
-using namespace tovel;
-using namespace Qt::StringLiterals;
 
 namespace {
 

@@ -1,13 +1,10 @@
+#include "support/test.h"
 #include "updater/appcast.h"
 #include "updater/plain_text.h"
 #include "updater/update_choice.h"
 #include "updater/version_order.h"
 
-#include <QTest>
 #include <QTimeZone>
-
-using namespace tovel;
-using namespace Qt::StringLiterals;
 
 namespace {
 

@@ -1,3 +1,4 @@
+#include "support/test.h"
 #include "updater/appcast_updater.h"
 
 #include "platform/simulated/memory_user_defaults.h"
@@ -7,18 +8,9 @@
 #include "updater/feed_address.h"
 #include "updater/update_user_driver.h"
 
-#include <QFile>
-#include <QProcess>
 #include <QRegularExpression>
-#include <QSslKey>
-#include <QSslServer>
 #include <QTcpServer>
 #include <QTcpSocket>
-#include <QTemporaryDir>
-#include <QTest>
-
-using namespace tovel;
-using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -291,36 +283,6 @@ private Q_SLOTS:
             QCOMPARE(world.user.take().size(), 1);
             QCOMPARE(world.clock.timerCount(), 0);
         }
-    }
-
-    void readsFromTrustedServersOnly()
-    {
-        const QTemporaryDir folder;
-        const QString path = folder.filePath(u"pem"_s);
-        QCOMPARE(QProcess::execute(
-                     u"openssl"_s,
-                     u"req -x509 -nodes -newkey ec -pkeyopt ec_paramgen_curve:P-256 "
-                     "-subj /CN=localhost -addext subjectAltName=IP:127.0.0.1 -keyout %1 -out %1"_s
-                         .arg(path)
-                         .split(u' ')),
-                 0);
-        QFile pem(path);
-        QVERIFY(pem.open(QIODevice::ReadOnly));
-        const QByteArray bytes = pem.readAll();
-        QSslConfiguration identity;
-        identity.setPrivateKey(QSslKey(bytes, QSsl::Ec));
-        identity.setLocalCertificate(QSslCertificate(bytes));
-        QSslServer server;
-        server.setSslConfiguration(identity);
-        QVERIFY(server.listen(QHostAddress::LocalHost));
-        connect(&server, &QTcpServer::pendingConnectionAvailable, this, [&server] {
-            server.nextPendingConnection()->write(httpAnswer("200 OK", feedWith("11")).bytes);
-        });
-        World world;
-        world.start({feedAddress(u"https://127.0.0.1:%1/"_s.arg(server.serverPort())), false, {}});
-        world.controller->checkForUpdates();
-        QTRY_VERIFY(world.user.log.size() > 3);
-        QVERIFY2(world.user.log.last().contains(u"certificate"), qPrintable(world.user.log.last()));
     }
 
     void asksAProxyForWhatIsElsewhere()

@@ -1,41 +1,16 @@
+#include "support/test.h"
 #include "views/components/app_icon.h"
 #include "views/components/pointing_cursor.h"
 #include "views/components/popover.h"
 #include "views/components/surface.h"
-#include "views/icon_images.h"
-#include "views/text_style.h"
-#include "views/theme.h"
 
 #include <QAccessible>
 #include <QApplication>
-#include <QPainter>
 #include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
-
-#include <functional>
-#include <memory>
 
 namespace tovel {
 
-using namespace Qt::StringLiterals;
-
 namespace {
-
-// A surface with a black square in its middle.
-class Square final : public Surface
-{
-public:
-    using Surface::Surface;
-
-protected:
-    void paintContent(QPainter &painter, const QRectF &inside) override
-    {
-        QRectF square(0, 0, 10, 10);
-        square.moveCenter(inside.center());
-        painter.fillRect(square, Qt::black);
-    }
-};
 
 void send(QWidget &widget, QEvent::Type type)
 {
@@ -67,40 +42,9 @@ private Q_SLOTS:
         QVERIFY(!QGuiApplication::overrideCursor());
     }
 
-    void surfaceShowsItsStates()
-    {
-        Square surface(m_window.get());
-        surface.setGeometry(150, 100, 100, 60); // away from the mouse
-        m_window->show();
-        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
-        const auto at = [&](int x, int y) { return surface.grab().toImage().pixelColor(x, y); };
-        const QColor plain = at(30, 30);
-        send(surface, QEvent::Enter);
-        const QColor hovered = at(30, 30);
-        QVERIFY(hovered != plain);
-        surface.setDown(true);
-        QVERIFY(at(30, 30) != hovered);
-        surface.setDown(false);
-        send(surface, QEvent::Leave);
-        QCOMPARE(at(30, 30), plain);
-
-        const QColor accent = TovelTheme::accent(surface.palette());
-        surface.setHighlighted(true);
-        QVERIFY(at(30, 30) != plain);
-        surface.setFocus(Qt::MouseFocusReason);
-        QVERIFY(at(50, 1) != accent);
-        surface.clearFocus();
-        surface.setFocus(Qt::TabFocusReason);
-        QTRY_COMPARE(at(50, 1), accent);
-        surface.setActionable(false);
-        QVERIFY(at(50, 30) != QColor(Qt::black));
-        surface.setDimsWhenDisabled(false);
-        QCOMPARE(at(50, 30), QColor(Qt::black));
-    }
-
     void isPressedInEveryWayWhileItIsActionable()
     {
-        Square surface(m_window.get());
+        Surface surface(m_window.get());
         surface.resize(100, 60);
         m_window->show();
         surface.setFocus();
@@ -191,23 +135,6 @@ private Q_SLOTS:
         QCOMPARE(picture(icon), placeholder);
     }
 
-    void eachStyleHasItsPictures()
-    {
-        QList<QRgb> grounds;
-        for (const TovelIconStyle style : allIconStyles()) {
-            const auto full = image(style);
-            QVERIFY(full && full->size() == QSize(512, 512));
-            QCOMPARE(qAlpha(full->pixel(0, 0)), 0);
-            grounds.append(full->pixel(256, 460));
-            const auto small = menuImage(style, 1.5);
-            QCOMPARE(small->deviceIndependentSize(), QSizeF(20, 20));
-            QVERIFY(qAbs(qRed(small->pixel(15, 27)) - qRed(grounds.last())) < 24);
-        }
-        QVERIFY(grounds.first() != grounds.last());
-        for (const int side : {10, 23, 700})
-            QCOMPARE(image(TovelIconStyle::light, side)->size(), QSize(side, side));
-    }
-
     void popoverIsPlaced()
     {
         // Of 200 by 100 on 1000 by 800.
@@ -231,14 +158,6 @@ private Q_SLOTS:
         // Shifted along the edge, with its arrow kept off the corner.
         QVERIFY(check({940, 780, 40, 20}, above, above, {800, 671}, {959, 780}));
         QVERIFY(check({0, 380, 10, 10}, above, above, {0, 271}, {22, 380}));
-    }
-
-    void aDisabledGroupDoesNotChangeTheAppearance()
-    {
-        QPalette palette(QColor(30, 27, 42));
-        palette.setColor(QPalette::Disabled, QPalette::WindowText, Qt::black);
-        palette.setCurrentColorGroup(QPalette::Disabled);
-        QVERIFY(isDark(palette));
     }
 
 private:

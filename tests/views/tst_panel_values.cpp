@@ -1,11 +1,8 @@
 #include "model/model_world.h"
 #include "model/texts.h"
+#include "support/test.h"
 #include "views/panel_values.h"
 #include "views/status_values.h"
-
-#include <QTest>
-
-using namespace tovel;
 
 namespace {
 

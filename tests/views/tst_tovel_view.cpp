@@ -1,4 +1,5 @@
 #include "model/model_world.h"
+#include "support/test.h"
 #include "views/app_row.h"
 #include "views/components/chosen_app_card.h"
 #include "views/components/popover.h"
@@ -13,9 +14,6 @@
 #include <QLineEdit>
 #include <QScrollArea>
 #include <QScrollBar>
-#include <QTest>
-
-using namespace tovel;
 
 namespace {
 
@@ -66,7 +64,6 @@ public:
     {
         return QRect(widget->mapTo(&view, QPoint()), widget->size());
     }
-    QColor pixel(QPoint at) { return view.grab().toImage().pixelColor(at); }
 
     Popover *openPopover() const
     {
@@ -136,23 +133,6 @@ private Q_SLOTS:
         QCOMPARE(panel.place(tiles[5]).topLeft(), QPoint(first.left(), first.bottom() + 1 + 10));
         const auto *strip = panel.view.findChild<TovelStatusView *>();
         QCOMPARE(panel.place(strip), QRect(0, size.height() - 42, size.width(), 42));
-    }
-
-    void paintsInTheColorsOfTheAppearance()
-    {
-        const QColor window(30, 27, 42);
-        ModelWorld world;
-        world.window(101).spaces = {11};
-        Panel panel(world);
-        // While it is shown, as when the session's appearance changes.
-        QApplication::setPalette(QPalette(window));
-        Panel::settle();
-        const QPalette palette = panel.view.palette();
-        QCOMPARE(panel.pixel({450, 1}), window);
-        const auto tiles = panel.visible<DesktopTile>(); // that of the flock is filled
-        QCOMPARE(panel.pixel(panel.place(tiles[0]).center()), controlBackground(palette));
-        QVERIFY(panel.pixel(panel.place(tiles[1]).center()) != controlBackground(palette));
-        QApplication::setPalette(QPalette());
     }
 
     void anApplicationIsReopenedOnceAtATime()
