@@ -42,10 +42,11 @@ export class Windows {
         this._connections.connect(global.display, 'window-entered-monitor', 'window-left-monitor',
             (display, monitor, window) => this._note(window.get_stable_sequence()));
         this._connections.connect(global.display, 'notify::focus-window', 'restacked', changed);
-        // Which program it is of may be known late.
+        // Which application a window is of may be known late. This comes with each new window, too.
+        this._haveApps = false; // been looked at since
         this._connections.connect(this._tracker, 'tracked-windows-changed', () => {
-            for (const id of this._entries.keys())
-                this._note(id);
+            this._haveApps = false;
+            changed();
         });
     }
 
@@ -75,21 +76,26 @@ export class Windows {
             const {window} = entry;
             // No signal tells of another parent.
             const parent = parentOf(window);
-            if (entry.text === null || parent !== entry.parent) {
+            const isKnown = entry.text !== null;
+            const appId = isKnown && this._haveApps ? entry.appId : this._appIdOf(window);
+            if (!isKnown || parent !== entry.parent || appId !== entry.appId) {
                 entry.parent = parent;
-                entry.text = isListed(window) ? JSON.stringify(this._record(window, parent)) : '';
+                entry.appId = appId;
+                entry.text = isListed(window)
+                    ? JSON.stringify(this._record(window, parent, appId)) : '';
             }
             if (entry.text !== '') {
                 listed.push(window);
                 texts.push(entry.text);
             }
         }
+        this._haveApps = true;
         const stacking = global.display.sort_windows_by_stacking(listed)
             .map(window => window.get_stable_sequence()).reverse();
         return {texts, stacking};
     }
 
-    _record(window, parent) {
+    _record(window, parent, appId) {
         const frame = window.get_frame_rect();
         return {
             id: window.get_stable_sequence(),
@@ -104,12 +110,16 @@ export class Windows {
             parent,
             process: Math.max(window.get_pid(), 0),
             x11: xWindow(window),
-            appId: clipped(this._tracker.get_window_app(window)?.get_id()),
+            appId,
             sandboxId: clipped(window.get_sandboxed_app_id()),
             gtkApplicationId: clipped(window.get_gtk_application_id()),
             className: clipped(window.get_wm_class()),
             instanceName: clipped(window.get_wm_class_instance()),
         };
+    }
+
+    _appIdOf(window) {
+        return clipped(this._tracker.get_window_app(window)?.get_id());
     }
 
     _workspaceOf(window) {
@@ -130,7 +140,7 @@ export class Windows {
             this._remove(id);
             this._changed();
         });
-        this._entries.set(id, {window, connections, text: null, parent: 0});
+        this._entries.set(id, {window, connections, text: null, parent: 0, appId: ''});
     }
 
     _remove(id) {
