@@ -37,6 +37,10 @@ public:
     // The number by which the window server knows the window; 0 while it does not.
     virtual std::uint32_t numberOf(const OwnWindow &window) = 0;
 
+    // For a window that is about to be shown, and then asks to be on every space: where a session
+    // would give it the place and size of others first, it does not.
+    virtual void prepare(const OwnWindow &) { }
+
     // With NSWindowCollectionBehaviorCanJoinAllSpaces the window is on every space; without it, on
     // the one that is shown. Whether it may appear beside a full-screen window is the session's to
     // decide.

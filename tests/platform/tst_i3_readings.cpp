@@ -174,6 +174,15 @@ private Q_SLOTS:
         QTEST(quotedWorkspace(Compositor::I3, name).value_or(QByteArray()), "i3");
     }
 
+    void rulesAreOfPlainTitlesAlone()
+    {
+        QCOMPARE(floatingRule({.process = 7, .title = u"To 1"_s}),
+                 "for_window [pid=7 title=\"^To 1$\"] floating enable; "
+                 "for_window [pid=7 title=\"^To 1$\"] sticky enable");
+        for (const auto &title : {u"a\"] exec x"_s, u"a.b"_s, u"é"_s})
+            QVERIFY(floatingRule({.process = 7, .title = title}).isEmpty());
+    }
+
     void configurationsAssignWorkspaces()
     {
         const auto assigned = assignedWorkspaces(

@@ -32,6 +32,8 @@ constexpr KeyName KeyNames[] = {{"Escape", KEY_ESC},    {"Tab", KEY_TAB},
                                 {"c", KEY_C},           {"k", KEY_K},
                                 {"t", KEY_T},           {"q", KEY_Q}};
 
+} // namespace
+
 std::uint32_t keyNamed(const QString &name)
 {
     for (const KeyName &key : KeyNames) {
@@ -40,6 +42,8 @@ std::uint32_t keyNamed(const QString &name)
     }
     qFatal("no key %s", qPrintable(name));
 }
+
+namespace {
 
 // KWin 5.27's later ones tell the stacking order in a message that many windows do not fit in, and
 // KWin 6 has to be asked for windows by their uuids.

@@ -11,6 +11,9 @@
 
 namespace tovel {
 
+// The kernel's code of a key by its name: "Tab", "ctrl", "q".
+std::uint32_t keyNamed(const QString &name);
+
 // A window as KWin tells of it.
 struct KWinWindow
 {

@@ -182,7 +182,7 @@ void PrivateSession::writeConfiguration(const SessionOptions &options) const
     write(u"config/sway/config"_s,
           u"output HEADLESS-1 pos 0 0 res 1280x800\noutput HEADLESS-2 pos 1280 0 res 1024x768\n"
           "set $left HEADLESS-1\nset $right HEADLESS-2\n"
-          "for_window [app_id=\".*\"] floating enable\nexec xhost +si:localuser:%1 && "
+          "for_window [app_id=\"^(?!org.tovel)\"] floating enable\nexec xhost +si:localuser:%1 && "
           "echo $DISPLAY $WAYLAND_DISPLAY > $XDG_RUNTIME_DIR/names && "
           "mv $XDG_RUNTIME_DIR/names $XDG_RUNTIME_DIR/ready\n"_s.arg(
               QString::fromLocal8Bit(getpwuid(getuid())->pw_name))

@@ -45,8 +45,9 @@ struct Outcome
 // An X server with a window manager, in folders of their own; or, with a bus, KWin as a Wayland
 // session, without an X server but XWayland where it is wanted, that permits everything, or sway
 // with XWayland. i3 and sway have two screens; workspaces 1 to 4 belong on the first one, 5
-// and "6: far" on the other. Every process that was started here has ended when this object goes,
-// or when the test's process is killed. Starting fails the test by isReady().
+// and "6: far" on the other, and windows float there, but for Tovel's under sway. Every process
+// that was started here has ended when this object goes, or when the test's process is killed.
+// Starting fails the test by isReady().
 class PrivateSession final
 {
 public:

@@ -182,6 +182,7 @@ void TovelWindow::showEvent(QShowEvent *event)
     m_awaitsExposure = true;
     m_arrivalTimer = currentPlatform().clock().startTimer(ArrivalTime, false, [this] { arrive(); });
     windowHandle()->installEventFilter(this);
+    currentPlatform().ownWindows().prepare(ownWindow(*windowHandle()));
     // A manager takes the size of a window that comes maximised for the one to go back to.
     if (m_arrivalState)
         setWindowState(windowState() & ~LargeStates);

@@ -4,6 +4,21 @@
 
 namespace tovel {
 
+namespace {
+
+SessionOwnWindow sessionWindow(const OwnWindow &window)
+{
+    return {window.windowNumber, static_cast<std::int32_t>(::getpid()), window.title};
+}
+
+} // namespace
+
+void LinuxOwnWindows::prepare(const OwnWindow &window)
+{
+    if (m_session)
+        m_session->prepareOwnWindow(sessionWindow(window));
+}
+
 bool LinuxOwnWindows::setCollectionBehavior(const OwnWindow &window,
                                             NSWindowCollectionBehavior behavior)
 {
@@ -30,11 +45,7 @@ bool LinuxOwnWindows::makeKeyAndOrderFront(const OwnWindow &window)
 
 std::uint32_t LinuxOwnWindows::numberOf(const OwnWindow &window)
 {
-    if (!m_session)
-        return 0;
-    const SessionOwnWindow own{window.windowNumber, static_cast<std::int32_t>(::getpid()),
-                               window.title};
-    return m_session->ownWindow(own);
+    return m_session ? m_session->ownWindow(sessionWindow(window)) : 0;
 }
 
 } // namespace tovel

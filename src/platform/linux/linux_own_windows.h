@@ -15,6 +15,7 @@ public:
     { }
 
     std::uint32_t numberOf(const OwnWindow &window) override;
+    void prepare(const OwnWindow &window) override;
     bool setCollectionBehavior(const OwnWindow &window,
                                NSWindowCollectionBehavior behavior) override;
     bool setLevel(const OwnWindow &window, NSWindowLevel level) override;

@@ -75,6 +75,10 @@ public:
     // several windows of that title, the one that appeared last.
     virtual std::uint32_t ownWindow(const SessionOwnWindow &window) = 0;
 
+    // Before such a window is shown that is to be on all workspaces then: has it come up with the
+    // size that it asks for, where the session would give it another one first.
+    virtual void prepareOwnWindow(const SessionOwnWindow &) { }
+
     // The next two are for windows of this program that are shown, and hold until they are hidden.
     // False for a window that the session does not have.
 

@@ -64,6 +64,17 @@ std::optional<QByteArray> quotedWorkspace(Compositor compositor, const QString &
     return quote + name.toUtf8() + quote;
 }
 
+QByteArray floatingRule(const SessionOwnWindow &window)
+{
+    const auto isPlain
+        = [](QChar it) { return it == u' ' || (it.unicode() < 128 && it.isLetterOrNumber()); };
+    if (!std::ranges::all_of(window.title, isPlain))
+        return {};
+    const QByteArray rule = "for_window [pid=" + QByteArray::number(window.process) + " title=\"^"
+        + window.title.toUtf8() + "$\"] ";
+    return rule + "floating enable; " + rule + "sticky enable";
+}
+
 QByteArray bindCommand(const SessionKey &key, const QString &command)
 {
     return "mode default bindcode " + Flags + keyText(key) + ' ' + command.toUtf8();

@@ -16,6 +16,10 @@ QByteArray criteria(Compositor compositor, const TreeWindow &window);
 
 std::optional<QByteArray> quotedWorkspace(Compositor compositor, const QString &name);
 
+// Of sway: windows of that process and title float from the beginning, and are on all workspaces
+// of their output. Empty for a title that a rule cannot be trusted with.
+QByteArray floatingRule(const SessionOwnWindow &window);
+
 // Of sway: a key by its place, in whatever state of the locks, once for each time it is pressed.
 // The binding starts no program: it is told of, by the command, to whoever asks for bindings.
 QByteArray bindCommand(const SessionKey &key, const QString &command);

@@ -265,6 +265,17 @@ std::uint32_t I3Session::ownWindow(const SessionOwnWindow &window)
     return found == windows.crend() ? 0 : found->id;
 }
 
+// What sway tiles it tells a size at once, and what the program makes of that may come when the
+// window floats already: then sway takes it for the wanted one. The rule holds until the
+// configuration is read again, and sway keeps equal ones once.
+void I3Session::prepareOwnWindow(const SessionOwnWindow &window)
+{
+    current();
+    const QByteArray rule = floatingRule(window);
+    if (isSway() && !rule.isEmpty())
+        command(rule);
+}
+
 // Only what floats can be on all of them.
 bool I3Session::setOnAllWorkspaces(std::uint32_t window, bool on)
 {

@@ -53,6 +53,7 @@ public:
     // Neither raises a window that it does not give the keyboard.
     bool raiseWindow(std::uint32_t window) override;
     std::uint32_t ownWindow(const SessionOwnWindow &window) override;
+    void prepareOwnWindow(const SessionOwnWindow &window) override;
     bool setOnAllWorkspaces(std::uint32_t window, bool on) override;
     bool setAbove(std::uint32_t window, bool on) override;
     std::optional<QPointF> cursorPosition() override;
