@@ -2,12 +2,11 @@
 
 #include "views/components/accessible_surface.h"
 #include "views/components/continuous_corners.h"
-#include "views/components/window_system.h"
+#include "views/components/floating_window.h"
 #include "views/theme.h"
 
 #include <QAbstractButton>
 #include <QApplication>
-#include <QBitmap>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QScreen>
@@ -20,6 +19,11 @@ namespace tovel {
 namespace {
 
 constexpr int borderWidth = 1;
+
+// Of a popover that is blended: how far its shadow reaches, and how far that has sunk.
+constexpr int shadowReach = 14;
+constexpr int shadowDrop = 3;
+constexpr double shadowOpacity = 0.24; // at the edge
 
 QPointF towardsBody(PopoverSide side)
 {
@@ -54,19 +58,25 @@ QPainterPath outline(const QRectF &body, const QPointF &tip, PopoverSide side, d
         .united(arrow);
 }
 
-// The pixels that lie in the path with at least half of their area.
-QRegion pixelsOf(const QPainterPath &path, const QSize &size)
+// Fades with the square of the distance, for each ring is laid over those beyond it.
+QImage shadowOf(const QPainterPath &form, const QSize &size, qreal ratio)
 {
-    QImage coverage(size, QImage::Format_ARGB32_Premultiplied);
-    coverage.fill(Qt::transparent);
-    QPainter painter(&coverage);
+    QImage image(size * ratio, QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(ratio);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.fillPath(path, Qt::black);
-    painter.end();
-    return QBitmap::fromImage(coverage.createAlphaMask(Qt::ThresholdDither));
+    painter.translate(0, shadowDrop);
+    const int reach = shadowReach - shadowDrop;
+    const double most = reach * (reach + 1) / 2.0;
+    for (int ring = reach; ring > 0; --ring) {
+        const QColor color = withOpacity(Qt::black, shadowOpacity * (reach + 1 - ring) / most);
+        painter.strokePath(form, QPen(color, 2 * ring, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    }
+    return image;
 }
 
-QRect windowRect(const PopoverPlacement &placement)
+QRect bodyWithArrow(const PopoverPlacement &placement)
 {
     const int length = popoverArrowLength;
     switch (placement.side) {
@@ -90,8 +100,7 @@ Popover::Popover(QWidget *anchor)
 {
     installAccessibleSurfaces();
     setAttribute(Qt::WA_WindowPropagation);
-    // Elsewhere it takes a compositor to blend it, and a mask does without one.
-    setAttribute(Qt::WA_TranslucentBackground, isOnWayland());
+    setAttribute(Qt::WA_TranslucentBackground); // hidden by a mask where it is not blended
     anchor->installEventFilter(this);
 }
 
@@ -116,6 +125,7 @@ void Popover::open()
     const auto *button = qobject_cast<QAbstractButton *>(m_anchor);
     setAccessibleName(name.isEmpty() && button ? button->text() : name);
     m_anchor->window()->installEventFilter(this);
+    m_blends = blendsWindows();
     place();
     show();
     focusContent();
@@ -180,20 +190,16 @@ void Popover::mousePressEvent(QMouseEvent *event)
 void Popover::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    // The border is what the inside leaves of it. Of a masked window it covers all, so that it goes
-    // along all of the mask's steps.
-    QPainterPath edge = m_outline;
-    if (!testAttribute(Qt::WA_TranslucentBackground)) {
-        edge.clear();
-        edge.addRect(rect());
-    }
-    painter.fillPath(edge, windowBackground(palette()));
-    painter.fillPath(edge, withOpacity(secondary(palette()), 0.4));
-    const QPoint origin = windowRect(m_placement).topLeft();
-    painter.fillPath(outline(m_placement.body.translated(-origin), m_placement.tip - origin,
-                             m_placement.side, borderWidth),
-                     windowBackground(palette()));
+    painter.drawImage(QPoint(), m_shadow);
+    // Of a masked window the border covers all, so that it goes along all of the mask's steps.
+    QPainterPath form = m_outline;
+    if (!m_blends)
+        form.addRect(rect());
+    form.setFillRule(Qt::WindingFill);
+    const QPoint origin = windowRect().topLeft();
+    const QPainterPath inside = outline(m_placement.body.translated(-origin),
+                                        m_placement.tip - origin, m_placement.side, borderWidth);
+    paintFloating(painter, palette(), form, inside);
 }
 
 PopoverSide Popover::wantedSide() const
@@ -223,6 +229,12 @@ QSize Popover::contentSize(const QSize &most) const
     return size.boundedTo(most);
 }
 
+QRect Popover::windowRect() const
+{
+    const int room = m_blends ? shadowReach : 0;
+    return bodyWithArrow(m_placement).adjusted(-room, -room, room, room);
+}
+
 void Popover::place()
 {
     const QRect screen = m_anchor->screen()->availableGeometry();
@@ -232,12 +244,15 @@ void Popover::place()
     const QSize body = contentSize(most) + QSize(around, around);
 
     m_placement = placePopover(anchor, body, screen, wantedSide());
-    const QRect window = windowRect(m_placement);
+    const QRect window = windowRect();
     const QRectF local(m_placement.body.translated(-window.topLeft()));
     m_outline = outline(local, m_placement.tip - window.topLeft(), m_placement.side, 0);
     setGeometry(window);
-    if (!testAttribute(Qt::WA_TranslucentBackground))
-        setMask(pixelsOf(m_outline, window.size()));
+    if (m_blends)
+        clearMask();
+    else
+        setMask(maskOf(m_outline, window.size()));
+    m_shadow = m_blends ? shadowOf(m_outline, window.size(), devicePixelRatio()) : QImage();
     m_content->setGeometry(
         local.toRect().adjusted(borderWidth, borderWidth, -borderWidth, -borderWidth));
     update();

@@ -2,6 +2,7 @@
 
 #include "views/components/popover_placement.h"
 
+#include <QImage>
 #include <QPainterPath>
 #include <QPointer>
 #include <QWidget>
@@ -43,6 +44,7 @@ protected:
 
 private:
     void place();
+    QRect windowRect() const;
     PopoverSide wantedSide() const;
     QSize contentSize(const QSize &most) const;
     void focusContent();
@@ -51,7 +53,9 @@ private:
     QWidget *m_content = nullptr;
     Arrow m_arrow = TopArrow;
     PopoverPlacement m_placement;
+    bool m_blends = false; // where it is open
     QPainterPath m_outline;
+    QImage m_shadow;
     QPointer<QWidget> m_focusBefore;
 };
 
