@@ -2,6 +2,7 @@
 // writes a picture of it. A tool for looking at; scripts/screenshots runs it for every state.
 
 #include "app/panel/appearance_palette.h"
+#include "app/panel/tovel_style.h"
 #include "app/panel/tovel_window.h"
 #include "app/shell/app_delegate.h"
 #include "model/tovel_model.h"
@@ -9,6 +10,7 @@
 #include "platform/simulated/simulated_desktop.h"
 #include "settings/bundle.h"
 #include "views/components/app_icon.h"
+#include "views/text_style.h"
 
 #include <QApplication>
 #include <QCursor>
@@ -243,6 +245,13 @@ QList<Scene> scenes()
              stage.settle();
          }},
         {u"gear-menu"_s, asItIs, [](Stage &stage) { stage.click(u"Tovel settings"_s); }},
+        {u"icon-menu"_s, asItIs,
+         [](Stage &stage) {
+             stage.click(u"Tovel settings"_s);
+             for (const Qt::Key key : {Qt::Key_Up, Qt::Key_Up, Qt::Key_Up, Qt::Key_Right})
+                 QTest::keyClick(QApplication::activePopupWidget(), key);
+             stage.settle();
+         }},
         {u"rename-alert"_s, asItIs,
          [](Stage &stage) {
              QWidget *tile = stage.control(u"Move apps to Desktop 2"_s);
@@ -281,8 +290,9 @@ QList<Scene> scenes()
 
 int main(int argc, char *argv[])
 {
-    QApplication::setStyle(u"fusion"_s);
+    QApplication::setStyle(new TovelStyle);
     const QApplication application(argc, argv);
+    QApplication::setFont(textFont(TextStyle::body));
     const QStringList arguments = QApplication::arguments();
     if (arguments.value(1) == "--list"_L1) {
         for (const Scene &scene : scenes())

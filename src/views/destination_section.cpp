@@ -6,7 +6,6 @@
 #include "views/display_button.h"
 #include "views/text_style.h"
 #include "views/theme.h"
-#include "views/tint.h"
 
 #include <QContextMenuEvent>
 #include <QHBoxLayout>
@@ -129,7 +128,6 @@ void DestinationSection::contextMenuEvent(QContextMenuEvent *event)
         return;
     }
     auto *menu = new QMenu(this);
-    applyTint(*menu);
     menu->setAttribute(Qt::WA_DeleteOnClose);
     connect(menu->addAction(u"Rename…"_s), &QAction::triggered, this,
             [this, desktop = tile->desktop()] { m_actions.startRenaming(desktop); });

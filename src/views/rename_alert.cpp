@@ -2,7 +2,6 @@
 
 #include "views/dialog_buttons.h"
 #include "views/text_style.h"
-#include "views/tint.h"
 
 #include <QDialogButtonBox>
 #include <QLabel>
@@ -52,7 +51,6 @@ RenameAlert::RenameAlert(const QString &name, QWidget *parent)
     layout->addWidget(m_name);
     layout->addWidget(buttons);
     m_name->setFocus();
-    applyTint(*this);
 }
 
 QString RenameAlert::newName() const { return m_name->text(); }

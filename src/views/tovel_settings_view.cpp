@@ -3,18 +3,15 @@
 #include "model/tovel_model.h"
 #include "settings/shortcut_preferences.h"
 #include "settings/updates.h"
-#include "views/colored_label.h"
 #include "views/components/menu_text.h"
 #include "views/components/plain_button.h"
 #include "views/icon_choice.h"
 #include "views/model_watch.h"
 #include "views/theme.h"
-#include "views/tint.h"
 
 #include <QCoreApplication>
 #include <QHBoxLayout>
 #include <QMenu>
-#include <QWidgetAction>
 
 namespace tovel {
 
@@ -25,19 +22,6 @@ namespace {
 constexpr int symbolSize = 18; // of a symbol set in text of 16
 constexpr int buttonSize = 28;
 constexpr QSize frame(36, 32);
-constexpr int textIndent = 26; // where the other items' texts begin
-
-// A line of a menu that is no command.
-QWidgetAction *makeText(const QString &text, QMenu &menu)
-{
-    auto *label = new ColoredLabel(text, menu.font(), secondary);
-    label->setContentsMargins(textIndent, 3, textIndent, 3);
-    auto *action = new QWidgetAction(&menu);
-    action->setText(text);
-    action->setDefaultWidget(label);
-    action->setEnabled(false);
-    return action;
-}
 
 } // namespace
 
@@ -92,7 +76,7 @@ void TovelSettingsView::fillMenu()
     m_checkForUpdates = m_menu->addAction(u"Check for Updates…"_s);
     connect(m_checkForUpdates, &QAction::triggered, this, [this] { m_updates.check(); });
     m_menu->addSeparator();
-    m_menu->addAction(makeText(TovelUpdates::versionDescription(), *m_menu));
+    m_menu->addAction(menuText(TovelUpdates::versionDescription()))->setEnabled(false);
     m_shortcut = m_menu->addAction(QString());
     m_shortcut->setEnabled(static_cast<bool>(m_changeShortcut));
     connect(m_shortcut, &QAction::triggered, this, [this] { m_changeShortcut(); });
@@ -114,8 +98,6 @@ void TovelSettingsView::redraw()
 void TovelSettingsView::showMenu()
 {
     redraw();
-    applyTint(*m_menu);
-    applyTint(*m_styles);
     const QSize size = m_menu->sizeHint();
     const QPoint below = m_button->mapToGlobal(QPoint(0, m_button->height() + 2));
     const bool toTheRight = isRightToLeft();

@@ -10,10 +10,8 @@
 #include "views/model_watch.h"
 #include "views/rename_alert.h"
 #include "views/theme.h"
-#include "views/tint.h"
 #include "views/tovel_status_view.h"
 
-#include <QEvent>
 #include <QPainter>
 #include <QVBoxLayout>
 
@@ -87,7 +85,6 @@ TovelView::TovelView(TovelModel &model, QWidget *parent)
     , m_addPopover(new Popover(m_flock->addButton()))
 {
     setMinimumSize(smallestSize);
-    applyTint(*this);
 
     auto *content = new QVBoxLayout;
     content->setContentsMargins(0, 0, 0, contentPadding); // the flock brings its own at the top
@@ -113,13 +110,6 @@ TovelView::~TovelView() { m_addPopover->disconnect(this); }
 void TovelView::setAccessAdvice(std::function<QString()> advice)
 {
     m_status->setAccessAdvice(std::move(advice));
-}
-
-void TovelView::changeEvent(QEvent *event)
-{
-    if (event->type() == QEvent::PaletteChange)
-        applyTint(*this);
-    QWidget::changeEvent(event);
 }
 
 void TovelView::paintEvent(QPaintEvent *)
@@ -162,7 +152,6 @@ void TovelView::toggleAdding()
         return;
     }
     redrawAddPopover();
-    applyTint(*m_addContent);
     m_addPopover->open();
 }
 

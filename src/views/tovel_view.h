@@ -35,7 +35,6 @@ public:
     const PanelState &state() const { return m_state; }
 
 protected:
-    void changeEvent(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
 
 private:

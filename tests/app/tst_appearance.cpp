@@ -1,4 +1,6 @@
 #include "app/panel/appearance_follower.h"
+#include "app/panel/appearance_palette.h"
+#include "app/panel/tovel_style.h"
 #include "support/test.h"
 #include "views/theme.h"
 
@@ -9,6 +11,7 @@
 #include <QDBusPendingCall>
 #include <QDBusVariant>
 #include <QElapsedTimer>
+#include <QMenu>
 #include <QProcess>
 
 #include <csignal>
@@ -178,6 +181,54 @@ private Q_SLOTS:
         QVERIFY(time.elapsed() < 10000); // of the 25 seconds that a question waits
         settle();
         QCOMPARE(QApplication::palette(), m_session);
+    }
+
+    void aPlainGreySessionGetsOurColors()
+    {
+        TovelStyle style;
+        for (const auto &[window, replaced] : {std::pair(QColor(0xEF, 0xEF, 0xEF), true),
+                                               {QColor(0x32, 0x32, 0x32), true},
+                                               {QColor(Qt::white), false}, // of much contrast
+                                               {QColor(Qt::black), false},
+                                               {QColor(0xFD, 0xF6, 0xE3), false}}) {
+            QPalette palette(window);
+            style.polish(palette);
+            const QPalette own = appearancePalette(isDark(palette));
+            QCOMPARE(palette.color(QPalette::Window),
+                     replaced ? own.color(QPalette::Window) : window);
+            QCOMPARE(palette.color(QPalette::Highlight), TovelTheme::accent(palette));
+        }
+    }
+
+    void menusShowTheStatesOfTheirItems()
+    {
+        QMenu menu;
+        auto *style = new TovelStyle;
+        style->setParent(&menu);
+        menu.setStyle(style);
+        QAction *item = menu.addAction(u"Item"_s);
+        item->setCheckable(true);
+        QMenu *inner = menu.addMenu(u"Inner"_s);
+        menu.popup({});
+        QCOMPARE(style->pixelMetric(QStyle::PM_SmallIconSize, nullptr, &menu), 20);
+        QVERIFY(!menu.mask().contains(QPoint(0, 0))); // no compositor here: rounded all the same
+        QVERIFY(menu.mask().contains(menu.rect().center()));
+        QList<QImage> looks{menu.grab().toImage()};
+        const std::function<void()> changes[] = {
+            [&] { item->setChecked(true); },
+            [&] { menu.setActiveAction(item); },
+            [&] { item->setEnabled(false); },
+            [&] { menu.setActiveAction(inner->menuAction()); },
+            [&] { menu.setLayoutDirection(Qt::RightToLeft); },
+        };
+        for (const auto &change : changes) {
+            change();
+            looks.append(menu.grab().toImage());
+            QCOMPARE(looks.count(looks.last()), 1);
+        }
+        // One that is disabled is not lit.
+        QCOMPARE(looks[3].pixelColor(menu.actionGeometry(item).topLeft() + QPoint(4, 10)),
+                 windowBackground(menu.palette()));
     }
 
 private:

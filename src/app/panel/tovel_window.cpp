@@ -8,7 +8,6 @@
 #include "platform/user_defaults.h"
 #include "views/components/accessible_surface.h"
 #include "views/theme.h"
-#include "views/tint.h"
 
 #include <QApplication>
 #include <QKeyEvent>
@@ -294,11 +293,7 @@ void TovelWindow::paintEvent(QPaintEvent *event)
     QPainter(this).fillRect(event->rect(), TovelTheme::chromeColor(palette()));
 }
 
-void TovelWindow::openMenu(QPoint position)
-{
-    applyTint(*m_menu);
-    m_menu->popup(mapToGlobal(position));
-}
+void TovelWindow::openMenu(QPoint position) { m_menu->popup(mapToGlobal(position)); }
 
 void TovelWindow::arrive()
 {

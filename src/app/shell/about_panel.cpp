@@ -2,7 +2,6 @@
 
 #include "platform/variants.h"
 #include "settings/updates.h"
-#include "views/tint.h"
 #include "views/wrapped_text.h"
 
 #include <QDialogButtonBox>
@@ -59,7 +58,6 @@ AboutPanel::AboutPanel(QWidget *parent, const Bundle &bundle)
     layout->addWidget(buttons);
     setFixedWidth(dialogWidth);
     showIcon();
-    applyTint(*this);
 }
 
 AboutPanel::~AboutPanel() = default;

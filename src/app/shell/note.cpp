@@ -1,7 +1,6 @@
 #include "app/shell/note.h"
 
 #include "views/dialog_buttons.h"
-#include "views/tint.h"
 #include "views/wrapped_text.h"
 
 #include <QLabel>
@@ -36,7 +35,6 @@ Note::Note(const QString &heading, const QString &text, QWidget *parent)
     layout->addWidget(makeWrappedText(text, TextStyle::body));
     layout->addWidget(m_buttons);
     setFixedWidth(dialogWidth);
-    applyTint(*this);
     ok->setFocus();
 }
 

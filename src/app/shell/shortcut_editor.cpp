@@ -4,7 +4,6 @@
 #include "app/shell/shortcut_record_button.h"
 #include "views/dialog_buttons.h"
 #include "views/text_style.h"
-#include "views/tint.h"
 
 #include <QApplication>
 #include <QDialogButtonBox>
@@ -70,7 +69,6 @@ ShortcutEditor::ShortcutEditor(const TovelShortcut &current, Registration tryToR
     layout->addWidget(m_informativeText);
     layout->addWidget(m_record, 0, Qt::AlignHCenter);
     layout->addWidget(buttons);
-    applyTint(*this);
     m_record->setFocus();
     qApp->installEventFilter(this);
 }

@@ -6,7 +6,6 @@
 #include "views/components/menu_text.h"
 #include "views/icon_choice.h"
 #include "views/panel_values.h"
-#include "views/tint.h"
 
 #include <QMenu>
 
@@ -86,8 +85,6 @@ std::unique_ptr<QMenu> makeStatusMenu(const TovelModel &model, const TovelUpdate
     addCommand(*menu, u"Keyboard Shortcut… ("_s + shortcuts.shortcut().label() + u')',
                actions.editShortcut);
     addCommand(*menu, u"Quit Tovel"_s, actions.quit)->setShortcut(Qt::CTRL | Qt::Key_Q);
-    applyTint(*menu);
-    applyTint(*styles);
     return menu;
 }
 

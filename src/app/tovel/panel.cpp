@@ -3,6 +3,7 @@
 #include "app/console.h"
 #include "app/interrupt.h"
 #include "app/panel/appearance_follower.h"
+#include "app/panel/tovel_style.h"
 #include "app/panel/tovel_window.h"
 #include "app/platform_choice.h"
 #include "app/service/application_adaptor.h"
@@ -15,6 +16,7 @@
 #include "updater/appcast_updater.h"
 #include "views/components/hover_release.h"
 #include "views/components/window_system.h"
+#include "views/text_style.h"
 
 #include <QApplication>
 #include <QLoggingCategory>
@@ -61,10 +63,11 @@ int runPanel(int &argc, char **argv, AppDelegate::Launch launch, QTextStream &er
         prepareDisplay(toolkitPlugins());
     // A Wayland window's application id, too.
     QGuiApplication::setDesktopFileName(u"org.tovel.Tovel"_s);
-    QApplication::setStyle(u"fusion"_s);
+    QApplication::setStyle(new TovelStyle);
     auto noBusStart = std::make_unique<NoBusStart>();
     const QApplication application(argc, argv);
     noBusStart.reset();
+    QApplication::setFont(textFont(TextStyle::body));
     // What was set for this program is not for those that it starts.
     if (!userChose) {
         qunsetenv(pluginVariable);

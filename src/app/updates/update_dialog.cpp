@@ -2,7 +2,6 @@
 
 #include "views/dialog_buttons.h"
 #include "views/text_style.h"
-#include "views/tint.h"
 #include "views/wrapped_text.h"
 
 #include <QLabel>
@@ -39,7 +38,6 @@ UpdateDialog::UpdateDialog(const QString &heading, const QString &text)
     layout->addWidget(m_buttons);
     setText(text);
     connect(m_buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    applyTint(*this);
 }
 
 void UpdateDialog::setText(const QString &text)

@@ -9,7 +9,6 @@
 #include "views/components/text_block.h"
 #include "views/text_style.h"
 #include "views/theme.h"
-#include "views/tint.h"
 
 #include <QApplication>
 #include <QContextMenuEvent>
@@ -151,7 +150,6 @@ void ChosenAppCard::setOpening(bool opening)
 void ChosenAppCard::contextMenuEvent(QContextMenuEvent *event)
 {
     auto *menu = new QMenu(this);
-    applyTint(*menu);
     menu->setAttribute(Qt::WA_DeleteOnClose);
     QAction *action = menu->addAction(menuText(u"Remove "_s + m_app.name));
     // Later, when the menu that the card owns is no longer at work.
