@@ -77,10 +77,7 @@ private Q_SLOTS:
         QCOMPARE(loader.dlsym(DynamicLoader::rtldDefault(), "SLSNoSuchEntry"), nullptr);
         QCOMPARE(loader.dlopen("/nowhere/Nothing", DynamicLoader::RtldLazy), nullptr);
         QVERIFY(!loader.NSClassFromString("NoSuchClass"));
-        const std::uint32_t beyond = loader._dyld_image_count();
-        QCOMPARE(loader._dyld_get_image_name(beyond), nullptr);
-        QCOMPARE(loader._dyld_get_image_header(beyond), nullptr);
-        QVERIFY(loader.imageMemory(beyond).empty());
+        QVERIFY(loader.imageMemory(loader._dyld_image_count()).empty());
         QVERIFY(!m_entries.displays(m_connection + 1));
         QVERIFY(m_platform->accessibility().AXIsProcessTrusted());
         QVERIFY(m_platform->accessibility().AXIsProcessTrustedWithOptions({}));

@@ -96,21 +96,14 @@ private Q_SLOTS:
         m_client.reset();
     }
 
-    void theKeyTogglesThePanelFromAnyWindow()
-    {
-        // In this order: icewm takes the keyboard for itself when Super comes later.
-        const QString key = u"super+ctrl+alt+t"_s;
-        QVERIFY(pressElsewhere(key) && becomesActive()); // it was behind
-        m_user.press({key});
-        QVERIFY(eventually([this] { return !isActive(); }));
-        QVERIFY(pressElsewhere(u"super+ctrl+alt+y"_s)); // another key
-        QVERIFY(!isActive());
-        QVERIFY(pressElsewhere(key) && becomesActive());
-    }
-
     void theEditorRecordsAnother()
     {
         const QString field = u"Record keyboard shortcut"_s;
+        const QString key = u"super+ctrl+alt+t"_s; // icewm keeps a Super that comes later
+        QVERIFY(pressElsewhere(key) && becomesActive()); // it was behind
+        m_user.press({key});
+        QVERIFY(eventually([this] { return !isActive(); }));
+        QVERIFY(pressElsewhere(key) && becomesActive());
         QVERIFY(openEditor());
         const std::uint32_t editor = windowTitled(m_session, u"Keyboard Shortcut"_s);
         QVERIFY(eventually([&] { return desktopOf(m_session, editor) == allDesktops; }));
@@ -130,7 +123,7 @@ private Q_SLOTS:
         m_user.press({u"Escape"_s});
         QVERIFY(m_user.isGone(field));
         QVERIFY(storedShortcut().isEmpty());
-        QVERIFY(pressElsewhere(u"super+ctrl+alt+t"_s) && becomesActive());
+        QVERIFY(pressElsewhere(key) && becomesActive());
 
         QVERIFY(openEditor());
         m_user.press({u"space"_s, u"ctrl+shift+F5"_s});
@@ -138,7 +131,7 @@ private Q_SLOTS:
         m_user.press({u"Return"_s});
         QVERIFY(eventually([&] { return storedShortcut()[u"key"_s] == u"F5"_s; }));
         QVERIFY(eventually([&] { return toolTip() == u"Tovel · ⌃⇧F5"_s; }));
-        QVERIFY(pressElsewhere(u"super+ctrl+alt+t"_s));
+        QVERIFY(pressElsewhere(key));
         QVERIFY(pressElsewhere(u"ctrl+shift+F5"_s) && becomesActive());
 
         QVERIFY(openEditor());

@@ -147,13 +147,6 @@ private Q_SLOTS:
         QVERIFY(panelIs(true));
         QVERIFY(m_user.find(u"Your flock is on "_s + desktops.value(2) + u'.')); // nothing runs
 
-        m_session.run(u"xdotool"_s, {u"keydown"_s, u"ctrl"_s});
-        click(1);
-        const bool isOpen = m_user.find(u"Fly to this pond"_s).has_value();
-        m_session.run(u"xdotool"_s, {u"keyup"_s, u"ctrl"_s});
-        QVERIFY(isOpen);
-        m_user.press({u"Escape"_s});
-        QVERIFY(m_user.isGone(u"Fly to this pond"_s));
         QVERIFY(choose(desktops.value(0)));
         QVERIFY(isOn(m_session, m_herd, 0));
         QVERIFY(m_user.find(u"Your flock is on "_s + desktops.value(0) + u'.'));

@@ -84,16 +84,6 @@ private Q_SLOTS:
         row("bitmap", bitmap, wide);
         row("drawing", svg + rectangle, wide);
         row("compressed drawing", compressed(svg + rectangle), wide);
-        QByteArray stripes; // which the toolkit paints on several threads
-        for (int i = 0; i < 40; ++i)
-            stripes += "M" + QByteArray::number(i / 2.0) + " 0v10h.25v-10z";
-        row("gradient",
-            svg
-                + "<linearGradient id='g'><stop stop-color='red'/><stop "
-                  "offset='1'/></linearGradient>"
-                  "<path fill='url(#g)' d='"
-                + stripes + "'/></svg>",
-            wide);
         row("with a document type",
             "<?xml version='1.0'?><!DOCTYPE svg [<!ENTITY a 'b'>]>" + svg + rectangle, wide);
         row("thin", "P1 600 1" + QByteArray(" 1").repeated(600), QSize(54, 1));

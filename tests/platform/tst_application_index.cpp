@@ -56,7 +56,6 @@ private Q_SLOTS:
         row("file name of the instance before the class's",
             windowClass(u"editor"_s, u"org.example.Notes"_s), u"editor"_s);
         row("last component", windowClass({}, u"notes"_s), u"org.example.Notes"_s);
-        row("last component of several", windowClass({}, u"Calendar"_s), u"Calendar"_s);
         row("unseen entry gives way", windowClass({}, u"Player"_s), u"player"_s);
         row("program", windowClass(u"x"_s, u"X"_s, u"browser-bin"_s), u"browser"_s);
         row("interpreter", windowClass({}, u"Script"_s, u"python3.11"_s), u"Script"_s);
@@ -96,8 +95,7 @@ private Q_SLOTS:
              entry(u"browser"_s, u"Navigator"_s, u"browser-bin"_s),
              entry(u"small"_s, u"navigator"_s), entry(u"web-mail"_s, u"crx_mail"_s),
              entry(u"python3.11"_s), entry(u"python-editor"_s), entry(u"editor"_s),
-             entry(u"org.example.Notes"_s), entry(u"org.example.Calendar"_s),
-             entry(u"com.example.Calendar"_s)});
+             entry(u"org.example.Notes"_s)});
 
         const ApplicationIdentity identity = index.identify(clues);
         QTEST(identity.bundleIdentifier, "identifier");

@@ -186,9 +186,7 @@ private Q_SLOTS:
         QVERIFY(!world.canCheck());
         world.user.answer();
         QCOMPARE(world.user.take(), QStringList{u"can check"_s});
-        QCOMPARE(world.clock.timerCount(), 0);
         QVERIFY(world.defaults.values().isEmpty());
-
         QCOMPARE(world.server.requests.size(), 1);
         const QByteArray head = world.server.requests.first().toLower();
         QVERIFY(head.contains("user-agent: tovel/"));
@@ -216,8 +214,6 @@ private Q_SLOTS:
         row("not found", httpAnswer("404 Not Found", feedWith("11")), u"failed: *read*404*"_s);
         row("a byte too many", httpAnswer("200 OK", QByteArray(appcastSizeLimit + 1, ' ')),
             u"failed: *read*larger*"_s);
-        row("truncated XML", httpAnswer("200 OK", feedWith("11").chopped(9)),
-            u"failed: *understood*"_s);
         row("closed within the body", {good.bytes.chopped(9)}, u"failed: *cannot be read*"_s);
         const QByteArray head = "HTTP/1.1 200 OK\r\n";
         const QByteArray chunks = head + "Transfer-Encoding: chunked\r\n\r\n";
@@ -228,7 +224,6 @@ private Q_SLOTS:
         row("endless trailer", endless(chunks + "0\r\n", fields), u"failed: *read*head*"_s);
         row("endless while", endless({}, continues), u"failed: *read*head*"_s);
         row("endless fields", endless(head, fields), u"failed: *read*head*"_s);
-        row("endless field", endless(head, letters), u"failed: *read*large*"_s);
         row("moved on this machine", movedTo("/moved"), u"found 12 after 10"_s);
         row("moved in a circle", movedTo("/feed"), u"failed: *too often*"_s);
         for (const char *target : {"http://tovel.test/feed", "https://a:b@tovel.test", "http://:"})

@@ -117,24 +117,6 @@ private Q_SLOTS:
         QCOMPARE(redraws, 1);
     }
 
-    void laysOutTheSections()
-    {
-        ModelWorld world;
-        for (std::uint64_t id = 30; id < 33; ++id) // six on the first display
-            world.spacesOfA().append(SimSpace{.id = id});
-        const Panel panel(world);
-        QCOMPARE(panel.place(panel.named(u"Add app"_s)).right() + 1, size.width() - 24);
-        const auto cards = panel.visible<ChosenAppCard>();
-        const int cardWidth = (size.width() - 2 * 26 - 3 * 12) / 4;
-        QCOMPARE(panel.place(cards[1]).left(), 26 + cardWidth + 12);
-        const auto tiles = panel.visible<DesktopTile>();
-        const QRect first = panel.place(tiles[0]);
-        QCOMPARE(panel.place(tiles[1]).left(), first.right() + 1 + 10);
-        QCOMPARE(panel.place(tiles[5]).topLeft(), QPoint(first.left(), first.bottom() + 1 + 10));
-        const auto *strip = panel.view.findChild<TovelStatusView *>();
-        QCOMPARE(panel.place(strip), QRect(0, size.height() - 42, size.width(), 42));
-    }
-
     void anApplicationIsReopenedOnceAtATime()
     {
         ModelWorld world;
