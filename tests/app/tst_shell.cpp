@@ -1,4 +1,5 @@
 #include "app/panel/tovel_window.h"
+#include "app/service/activation_token.h"
 #include "app/shell/about_panel.h"
 #include "app/shell/app_delegate.h"
 #include "app/shell/note.h"
@@ -139,6 +140,28 @@ class TestShell : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void tokensAreTakenAsTheyAreOrNotAtAll()
+    {
+        const auto taken = [](const QVariantMap &data) {
+            qputenv("XDG_ACTIVATION_TOKEN", "older");
+            takeUpPlatformData(data);
+            return qgetenv("XDG_ACTIVATION_TOKEN");
+        };
+        const QString token = u"activation-token"_s;
+        const QString startup = u"desktop-startup-id"_s;
+        QCOMPARE(taken({{token, u"0af3"_s}, {startup, u"x"_s}}), "0af3");
+        QCOMPARE(taken({{startup, u"shell/Tovel/5-0-host_TIME12"_s}}),
+                 "shell/Tovel/5-0-host_TIME12");
+        QCOMPARE(taken({{token, QString(512, u'a')}}).size(), 512);
+        for (const QVariant &odd :
+             {QVariant(), QVariant(7), QVariant(QString(513, u'a')), QVariant(u""_s),
+              QVariant(u"a b"_s), QVariant(u"a\n"_s), QVariant(u"é"_s)})
+            QCOMPARE(taken({{token, odd}}), QByteArray());
+        qputenv("XDG_ACTIVATION_TOKEN", "0af3");
+        QCOMPARE(ownPlatformData(), (QVariantMap{{token, u"0af3"_s}}));
+        qunsetenv("XDG_ACTIVATION_TOKEN");
+    }
+
     void theMenuShowsTheMomentItIsMadeIn()
     {
         ModelWorld world;

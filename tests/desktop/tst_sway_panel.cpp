@@ -127,12 +127,38 @@ private Q_SLOTS:
         QVERIFY(m_user->start() && isUp() && hasSize(QSize(1000, 600)));
     }
 
+    // With the token of whoever started it a second time, where that is one.
     void comesToTheKeyboardAgain()
     {
         open(u"other"_s);
         QVERIFY(panelBecomes([](const QJsonObject &it) { return !it["focused"_L1].toBool(); }));
         QCOMPARE(m_session.run(QStringLiteral(TOVEL), {}).status, 0);
         QVERIFY(isUp());
+
+        m_user->stop();
+        QProcessEnvironment environment = m_session.environment();
+        environment.insert(u"WAYLAND_DEBUG"_s, u"1"_s);
+        const auto running = m_session.launch(QStringLiteral(TOVEL), {u"--hidden"_s}, environment);
+        QByteArray said;
+        const auto says = [&](const QByteArray &text) {
+            return eventually(
+                [&] { return (said += running->readAllStandardError()).contains(text); });
+        };
+        QCOMPARE(m_session
+                     .run(u"gdbus"_s,
+                          {u"wait"_s, u"--session"_s, u"--timeout=20"_s, u"org.tovel.Tovel"_s})
+                     .status,
+                 0);
+        for (const auto &token : {u"odd one"_s, u"0123abcd"_s}) {
+            QProcessEnvironment given;
+            given.insert(u"XDG_ACTIVATION_TOKEN"_s, token);
+            QCOMPARE(m_session.run(QStringLiteral(TOVEL), {}, given).status, 0);
+            QVERIFY(isUp());
+        }
+        QVERIFY2(says(".activate(\"0123abcd\""), said.right(2000).constData());
+        QVERIFY(!said.contains("odd"));
+        running->terminate();
+        QCOMPARE(outcomeOf(*running).status, 0);
     }
 };
 

@@ -7,6 +7,7 @@
 #include "platform/platform.h"
 #include "platform/user_defaults.h"
 #include "views/components/accessible_surface.h"
+#include "views/components/window_system.h"
 #include "views/theme.h"
 
 #include <QApplication>
@@ -328,8 +329,11 @@ void TovelWindow::applyLevel()
 
 void TovelWindow::takeFocus()
 {
-    activateWindow();
     m_wantsFocus = m_awaitsExposure;
+    // A compositor gives the keyboard to a window that it has; what it is asked with holds once.
+    if (m_wantsFocus && isOnWayland())
+        return;
+    activateWindow();
     if (m_wantsFocus)
         return;
     OwnWindows &ownWindows = currentPlatform().ownWindows();

@@ -1,5 +1,7 @@
 #include "app/service/application_adaptor.h"
 
+#include "app/service/activation_token.h"
+
 #include <QDBusError>
 
 namespace tovel {
@@ -11,14 +13,23 @@ ApplicationAdaptor::ApplicationAdaptor(QObject *parent, const QDBusConnection &b
     , m_bus(bus)
 { }
 
-void ApplicationAdaptor::Activate(const QVariantMap &) { m_actions.show(); }
+void ApplicationAdaptor::Activate(const QVariantMap &platform_data)
+{
+    takeUpPlatformData(platform_data);
+    m_actions.show();
+}
 
-void ApplicationAdaptor::Open(const QStringList &, const QVariantMap &) { m_actions.show(); }
+void ApplicationAdaptor::Open(const QStringList &, const QVariantMap &platform_data)
+{
+    Activate(platform_data);
+}
 
 void ApplicationAdaptor::ActivateAction(const QString &action_name, const QVariantList &,
-                                        const QVariantMap &, const QDBusMessage &message)
+                                        const QVariantMap &platform_data,
+                                        const QDBusMessage &message)
 {
     if (action_name == "toggle"_L1) {
+        takeUpPlatformData(platform_data);
         m_actions.toggle();
         return;
     }

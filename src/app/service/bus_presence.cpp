@@ -1,5 +1,6 @@
 #include "app/service/bus_presence.h"
 
+#include "app/service/activation_token.h"
 #include "app/service/application_adaptor.h"
 #include "app/service/bus_names.h"
 #include "app/service/command_adaptor.h"
@@ -64,7 +65,7 @@ Claim BusPresence::claim()
 bool BusPresence::activateOther()
 {
     const QDBusMessage reply = m_bus.call(
-        callOfRunningTovel(u"org.freedesktop.Application"_s, u"Activate"_s, {QVariantMap()}),
+        callOfRunningTovel(u"org.freedesktop.Application"_s, u"Activate"_s, {ownPlatformData()}),
         QDBus::Block, patience);
     return reply.type() == QDBusMessage::ReplyMessage;
 }

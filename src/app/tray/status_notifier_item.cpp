@@ -1,5 +1,6 @@
 #include "app/tray/status_notifier_item.h"
 
+#include "app/service/activation_token.h"
 #include "app/tray/bus_menu.h"
 
 #include <QCoreApplication>
@@ -102,6 +103,11 @@ QString StatusNotifierItem::title() const { return u"Tovel"_s; }
 QString StatusNotifierItem::status() const { return u"Active"_s; }
 
 QDBusObjectPath StatusNotifierItem::menu() const { return QDBusObjectPath(BusMenu::path); }
+
+void StatusNotifierItem::ProvideXdgActivationToken(const QString &token)
+{
+    takeUpPlatformData({{u"activation-token"_s, token}});
+}
 
 void StatusNotifierItem::Activate(int x, int y) { m_actions.activate({x, y}); }
 

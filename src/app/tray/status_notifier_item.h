@@ -84,6 +84,8 @@ public:
     QDBusObjectPath menu() const;
 
 public Q_SLOTS:
+    // For the click that it comes before.
+    Q_SCRIPTABLE void ProvideXdgActivationToken(const QString &token);
     Q_SCRIPTABLE void Activate(int x, int y);
     Q_SCRIPTABLE void SecondaryActivate(int x, int y);
     Q_SCRIPTABLE void ContextMenu(int x, int y);
