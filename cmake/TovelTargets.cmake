@@ -29,3 +29,22 @@ function(tovel_room name)
     add_library(${name} STATIC ${ROOM_SOURCES})
     target_link_libraries(${name} PUBLIC tovel_options ${ROOM_DEPENDS} PRIVATE ${ROOM_PRIVATE_DEPENDS})
 endfunction()
+
+# tovel_program(NAME SOURCES… DEPENDS …): an executable whose contents are in a library of its own
+# (app/program.h), of which it sees one function.
+function(tovel_program name)
+    cmake_parse_arguments(PROGRAM "" "" "SOURCES;DEPENDS" ${ARGN})
+    add_library(${name}_contents SHARED ${PROGRAM_SOURCES})
+    target_link_libraries(${name}_contents PRIVATE tovel_options ${PROGRAM_DEPENDS})
+    target_link_options(${name}_contents PRIVATE -Wl,--exclude-libs,ALL -Wl,-Bsymbolic)
+    set_target_properties(${name}_contents PROPERTIES
+        OUTPUT_NAME ${name} LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib/tovel/programs
+        CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+    add_executable(${name} ${CMAKE_SOURCE_DIR}/src/app/program.cpp)
+    target_link_libraries(${name} PRIVATE tovel_options ${name}_contents)
+    # Beside the programs' folder in the build tree as where it is installed.
+    set_target_properties(${name} PROPERTIES
+        AUTOMOC OFF BUILD_WITH_INSTALL_RPATH ON INSTALL_RPATH "$ORIGIN/../lib/tovel/programs")
+    install(TARGETS ${name} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+    install(TARGETS ${name}_contents LIBRARY DESTINATION lib/tovel/programs)
+endfunction()

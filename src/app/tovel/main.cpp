@@ -1,5 +1,6 @@
 #include "app/console.h"
 #include "app/platform_choice.h"
+#include "app/program.h"
 #include "app/self_test/rule_checks.h"
 #include "app/self_test/self_test.h"
 #include "app/tovel/child_process.h"
@@ -95,7 +96,7 @@ int runTask(Task task, int &argc, char **argv, QTextStream &err)
 
 } // namespace
 
-int main(int argc, char *argv[])
+int runProgram(int argc, char *argv[])
 {
     openMissingStreams();
     QStringList arguments;

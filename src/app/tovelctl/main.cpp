@@ -3,6 +3,7 @@
 #include "app/console.h"
 #include "app/interrupt.h"
 #include "app/platform_choice.h"
+#include "app/program.h"
 #include "app/service/running_tovel.h"
 #include "app/session_bus.h"
 #include "app/tovelctl/arguments.h"
@@ -157,7 +158,7 @@ int run(const Arguments &arguments)
 
 } // namespace
 
-int main(int argc, char *argv[])
+int runProgram(int argc, char *argv[])
 {
     openMissingStreams();
     useUtf8();
