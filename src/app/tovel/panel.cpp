@@ -20,6 +20,7 @@
 
 #include <QApplication>
 #include <QLoggingCategory>
+#include <QOpenGLContext>
 #include <QTextStream>
 
 namespace tovel {
@@ -33,6 +34,7 @@ constexpr int UsageError = 2;
 constexpr int NoDisplay = 3;
 constexpr char pluginVariable[] = "QT_QPA_PLATFORM";
 constexpr char reconnectVariable[] = "QT_WAYLAND_RECONNECT";
+constexpr char buffersVariable[] = "QT_WAYLAND_CLIENT_BUFFER_INTEGRATION";
 
 // Where a Tovel runs already, shows that one's panel: Taken when it did. That one may be ending.
 Claim claimOrJoin(BusPresence &presence, AppDelegate::Launch launch)
@@ -46,6 +48,16 @@ Claim claimOrJoin(BusPresence &presence, AppDelegate::Launch launch)
     return claim == Claim::Taken ? Claim::Unanswered : claim;
 }
 
+// What was set for this program is not for those that it starts.
+void forgetDisplay()
+{
+    // Qt asks for the buffers when they are first wanted, and not again.
+    if (isOnWayland())
+        QOpenGLContext().create();
+    for (const char *variable : {pluginVariable, reconnectVariable, buffersVariable})
+        qunsetenv(variable);
+}
+
 } // namespace
 
 void prepareDisplay(const QByteArray &plugins)
@@ -53,7 +65,10 @@ void prepareDisplay(const QByteArray &plugins)
     qputenv(pluginVariable, plugins + ";offscreen");
     // From Qt 6.5 on: windows of Wayland outlive their compositor.
     qputenv(reconnectVariable, "1");
-    QLoggingCategory::setFilterRules(u"qt.qpa.xcb.warning=false\nqt.qpa.plugin=false"_s);
+    // All is drawn by the processor. Qt would load OpenGL's drivers for the first window.
+    qputenv(buffersVariable, "none");
+    QLoggingCategory::setFilterRules(
+        u"qt.qpa.xcb.warning=false\nqt.qpa.wayland.warning=false\nqt.qpa.plugin=false"_s);
 }
 
 int runPanel(int &argc, char **argv, AppDelegate::Launch launch, QTextStream &err)
@@ -68,11 +83,8 @@ int runPanel(int &argc, char **argv, AppDelegate::Launch launch, QTextStream &er
     const QApplication application(argc, argv);
     noBusStart.reset();
     QApplication::setFont(textFont(TextStyle::body));
-    // What was set for this program is not for those that it starts.
-    if (!userChose) {
-        qunsetenv(pluginVariable);
-        qunsetenv(reconnectVariable);
-    }
+    if (!userChose)
+        forgetDisplay();
     std::optional<HoverRelease> hoverRelease;
     if (isOnWayland())
         hoverRelease.emplace();
