@@ -119,6 +119,7 @@ class TovelIndicator extends PanelMenu.Button {
             } else if (item.hasMenu && menu === this.menu) {
                 const entry = new PopupMenu.PopupSubMenuMenuItem(item.label);
                 this._fill(entry.menu, item.items);
+                entry.setOrnament(PopupMenu.Ornament.NONE); // in line with the others
                 entry.setSensitive(item.isEnabled);
                 menu.addMenuItem(entry);
             } else {
