@@ -2,6 +2,7 @@
 
 #include "model/tovel_model.h"
 #include "views/components/accessible_surface.h"
+#include "views/components/device_pixels.h"
 #include "views/icon_images.h"
 #include "views/mirrored.h"
 #include "views/model_watch.h"
@@ -64,10 +65,10 @@ void TovelTitleView::paintEvent(QPaintEvent *)
     const double left = (width() - imageWidth - textWidth) / 2;
 
     QPainter painter(this);
-    painter.setRenderHint(QPainter::SmoothPixmapTransform);
     if (!m_mark.isNull()) {
         const QRectF box(left, (height() - imageSize) / 2.0, imageSize, imageSize);
-        painter.drawImage(mirrored(box, *this), m_mark);
+        const QRect pixels = devicePixels(painter, mirrored(box, *this));
+        paintDeviceImage(painter, pixels.topLeft(), m_mark);
     }
     painter.setFont(font);
     painter.setPen(TovelTheme::accent(palette()));
