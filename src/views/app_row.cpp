@@ -1,6 +1,7 @@
 #include "views/app_row.h"
 
 #include "views/components/app_icon.h"
+#include "views/components/button_look.h"
 #include "views/components/continuous_corners.h"
 #include "views/components/symbol.h"
 #include "views/components/text_block.h"
@@ -63,6 +64,8 @@ void AppRow::paintEvent(QPaintEvent *)
             continuousRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), cornerRadius));
     }
 
+    if (!isActionable())
+        painter.setOpacity(disabledOpacity);
     const QRectF area = QRectF(rect()).adjusted(padding, 0, -padding, 0);
     const double middle = area.center().y();
     const QRectF icon(area.left(), middle - pictureSize / 2.0, pictureSize, pictureSize);
@@ -72,9 +75,9 @@ void AppRow::paintEvent(QPaintEvent *)
                 m_marked ? accent : secondary(palette()));
     const QRectF name(icon.right() + spacing, 0, plus.left() - icon.right() - 2 * spacing,
                       height());
-    paintTextBlock(painter, mirrored(name, *this), m_app.name, textFont(TextStyle::body),
-                   palette().color(QPalette::Active, QPalette::WindowText), 1,
-                   Qt::AlignLeading | Qt::AlignVCenter);
+    paintName(painter, *this, mirrored(name, *this), m_app.name, textFont(TextStyle::body),
+              palette().color(QPalette::Active, QPalette::WindowText), 1,
+              Qt::AlignLeading | Qt::AlignVCenter);
 }
 
 } // namespace tovel

@@ -22,7 +22,6 @@ constexpr int spacing = 15;
 constexpr int symbolSize = 18;
 constexpr QSizeF markSize(23, 13);
 constexpr int smallestWidth = 100;
-constexpr int longestToolTip = 200;
 
 QFont nameFont() { return textFont(TextStyle::callout, QFont::DemiBold); }
 
@@ -46,8 +45,6 @@ void DesktopTile::setValues(const TileValues &values)
     setDimsWhenDisabled(values.dimmed);
     setAccessibleName(u"Move apps to "_s + values.name);
     setAccessibleValue(values.accessibilityValue);
-    // Marked up, so that it is never guessed whether the name itself is.
-    setToolTip(u"<span>%1</span>"_s.arg(values.name.left(longestToolTip).toHtmlEscaped()));
     update();
 }
 
@@ -70,9 +67,9 @@ void DesktopTile::paintContent(QPainter &painter, const QRectF &inside)
             paintTemplateImage(painter, *image, mirrored(mark, *this), TovelTheme::orange());
     }
     const QRectF text = area.adjusted(0, symbolSize + spacing, 0, 0);
-    paintTextBlock(painter, mirrored(text, *this), m_values.name, nameFont(),
-                   palette().color(QPalette::Active, QPalette::WindowText), 1,
-                   Qt::AlignLeading | Qt::AlignTop);
+    paintName(painter, *this, mirrored(text, *this), m_values.name, nameFont(),
+              palette().color(QPalette::Active, QPalette::WindowText), 1,
+              Qt::AlignLeading | Qt::AlignTop);
 }
 
 } // namespace tovel

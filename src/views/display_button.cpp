@@ -67,9 +67,9 @@ void DisplayButton::paintContent(QPainter &painter, const QRectF &inside)
     paintSymbol(painter, m_values.builtIn ? u"laptopcomputer"_s : u"display"_s,
                 mirrored(symbol, *this), TovelTheme::accent(palette()));
     const QRectF text = area.adjusted(symbolSize + spacing, 0, 0, 0);
-    paintTextBlock(painter, mirrored(text, *this), m_values.name, nameFont(),
-                   palette().color(QPalette::Active, QPalette::WindowText), mostLines,
-                   Qt::AlignLeading | Qt::AlignVCenter);
+    paintName(painter, *this, mirrored(text, *this), m_values.name, nameFont(),
+              palette().color(QPalette::Active, QPalette::WindowText), mostLines,
+              Qt::AlignLeading | Qt::AlignVCenter);
 }
 
 } // namespace tovel

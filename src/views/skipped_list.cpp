@@ -2,6 +2,7 @@
 
 #include "views/colored_label.h"
 #include "views/components/overlay_scroll_area.h"
+#include "views/components/text_block.h"
 #include "views/text_style.h"
 #include "views/theme.h"
 
@@ -23,16 +24,19 @@ constexpr int outerPadding = padding - ringRoom;
 constexpr int lineSpacing = 4;
 constexpr int highestRow = 78;
 constexpr int highestList = 280;
+constexpr int mostLines = 20; // of a name or a reason
 
 QColor textColor(const QPalette &palette)
 {
     return palette.color(QPalette::Active, QPalette::WindowText);
 }
 
-ColoredLabel *makeLine(const QString &text, QFont::Weight weight, const ColoredLabel::Color &color)
+TextLabel *makeLine(const QString &text, QFont::Weight weight, const ColoredLabel::Color &color)
 {
-    auto *line = new ColoredLabel(text, textFont(TextStyle::callout, weight), color);
-    line->setWordWrap(true);
+    auto *line = new TextLabel(mostLines);
+    line->setFont(textFont(TextStyle::callout, weight));
+    line->setContent(text);
+    line->setColor(color);
     return line;
 }
 

@@ -89,7 +89,7 @@ void PlainButton::paintEvent(QPaintEvent *)
 
     const QColor color = m_color(palette());
     const QFontMetrics metrics(font());
-    const int room = width() - symbolRoom();
+    const int room = width() - symbolRoom() - 2 * textMargin;
     const QString shown = metrics.elidedText(text(), m_elideMode, room);
     const int contentWidth = symbolRoom() + metrics.horizontalAdvance(shown);
     const QRect content(std::max(0, (width() - contentWidth) / 2), 0,

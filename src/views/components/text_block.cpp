@@ -20,16 +20,22 @@ namespace {
 // More than any block shows; shaping the rest of a longer text would be for nothing.
 constexpr int longestText = 4000;
 
+constexpr int longestTip = 200;
 constexpr int leastChars = 3; // that a label wants to show
 
-QStringList lines(const QString &text, const QFont &font, int width, int maxLines)
+struct Lines : QStringList
+{
+    bool areCut = false;
+};
+
+Lines lines(const QString &text, const QFont &font, int width, int maxLines)
 {
     const QString whole = oneLine(text, longestText);
     QTextLayout layout(whole, font);
     QTextOption option;
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     layout.setTextOption(option);
-    QStringList result;
+    Lines result;
     layout.beginLayout();
     while (result.size() < maxLines) {
         QTextLine line = layout.createLine();
@@ -40,6 +46,7 @@ QStringList lines(const QString &text, const QFont &font, int width, int maxLine
         if (last && line.textStart() + line.textLength() < whole.size()) {
             const QString rest = whole.mid(line.textStart());
             result.append(QFontMetricsF(font).elidedText(rest, Qt::ElideRight, width));
+            result.areCut = true;
         } else {
             result.append(whole.mid(line.textStart(), line.textLength()).trimmed());
         }
@@ -96,6 +103,18 @@ void paintTextBlock(QPainter &painter, const QRectF &rect, const QString &text, 
     painter.restore();
 }
 
+void paintName(QPainter &painter, QWidget &widget, const QRectF &rect, const QString &name,
+               const QFont &font, const QColor &color, int maxLines, Qt::Alignment alignment)
+{
+    paintTextBlock(painter, rect, name, font, color, maxLines, alignment);
+    // Marked up, so that it is never guessed whether the name itself is.
+    QString tip;
+    if (lines(name, font, int(std::floor(rect.width())), maxLines).areCut)
+        tip = u"<span>%1</span>"_s.arg(oneLine(name, longestTip).toHtmlEscaped());
+    if (tip != widget.toolTip())
+        widget.setToolTip(tip);
+}
+
 TextLabel::TextLabel(int maxLines, QWidget *parent)
     : QLabel(parent)
     , m_maxLines(maxLines)
@@ -147,7 +166,7 @@ void TextLabel::paintEvent(QPaintEvent *)
     painter.setOpacity(isEnabled() ? 1 : disabledOpacity);
     const QColor color
         = m_color ? m_color(palette()) : palette().color(QPalette::Active, QPalette::WindowText);
-    paintTextBlock(painter, contentsRect(), text(), font(), color, m_maxLines, alignment());
+    paintName(painter, *this, contentsRect(), text(), font(), color, m_maxLines, alignment());
 }
 
 } // namespace tovel

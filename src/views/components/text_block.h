@@ -20,7 +20,11 @@ int textBlockHeight(const QString &text, const QFont &font, int width, int maxLi
 void paintTextBlock(QPainter &painter, const QRectF &rect, const QString &text, const QFont &font,
                     const QColor &color, int maxLines, Qt::Alignment alignment);
 
-// A text as a widget, read by assistive programs as what it shows.
+// Paints a name of the widget's, which its tool tip says in full as long as it is cut.
+void paintName(QPainter &painter, QWidget &widget, const QRectF &rect, const QString &name,
+               const QFont &font, const QColor &color, int maxLines, Qt::Alignment alignment);
+
+// A name as a widget, read by assistive programs as what it shows.
 class TextLabel : public QLabel
 {
     Q_OBJECT
