@@ -86,6 +86,13 @@ void AddPopoverContent::setApps(const QList<RunningApp> &apps)
     mark();
 }
 
+void AddPopoverContent::setBusy(bool busy)
+{
+    m_busy = busy;
+    for (AppRow *row : m_rows)
+        row->setActionable(!busy);
+}
+
 void AddPopoverContent::setSearch(const QString &search)
 {
     if (m_search->text() != search)
@@ -123,7 +130,7 @@ bool AddPopoverContent::handleKey(QWidget *widget, int key, const QString &text)
         return true;
     case Qt::Key_Return:
     case Qt::Key_Enter:
-        if (at < 0 && m_marked)
+        if (at < 0 && m_marked && !m_busy)
             m_marked->click();
         return at < 0;
     default:
@@ -142,6 +149,7 @@ AppRow *AddPopoverContent::makeRow()
 {
     auto *row = new AppRow(m_list);
     row->installEventFilter(this);
+    row->setActionable(!m_busy);
     connect(row, &AppRow::clicked, this, [this, row] { m_actions.add(RunningApp(row->app())); });
     m_stack->insertWidget(static_cast<int>(m_rows.size()), row);
     return row;

@@ -34,6 +34,8 @@ public:
     // A row for each application, in this order. When the row with the focus goes, the focus passes
     // to the one that takes its place, or to the search field.
     void setApps(const QList<RunningApp> &apps);
+    // Whether no application can join now.
+    void setBusy(bool busy);
     // Shows the list from its top, as typing does.
     void setSearch(const QString &search);
 
@@ -53,6 +55,7 @@ private:
     AppRow *m_marked = nullptr; // what Return adds from the search field
     QList<AppRow *> m_rows; // as many as were ever needed; those not in use are hidden
     qsizetype m_shown = 0;
+    bool m_busy = false;
 };
 
 } // namespace tovel

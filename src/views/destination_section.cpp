@@ -89,7 +89,7 @@ void DestinationSection::setDisplays(const QList<DisplayValues> &displays, bool 
         const bool used = i < displays.size();
         if (used)
             button->setValues(displays[i]);
-        button->setEnabled(!busy);
+        button->setActionable(!busy);
         button->setVisible(used);
     }
 }

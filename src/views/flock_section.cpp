@@ -82,8 +82,10 @@ void FlockSection::setApps(const QList<RunningApp> &apps)
 
 void FlockSection::setBusy(bool busy)
 {
-    m_add->setEnabled(!busy);
-    m_cards->setEnabled(!busy);
+    m_busy = busy;
+    m_add->setActionable(!busy);
+    for (ChosenAppCard *card : std::as_const(m_cardByApp))
+        card->setActionable(!busy);
 }
 
 QList<QWidget *> FlockSection::tabStops() const
@@ -111,6 +113,7 @@ ChosenAppCard *FlockSection::makeCard(const RunningApp &app)
 {
     auto *card = new ChosenAppCard(app, m_cards);
     card->onRemove([this, card] { m_actions.remove(card->app()); });
+    card->setActionable(!m_busy);
     card->onReopen([this, card] { return m_actions.reopen(card->app()); });
     card->show();
     return card;

@@ -34,6 +34,7 @@ public:
 
     // A card for each application, in this order. Cards that stay keep their state and the focus.
     void setApps(const QList<RunningApp> &apps);
+    // Whether nothing can be changed now. What has the focus keeps it.
     void setBusy(bool busy);
     // What takes the keyboard, in reading order.
     QList<QWidget *> tabStops() const;
@@ -51,6 +52,7 @@ private:
     EqualColumnsLayout *m_grid;
     QHash<QString, ChosenAppCard *> m_cardByApp;
     QList<RunningApp> m_apps;
+    bool m_busy = false;
 };
 
 } // namespace tovel

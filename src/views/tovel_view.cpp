@@ -139,7 +139,11 @@ void TovelView::orderTabs()
         setTabOrder(stops[i - 1], stops[i]);
 }
 
-void TovelView::redrawAddPopover() { m_addContent->setApps(availableApps(m_model, m_state)); }
+void TovelView::redrawAddPopover()
+{
+    m_addContent->setApps(availableApps(m_model, m_state));
+    m_addContent->setBusy(m_model.busy());
+}
 
 void TovelView::toggleAdding()
 {

@@ -4,6 +4,7 @@
 #include "views/components/chosen_app_card.h"
 #include "views/components/popover.h"
 #include "views/desktop_tile.h"
+#include "views/display_button.h"
 #include "views/model_watch.h"
 #include "views/theme.h"
 #include "views/tovel_status_view.h"
@@ -205,26 +206,80 @@ private Q_SLOTS:
         QCOMPARE(bar->value(), 0);
     }
 
-    void nothingElseStartsDuringAMove()
+    void nothingElseStartsDuringAMoveAndTheFocusStays()
     {
         ModelWorld world;
         world.window(101).moveDelay = 0.3;
-        const Panel panel(world);
-        auto *tile = panel.visible<DesktopTile>()[2];
-        tile->setFocus();
-        QTest::keyClick(tile, Qt::Key_Return);
-        Panel::settle();
-        QVERIFY(world.model->busy());
-        QVERIFY(!panel.named(u"Add app"_s)->isEnabled());
-        QVERIFY(!panel.visible<ChosenAppCard>()[0]->isEnabled());
-        QVERIFY(tile->hasFocus());
-        world.desktop.takeJournal();
-        QTest::keyClick(tile, Qt::Key_Space);
-        panel.click(u"Move apps to Desktop 1"_s);
-        QVERIFY(world.desktop.takeJournal().isEmpty());
-        QVERIFY(world.desktop.clock().runUntil([&] { return !world.model->busy(); }, 60));
-        Panel::settle();
-        QVERIFY(panel.named(u"Add app"_s)->isEnabled());
+        Panel panel(world);
+        addApplications(world, {u"Files"_s});
+        panel.click(u"Add app"_s);
+        const QList<QWidget *> controls{
+            panel.named(u"Add Files"_s), panel.named(u"Add app"_s), panel.named(u"Remove Notes"_s),
+            panel.named(u"Show desktops on Right"_s), panel.named(u"Move apps to Desktop 2"_s)};
+        std::uint64_t target = 12;
+        for (QWidget *control : controls) {
+            control->setFocus(Qt::TabFocusReason);
+            const QImage idle = control->grab().toImage();
+            world.model->migrate(world.target(std::exchange(target, target == 12 ? 10 : 12)));
+            Panel::settle();
+            QVERIFY(world.model->busy());
+            QVERIFY(control->hasFocus());
+            QVERIFY(control->grab().toImage() != idle);
+            world.desktop.takeJournal();
+            QTest::keyClick(control, Qt::Key_Space);
+            QTest::mouseClick(control, Qt::LeftButton);
+            QVERIFY(world.desktop.takeJournal().isEmpty());
+            QCOMPARE(world.model->selected().size(), 2);
+            QVERIFY(world.desktop.clock().runUntil([&] { return !world.model->busy(); }, 60));
+            Panel::settle();
+            QVERIFY(control->hasFocus());
+            QVERIFY(static_cast<PaintedButton *>(control)->isActionable());
+            if (Popover *popover = panel.openPopover())
+                popover->close();
+        }
+        QCOMPARE(panel.visible<DesktopTile>().size(), 3); // of the first display still
+    }
+
+    void eachStateHasItsLook()
+    {
+        const QList<TileValues> tiles{{.name = u"Desk"_s},
+                                      {.name = u"Desk"_s, .flockWindows = 1},
+                                      {.name = u"Desk"_s, .flockHere = true},
+                                      {.name = u"Desk"_s, .disabled = true, .dimmed = true},
+                                      {.name = u"A desk of many words"_s}};
+        const QList<DisplayValues> displays{{.name = u"Left"_s},
+                                            {.name = u"Left"_s, .builtIn = true},
+                                            {.name = u"Left"_s, .current = true}};
+        QList<QImage> looks;
+        const auto isNew = [&](QWidget &widget) {
+            widget.resize(150, 78);
+            looks.append(widget.grab().toImage());
+            return looks.count(looks.last()) == 1;
+        };
+        DesktopTile tile;
+        for (const TileValues &values : tiles) {
+            tile.setValues(values);
+            QVERIFY(isNew(tile));
+            QCOMPARE(tile.toolTip().contains(values.name), &values == &tiles.last()); // is cut
+        }
+        DisplayButton button;
+        for (const DisplayValues &values : displays) {
+            button.setValues(values);
+            QVERIFY(isNew(button));
+        }
+        ModelWorld world;
+        const RunningApp app = world.start().apps().first();
+        ChosenAppCard card({.id = app.id, .name = app.name});
+        QVERIFY(isNew(card)); // closed
+        card.setApp(app);
+        QVERIFY(isNew(card));
+        card.setActionable(false);
+        QVERIFY(isNew(card));
+        AppRow row;
+        row.setApp(app);
+        QVERIFY(isNew(row));
+        row.setMarked(true);
+        QVERIFY(isNew(row));
     }
 
     void theSkippedWindowsGoWithTheirReason()

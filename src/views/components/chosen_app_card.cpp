@@ -64,7 +64,7 @@ ChosenAppCard::ChosenAppCard(const RunningApp &app, QWidget *parent)
     m_removeButton->setFixedSize(removeSize, removeSize);
     m_removeButton->setFocusPolicy(Qt::TabFocus);
     m_removeButton->setColor([this](const QPalette &palette) {
-        const bool shown = m_hovered || m_removeButton->hasFocus();
+        const bool shown = (m_hovered && m_actionable) || m_removeButton->hasFocus();
         return shown ? secondary(palette) : QColor(Qt::transparent);
     });
     connect(m_removeButton, &PlainButton::clicked, this, &ChosenAppCard::remove);
@@ -93,6 +93,17 @@ void ChosenAppCard::setApp(const RunningApp &app)
     showApp();
 }
 
+void ChosenAppCard::setActionable(bool actionable)
+{
+    m_actionable = actionable;
+    for (QWidget *part : {static_cast<QWidget *>(m_icon), static_cast<QWidget *>(m_closed),
+                          static_cast<QWidget *>(m_name)})
+        part->setEnabled(actionable);
+    m_removeButton->setActionable(actionable);
+    m_reopenButton->setActionable(actionable && !m_opening);
+    update();
+}
+
 void ChosenAppCard::onRemove(std::function<void()> remove) { m_remove = std::move(remove); }
 
 void ChosenAppCard::onReopen(std::function<QCoro::Task<>()> reopen)
@@ -108,7 +119,7 @@ void ChosenAppCard::showApp()
     m_closed->setVisible(!running);
     m_name->setContent(m_app.name);
     m_reopenButton->setText(m_opening ? u"Opening…"_s : u"Reopen"_s);
-    m_reopenButton->setActionable(!m_opening);
+    m_reopenButton->setActionable(m_actionable && !m_opening);
     m_reopenButton->setVisible(!running);
 
     const QString removal = u"Remove "_s + m_app.name;
@@ -121,6 +132,8 @@ void ChosenAppCard::showApp()
 
 void ChosenAppCard::remove()
 {
+    if (!m_actionable)
+        return;
     // Removed by the keyboard, the card leaves the focus to what comes after it. The mouse gives
     // it none.
     for (int stops = 2; stops > 0 && isAncestorOf(QApplication::focusWidget()); --stops)
@@ -149,6 +162,10 @@ void ChosenAppCard::setOpening(bool opening)
 
 void ChosenAppCard::contextMenuEvent(QContextMenuEvent *event)
 {
+    if (!m_actionable) {
+        event->ignore();
+        return;
+    }
     auto *menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
     QAction *action = menu->addAction(menuText(u"Remove "_s + m_app.name));
@@ -184,8 +201,8 @@ bool ChosenAppCard::event(QEvent *event)
 void ChosenAppCard::paintEvent(QPaintEvent *)
 {
     QPainter painter(this);
-    const QColor fill = m_hovered ? withOpacity(TovelTheme::accent(palette()), 0.04)
-                                  : controlBackground(palette());
+    const QColor fill = m_hovered && m_actionable ? withOpacity(TovelTheme::accent(palette()), 0.04)
+                                                  : controlBackground(palette());
     paintContinuousRoundedRect(painter, rect(), cornerRadius, fill,
                                withOpacity(secondary(palette()), 0.18));
 }

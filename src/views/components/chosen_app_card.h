@@ -30,6 +30,9 @@ public:
     // For another state of the same application.
     void setApp(const RunningApp &app);
 
+    // Whether it can be used now; it looks disabled when not, but what has the focus keeps it.
+    void setActionable(bool actionable);
+
     // May destroy the card.
     void onRemove(std::function<void()> remove);
 
@@ -55,6 +58,7 @@ private:
     std::function<QCoro::Task<>()> m_reopen;
     bool m_hovered = false;
     bool m_opening = false;
+    bool m_actionable = true;
     AppIcon *m_icon;
     TextLabel *m_closed;
     TextLabel *m_name;
