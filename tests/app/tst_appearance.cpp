@@ -14,6 +14,7 @@
 #include <QMenu>
 #include <QProcess>
 
+#include <cmath>
 #include <csignal>
 
 #include <sys/prctl.h>
@@ -24,6 +25,22 @@ constexpr char Service[] = "org.freedesktop.portal.Desktop";
 constexpr char Path[] = "/org/freedesktop/portal/desktop";
 const QString Appearance = QStringLiteral("org.freedesktop.appearance");
 const QString Scheme = QStringLiteral("color-scheme");
+
+// Contrast ratio of the Web Content Accessibility Guidelines, of a colour on an opaque one.
+double contrast(const QColor &color, const QColor &ground)
+{
+    const auto luminance = [&](const QColor &of) {
+        const auto linear = [&](float part, float below) {
+            const double mixed = part * of.alphaF() + below * (1 - of.alphaF());
+            return mixed <= 0.04045 ? mixed / 12.92 : std::pow((mixed + 0.055) / 1.055, 2.4);
+        };
+        return 0.2126 * linear(of.redF(), ground.redF())
+            + 0.7152 * linear(of.greenF(), ground.greenF())
+            + 0.0722 * linear(of.blueF(), ground.blueF());
+    };
+    const auto [low, high] = std::minmax({luminance(color), luminance(ground)});
+    return (high + 0.05) / (low + 0.05);
+}
 
 } // namespace
 
@@ -223,6 +240,34 @@ private Q_SLOTS:
         // One that is disabled is not lit.
         QCOMPARE(looks[3].pixelColor(menu.actionGeometry(item).topLeft() + QPoint(4, 10)),
                  windowBackground(menu.palette()));
+    }
+
+    void textCanBeRead()
+    {
+        using enum QPalette::ColorRole;
+        const auto isReadable = [](const QPalette &palette, QPalette::ColorRole ground,
+                                   const QList<QPalette::ColorRole> &texts) {
+            return std::ranges::all_of(texts, [&](QPalette::ColorRole text) {
+                return contrast(palette.color(text), palette.color(ground)) >= 4.5;
+            });
+        };
+        for (const QPalette &palette : {appearancePalette(false), appearancePalette(true)}) {
+            for (const auto ground : {Window, Base})
+                QVERIFY(isReadable(
+                    palette, ground,
+                    {ground == Base ? Text : WindowText, Link, LinkVisited, PlaceholderText}));
+            QVERIFY(isReadable(palette, AlternateBase, {Text}));
+            QVERIFY(isReadable(palette, Button, {ButtonText}));
+            QVERIFY(isReadable(palette, Highlight, {HighlightedText}));
+            QVERIFY(isReadable(palette, ToolTipBase, {ToolTipText}));
+        }
+        // Our own colours, also on what a session brings.
+        for (const QColor &window : {QColor(246, 245, 248), QColor(30, 27, 42)}) {
+            const QPalette palette(window);
+            for (const QColor &ground : {windowBackground(palette), controlBackground(palette)})
+                QVERIFY(contrast(secondary(palette), ground) > 4.5);
+            QVERIFY(contrast(systemOrange(palette), TovelTheme::chrome(palette)) > 4.5);
+        }
     }
 
 private:

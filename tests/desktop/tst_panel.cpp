@@ -37,13 +37,6 @@ private:
     // The tile of the desktop, as it is called now.
     QString tile(int desktop) { return move + m_user.buttons(move).value(desktop); }
 
-    bool isListed(const QString &title)
-    {
-        const QList<ListedWindow> windows = listedWindows(m_session);
-        return std::any_of(windows.cbegin(), windows.cend(),
-                           [&](const ListedWindow &it) { return it.title == title; });
-    }
-
     // By the popover, left open.
     bool add(const QString &application)
     {
@@ -119,7 +112,7 @@ private Q_SLOTS:
         QVERIFY(areOn(2) && shows(2));
         QCOMPARE(desktopOf(m_session, m_bystander), 0u);
         QVERIFY(m_user.find(u"Your flock is on "_s + third.mid(move.size()) + u'.'));
-        QVERIFY(m_user.find(u"Tovel"_s, u"frame"_s)->is("active"_L1));
+        QVERIFY(m_user.isActive());
 
         // What is done cannot be done again.
         QVERIFY(!m_user.find(third)->is("enabled"_L1));
@@ -267,9 +260,9 @@ private Q_SLOTS:
         m_user.press({u"Down"_s, u"Return"_s});
         QVERIFY(eventually([&] { return m_user.stored().boolean(u"follow"_s) == false; }));
         QVERIFY(m_user.isFocused(u"Tovel settings"_s));
-        QVERIFY(isListed(u"Tovel"_s));
+        QVERIFY(isListed(m_session, u"Tovel"_s));
         m_user.press({u"Escape"_s});
-        QVERIFY(eventually([&] { return !isListed(u"Tovel"_s); }));
+        QVERIFY(eventually([&] { return !isListed(m_session, u"Tovel"_s); }));
     }
 
     void keepsItsChoicesWhileTheirStoreIsDamaged()
@@ -336,7 +329,7 @@ private Q_SLOTS:
         const auto hide = [&] {
             return eventually([&] {
                 m_user.press({u"Escape"_s}); // again where a manager took its time with the focus
-                return !isListed(u"Tovel"_s);
+                return !isListed(m_session, u"Tovel"_s);
             });
         };
         const auto show = [&] {

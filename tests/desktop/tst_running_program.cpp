@@ -44,14 +44,7 @@ private:
         });
     }
 
-    bool isShown() const
-    {
-        for (const ListedWindow &window : listedWindows(m_session)) {
-            if (window.title == u"Tovel")
-                return true;
-        }
-        return false;
-    }
+    bool isShown() const { return isListed(m_session, u"Tovel"_s); }
 
     QDBusMessage message(const QString &interface, const QString &method,
                          const QVariantList &arguments = {}) const

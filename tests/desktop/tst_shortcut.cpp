@@ -19,22 +19,14 @@ private:
     bool pressElsewhere(const QString &key)
     {
         m_session.run(u"xdotool"_s, {u"windowactivate"_s, u"--sync"_s, QString::number(m_other)});
-        const bool isAway = eventually([this] { return !isActive(); });
+        const bool isAway = eventually([this] { return !m_user.isActive(); });
         m_user.press({key});
         return isAway;
     }
 
-    bool isActive()
-    {
-        const QList<SeenObject> seen = m_user.look();
-        return std::any_of(seen.cbegin(), seen.cend(), [](const SeenObject &it) {
-            return it.role == u"frame"_s && it.is("active"_L1);
-        });
-    }
-
     bool becomesActive()
     {
-        return eventually([this] { return isActive(); });
+        return eventually([this] { return m_user.isActive(); });
     }
     bool canSave(bool wanted)
     {
@@ -102,7 +94,7 @@ private Q_SLOTS:
         const QString key = u"super+ctrl+alt+t"_s; // icewm keeps a Super that comes later
         QVERIFY(pressElsewhere(key) && becomesActive()); // it was behind
         m_user.press({key});
-        QVERIFY(eventually([this] { return !isActive(); }));
+        QVERIFY(eventually([this] { return !m_user.isActive(); }));
         QVERIFY(pressElsewhere(key) && becomesActive());
         QVERIFY(openEditor());
         const std::uint32_t editor = windowTitled(m_session, u"Keyboard Shortcut"_s);

@@ -235,6 +235,8 @@ private Q_SLOTS:
         const QString fullScreen = u"Full screen \u2014 leave full screen to move"_s;
         QCOMPARE(on({10}), with(u"[10] moves"_s));
         QCOMPARE(on({50}), with(u"[50] Not on a regular desktop"_s));
+        QCOMPARE(on({10, 11}),
+                 with(u"[10,11] On multiple desktops \u2014 set Assign To to None"_s));
         QCOMPARE(listed([](auto &w) { w.window(101).orderedIn = false; }), with(u"[10] moves"_s));
         QCOMPARE(onNone(true, nothing), unavailable);
         QCOMPARE(onNone(false, nothing), QString());

@@ -3,6 +3,8 @@
 #include "support/private_session.h"
 #include "support/test_client.h"
 
+#include <algorithm>
+
 namespace tovel {
 
 using namespace Qt::StringLiterals;
@@ -18,6 +20,12 @@ QList<ListedWindow> listedWindows(const PrivateSession &session)
              QString::fromUtf8(title.isEmpty() ? client.property(id, "WM_NAME") : title)});
     }
     return windows;
+}
+
+bool isListed(const PrivateSession &session, const QString &title)
+{
+    const QList<ListedWindow> windows = listedWindows(session);
+    return std::ranges::count(windows, title, &ListedWindow::title) > 0;
 }
 
 std::uint32_t windowTitled(const PrivateSession &session, const QString &title)

@@ -21,6 +21,7 @@ struct ListedWindow
 };
 
 QList<ListedWindow> listedWindows(const PrivateSession &session);
+bool isListed(const PrivateSession &session, const QString &title);
 
 // The window with the title, once it is there and the manager has given it a desktop; 0 when none
 // comes in good time.

@@ -65,13 +65,18 @@ bool PanelUser::start(const QProcessEnvironment &changes)
     QProcessEnvironment environment = m_session.environment();
     environment.insert(changes);
     m_program = m_session.launch(QStringLiteral(TOVEL), {}, environment);
-    return eventually([this] {
-        const auto window = pick(look(), u"Tovel"_s, u"frame"_s);
-        return window && window->is("active"_L1);
-    });
+    return eventually([this] { return isActive(); });
 }
 
 bool PanelUser::isRunning() const { return m_program && m_program->state() == QProcess::Running; }
+
+bool PanelUser::isActive()
+{
+    const auto panel = pick(look(), u"Tovel"_s, u"frame"_s);
+    return panel && panel->is("active"_L1);
+}
+
+bool PanelUser::isShown() { return pick(look(), u"Tovel"_s, u"frame"_s).has_value(); }
 
 void PanelUser::stop()
 {

@@ -52,6 +52,9 @@ public:
     // Until its window has the keyboard.
     bool start(const QProcessEnvironment &changes = {});
     bool isRunning() const;
+    // Whether the panel has the keyboard, or is there at all, now.
+    bool isActive();
+    bool isShown();
     // By a signal.
     void stop();
     // Waits for the end that the keys or the menu asked for.
