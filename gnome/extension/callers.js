@@ -7,16 +7,17 @@ import {isPermitted} from './permission.js';
 const busName = 'org.freedesktop.DBus';
 const busPath = '/org/freedesktop/DBus';
 
-// Where the process runs from, "" for one in a sandbox, or gone, or of another user.
+// Where the process runs from, "" for one that is gone, or of another user.
 function executableOf(process) {
     try {
-        const executable = GLib.file_read_link(`/proc/${process}/exe`);
-        const isInSandbox = GLib.file_test(`/proc/${process}/root/.flatpak-info`,
-            GLib.FileTest.EXISTS);
-        return isInSandbox ? '' : executable;
+        return GLib.file_read_link(`/proc/${process}/exe`);
     } catch {
         return '';
     }
+}
+
+function isInSandbox(process) {
+    return GLib.file_test(`/proc/${process}/root/.flatpak-info`, GLib.FileTest.EXISTS);
 }
 
 // The clients on the bus, and whether they may ask. What was found out is kept until a client leaves.
@@ -76,7 +77,7 @@ export class Callers {
             this._forget(name, denied());
             return;
         }
-        const may = isPermitted(executableOf(process), this._programs);
+        const may = isPermitted(executableOf(process), this._programs) && !isInSandbox(process);
         caller.process = may ? process : 0;
         caller.failure = may ? null : denied();
         const {waiting} = caller;
