@@ -12,4 +12,8 @@ namespace tovel {
 // usual does.
 std::optional<QByteArray> readRegularFile(const QString &path, qint64 limit);
 
+// What is left to read of a file that is open, at most so many bytes. Nothing where reading fails.
+// The descriptor stays open.
+std::optional<QByteArray> readDescriptor(int descriptor, qint64 limit);
+
 } // namespace tovel

@@ -39,6 +39,11 @@ QString identifierFromName(QString name)
     return name;
 }
 
+ApplicationIdentity identityOf(const ApplicationEntry &entry)
+{
+    return {entry.bundleIdentifier, entry.name, entry.icon, true};
+}
+
 } // namespace
 
 ApplicationIndex::ApplicationIndex(std::vector<ApplicationEntry> entries)
@@ -127,7 +132,7 @@ const ApplicationEntry *ApplicationIndex::byWindowClass(const QString &text) con
     return named && named->visible ? named : entry;
 }
 
-const ApplicationEntry *ApplicationIndex::match(const WindowClues &clues) const
+const ApplicationEntry *ApplicationIndex::matchTexts(const WindowClues &clues) const
 {
     const QString appId = cleanClue(clues.appId);
     const QString instance = cleanClue(clues.instance);
@@ -139,10 +144,20 @@ const ApplicationEntry *ApplicationIndex::match(const WindowClues &clues) const
         if (const auto *entry = byWindowClass(text))
             return entry;
     }
+    for (const QString &name : {appId, instance, className}) {
+        if (const auto *entry = byDesktopFileName(name))
+            return entry;
+    }
+    return nullptr;
+}
+
+const ApplicationEntry *ApplicationIndex::match(const WindowClues &clues) const
+{
+    if (const auto *entry = matchTexts(clues))
+        return entry;
     const ProcessClues &process = clues.process;
-    for (const QString &name :
-         {appId, instance, className, process.sandboxId, cleanClue(clues.gtkApplicationId),
-          cleanClue(clues.kdeDesktopFile), process.launchedDesktopFile}) {
+    for (const QString &name : {process.sandboxId, cleanClue(clues.gtkApplicationId),
+                                cleanClue(clues.kdeDesktopFile), process.launchedDesktopFile}) {
         if (const auto *entry = byDesktopFileName(name))
             return entry;
     }
@@ -154,10 +169,16 @@ const ApplicationEntry *ApplicationIndex::match(const WindowClues &clues) const
     return entry && entry->visible ? entry : nullptr;
 }
 
+std::optional<ApplicationIdentity> ApplicationIndex::identifyByTexts(const WindowClues &clues) const
+{
+    const auto *entry = matchTexts(clues);
+    return entry ? std::optional(identityOf(*entry)) : std::nullopt;
+}
+
 ApplicationIdentity ApplicationIndex::identify(const WindowClues &clues) const
 {
     if (const auto *entry = match(clues))
-        return {entry->bundleIdentifier, entry->name, entry->icon, true};
+        return identityOf(*entry);
     QString name = cleanClue(clues.className).trimmed();
     if (name.isEmpty())
         name = cleanClue(clues.appId).trimmed();

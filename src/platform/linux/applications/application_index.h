@@ -5,6 +5,7 @@
 #include <QHash>
 #include <QString>
 
+#include <optional>
 #include <vector>
 
 namespace tovel {
@@ -77,6 +78,8 @@ public:
     // web applications share the class and the process of their browser. A window that matches
     // nothing is an application of its own, named by its class or its id, else its program.
     ApplicationIdentity identify(const WindowClues &clues) const;
+    // The same where what comes before the sandbox decides; nothing where it does not.
+    std::optional<ApplicationIdentity> identifyByTexts(const WindowClues &clues) const;
 
     const std::vector<ApplicationEntry> &entries() const { return m_entries; }
 
@@ -85,6 +88,7 @@ private:
 
     const ApplicationEntry *at(const Positions &positions, const QString &key) const;
     const ApplicationEntry *byWindowClass(const QString &text) const;
+    const ApplicationEntry *matchTexts(const WindowClues &clues) const;
     const ApplicationEntry *match(const WindowClues &clues) const;
 
     std::vector<ApplicationEntry> m_entries;

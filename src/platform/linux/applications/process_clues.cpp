@@ -1,9 +1,12 @@
 #include "platform/linux/applications/process_clues.h"
 
+#include "platform/regular_file.h"
 #include "texts/one_line.h"
 
-#include <QFile>
 #include <QRegularExpression>
+#include <QTimeZone>
+
+#include <algorithm>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -25,14 +28,14 @@ QByteArray readSmallFile(const QByteArray &path)
     const int descriptor = ::open(path.constData(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC);
     if (descriptor < 0)
         return {};
-    QFile file;
-    file.open(descriptor, QIODevice::ReadOnly | QIODevice::Unbuffered, QFile::AutoCloseHandle);
     struct stat status
     {
     };
-    if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode))
-        return {};
-    return file.read(maximumFileSize);
+    QByteArray content;
+    if (::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode))
+        content = readDescriptor(descriptor, maximumFileSize).value_or(QByteArray());
+    ::close(descriptor);
+    return content;
 }
 
 QByteArray linkTarget(const QByteArray &path)
@@ -63,10 +66,18 @@ QDateTime timeOfTicks(std::uint64_t ticks)
     const qint64 sinceBoot = static_cast<qint64>(ticks / ticksPerSecond * 1000
                                                  + ticks % ticksPerSecond * 1000 / ticksPerSecond);
     const qint64 boot = milliseconds(CLOCK_REALTIME) - milliseconds(CLOCK_BOOTTIME);
-    return QDateTime::fromMSecsSinceEpoch((boot + sinceBoot) / 10 * 10);
+    // The local one would look at the time zone's file each time.
+    return QDateTime::fromMSecsSinceEpoch((boot + sinceBoot) / 10 * 10, QTimeZone::utc());
 }
 
 } // namespace
+
+ProcessStart readProcessStart(std::int32_t pid)
+{
+    const QByteArray path = "/proc/" + QByteArray::number(pid) + "/stat";
+    const auto ticks = pid > 0 ? startTicksFromStat(readSmallFile(path)) : std::nullopt;
+    return ticks ? ProcessStart{*ticks, timeOfTicks(*ticks)} : ProcessStart();
+}
 
 ProcessClues readProcessClues(std::int32_t pid)
 {
@@ -75,10 +86,6 @@ ProcessClues readProcessClues(std::int32_t pid)
         return clues;
     const QByteArray folder = "/proc/" + QByteArray::number(pid);
     clues.executable = executableName(linkTarget(folder + "/exe"));
-    if (const auto ticks = startTicksFromStat(readSmallFile(folder + "/stat"))) {
-        clues.startTicks = *ticks;
-        clues.startTime = timeOfTicks(*ticks);
-    }
     clues.sandboxId = flatpakIdFromInfo(readSmallFile(folder + "/root/.flatpak-info"));
     if (clues.sandboxId.isEmpty())
         clues.sandboxId = snapIdFromCgroup(readSmallFile(folder + "/cgroup"));
@@ -89,11 +96,17 @@ ProcessClues readProcessClues(std::int32_t pid)
 
 bool runsOtherPrograms(const QString &program)
 {
-    // With a version, as interpreters often have one in the names of their programs.
-    static const QRegularExpression pattern(QRegularExpression::anchoredPattern(
-        u"(bash|dash|electron|env|flatpak|gjs(-console)?|java|lua(jit)?|mono(-sgen)?|node(js)?|perl"
-        "|php|python|ruby|sh|snap|sudo|tclsh|wine(64)?|wish|xdg-open)[-0-9.]*"_s));
-    return pattern.match(program).hasMatch();
+    constexpr QStringView programs[]
+        = {u"bash",  u"dash", u"electron", u"env",     u"flatpak",   u"gjs",  u"gjs-console",
+           u"java",  u"lua",  u"luajit",   u"mono",    u"mono-sgen", u"node", u"nodejs",
+           u"perl",  u"php",  u"python",   u"ruby",    u"sh",        u"snap", u"sudo",
+           u"tclsh", u"wine", u"wish",     u"xdg-open"};
+    // Interpreters often have a version in the names of their programs.
+    const auto isOfVersion
+        = [](QChar it) { return it == u'-' || it == u'.' || (it >= u'0' && it <= u'9'); };
+    const auto last = std::find_if_not(program.crbegin(), program.crend(), isOfVersion);
+    const QStringView name = QStringView(program).first(std::distance(last, program.crend()));
+    return std::ranges::find(programs, name) != std::end(programs);
 }
 
 QString cleanClue(QStringView text)
@@ -133,6 +146,8 @@ QString flatpakIdFromInfo(QByteArrayView info)
 
 QString snapIdFromCgroup(QByteArrayView cgroup)
 {
+    if (!cgroup.contains("/snap."))
+        return {};
     // The application's name ends at a dot or at the identifier of this run.
     static const QRegularExpression pattern(
         u"/snap\\.([a-z0-9-]+(?:_[a-z0-9]+)?)\\.([A-Za-z0-9-]+?)"

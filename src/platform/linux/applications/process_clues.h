@@ -9,13 +9,22 @@
 
 namespace tovel {
 
+// When a process began, which tells it apart from later ones of its number.
+struct ProcessStart
+{
+    std::uint64_t ticks = 0; // since boot; never changes, and 0 for nothing else
+    QDateTime time; // wall-clock time, to a hundredth of a second; null when unknown
+
+    bool operator==(const ProcessStart &) const = default;
+};
+
+ProcessStart readProcessStart(std::int32_t pid);
+
 // What the kernel tells of a process (proc(5)), as far as it says which application it belongs to.
 // Whatever cannot be learnt is empty.
 struct ProcessClues
 {
     QString executable; // base name
-    std::uint64_t startTicks = 0; // since boot; never changes, and 0 for nothing else
-    QDateTime startTime; // wall-clock time, to a hundredth of a second
     QString sandboxId; // the desktop-file name that the sandbox gives the application
     QString launchedDesktopFile; // path of the entry that this very process was launched from
 

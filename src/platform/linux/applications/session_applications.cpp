@@ -183,7 +183,7 @@ void SessionApplications::identifyWindows()
         known.clear();
     m_windows.clear();
     m_order.clear();
-    QHash<std::int32_t, ProcessClues> processes;
+    Processes processes;
     for (const SessionWindow &window : windows) {
         const auto owner = known.constFind(window.id);
         const bool isKnown = owner != known.cend() && sameEvidence(owner->evidence, window);
@@ -193,8 +193,8 @@ void SessionApplications::identifyWindows()
     }
 }
 
-SessionApplications::Owner SessionApplications::identify(
-    const SessionWindow &window, QHash<std::int32_t, ProcessClues> &processes)
+SessionApplications::Owner SessionApplications::identify(const SessionWindow &window,
+                                                         Processes &processes)
 {
     WindowClues clues;
     clues.appId = window.appId;
@@ -202,18 +202,23 @@ SessionApplications::Owner SessionApplications::identify(
     clues.className = window.className;
     clues.gtkApplicationId = window.gtkApplicationId;
     clues.kdeDesktopFile = window.kdeDesktopFile;
-    if (window.process > 0) {
-        if (!processes.contains(window.process))
-            processes.insert(window.process, readProcessClues(window.process));
-        clues.process = processes.value(window.process);
+    const auto once = [&window](auto &known, auto read) {
+        const auto found = known.constFind(window.process);
+        return found != known.cend() ? *found : *known.insert(window.process, read(window.process));
+    };
+    std::optional<ApplicationIdentity> identity = m_installed.index().identifyByTexts(clues);
+    if (!identity) {
+        clues.process = once(processes.clues, readProcessClues);
+        if (!window.sandboxId.isEmpty())
+            clues.process.sandboxId = cleanClue(window.sandboxId);
+        identity = m_installed.index().identify(clues);
     }
-    if (!window.sandboxId.isEmpty())
-        clues.process.sandboxId = cleanClue(window.sandboxId);
+    const ProcessStart start = once(processes.starts, readProcessStart);
     Owner owner;
     owner.evidence = window;
-    owner.identity = m_installed.index().identify(clues);
-    owner.key = {window.process, clues.process.startTicks, owner.identity.bundleIdentifier};
-    owner.launchDate = clues.process.startTime;
+    owner.identity = *identity;
+    owner.key = {window.process, start.ticks, identity->bundleIdentifier};
+    owner.launchDate = start.time;
     return owner;
 }
 

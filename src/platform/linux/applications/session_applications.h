@@ -106,8 +106,13 @@ private:
 
     void update();
     void identifyWindows();
-    // Reads each process once and keeps it in the table for the next window.
-    Owner identify(const SessionWindow &window, QHash<std::int32_t, ProcessClues> &processes);
+    // Each is read once and kept for the next window.
+    struct Processes
+    {
+        QHash<std::int32_t, ProcessStart> starts;
+        QHash<std::int32_t, ProcessClues> clues;
+    };
+    Owner identify(const SessionWindow &window, Processes &processes);
     const Owner &rootOwner(std::uint32_t window) const;
     std::int32_t platformProcessFor(const Key &key);
     template <typename Entries>
