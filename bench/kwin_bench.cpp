@@ -1,6 +1,7 @@
 // Measures Tovel on a private KWin, side by side with what else reads the same session or shows a
 // window there. KWin asks for a desktop file of each program, as it does for every user.
 #include "figures.h"
+#include "timing.h"
 
 #include "model/tovel_model.h"
 #include "platform/linux/linux_desktop.h"
@@ -11,13 +12,10 @@
 
 #include <QCoreApplication>
 #include <QDBusConnection>
-#include <QElapsedTimer>
 
-#include <algorithm>
 #include <functional>
 #include <optional>
 #include <thread>
-#include <vector>
 
 using namespace tovel;
 using namespace Qt::StringLiterals;
@@ -28,30 +26,6 @@ constexpr int Applications = 20;
 constexpr int Windows = 100;
 constexpr int FlockApplications = 10; // of half of the windows
 constexpr int Starts = 11;
-
-double milliseconds(const std::function<void()> &body)
-{
-    QElapsedTimer timer;
-    timer.start();
-    body();
-    return static_cast<double>(timer.nsecsElapsed()) / 1e6;
-}
-
-// The median of each, taken in turn, so that what else goes on meets all of them alike.
-std::vector<double> medians(int times, const std::vector<std::function<double()>> &measures)
-{
-    std::vector<std::vector<double>> taken(measures.size());
-    for (int i = 0; i < times; ++i) {
-        for (std::size_t j = 0; j < measures.size(); ++j)
-            taken[j].push_back(measures[j]());
-    }
-    std::vector<double> middle;
-    for (auto &values : taken) {
-        std::ranges::sort(values);
-        middle.push_back(values[values.size() / 2]);
-    }
-    return middle;
-}
 
 // What a user would run: a script of KWin's, loaded, run and unloaded.
 void writeScript(const PrivateSession &session)
