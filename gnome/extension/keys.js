@@ -16,5 +16,5 @@ export function accelerator(position, modifiers) {
     if ((modifiers & ~allModifiers) !== 0 || (modifiers & ~typingModifiers) === 0)
         return null;
     const names = modifierNames.filter(([bit]) => modifiers & bit).map(([, name]) => name);
-    return `${names.join('')}0x${(position + codeOffset).toString(16)}`;
+    return `${names.join('')}0x${(position + codeOffset).toString(16).padStart(2, '0')}`;
 }

@@ -38,7 +38,7 @@ compareEach('isPermitted', executable => isPermitted(executable, programs), [
 
 compareEach('accelerator', accelerator, [
     [[20, 4 | 8 | 64], '<Control><Alt><Super>0x1c'],
-    [[20, 1 | 64], '<Shift><Super>0x1c'],
+    [[2, 1 | 64], '<Shift><Super>0x0a'],
     [[20, 1], null], // would take a capital letter
     [[20, 0], null],
     [[20, 4 | 2], null],
