@@ -92,13 +92,14 @@ ShellWindow windowFrom(const QJsonObject &object)
     return window;
 }
 
-// What the list holds, as long as there is room; 0 and what came before are passed over.
+// The records of the list, as long as there is room; what has no id, or that of one before, is
+// passed over.
 template <typename Take>
 QSet<std::uint32_t> takeEach(const QJsonValue &list, qsizetype room, const Take &take)
 {
     QSet<std::uint32_t> taken;
     for (const QJsonValue &value : list.toArray()) {
-        const std::uint32_t id = idFrom(value.isObject() ? value["id"_L1] : value);
+        const std::uint32_t id = idFrom(value["id"_L1]);
         if (id == 0 || taken.contains(id) || taken.size() == room)
             continue;
         taken.insert(id);
@@ -144,10 +145,11 @@ std::optional<Snapshot> readSnapshot(const QByteArray &json)
         window.workspace = known(workspaces, window.workspace);
         window.facts.transientFor = known(windows, window.facts.transientFor);
     }
-    takeEach(object.value("stacking"_L1), MaximumWindows, [&](std::uint32_t id, const auto &) {
-        if (windows.contains(id))
-            snapshot.stacking.append(id);
-    });
+    auto unordered = windows;
+    for (const QJsonValue &value : object.value("stacking"_L1).toArray()) {
+        if (unordered.remove(idFrom(value)))
+            snapshot.stacking.append(idFrom(value));
+    }
     snapshot.active = known(windows, idFrom(object.value("active"_L1)));
     snapshot.shown = known(workspaces, idFrom(object.value("shown"_L1)));
     snapshot.onlyOnPrimary = object.value("onlyOnPrimary"_L1).toBool();
