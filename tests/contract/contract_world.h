@@ -91,7 +91,8 @@ std::unique_ptr<ContractWorld> makeX11World();
 std::unique_ptr<ContractWorld> makeI3World();
 std::unique_ptr<ContractWorld> makeSwayWorld();
 
-// On a private KWin; null when it does not start.
+// On a private GNOME Shell or KWin; null when it does not start.
+std::unique_ptr<ContractWorld> makeGnomeWorld();
 std::unique_ptr<ContractWorld> makeKWinWorld();
 
 } // namespace tovel

@@ -43,6 +43,7 @@ private Q_SLOTS:
         const QByteArray manager = qgetenv("TOVEL_TEST_MANAGER");
         const QHash<QByteArray, std::unique_ptr<ContractWorld> (*)()> worlds{
             {"memory", makeMemoryWorld},
+            {"gnome", makeGnomeWorld},
             {"kwin", makeKWinWorld},
             {"sway", makeSwayWorld},
             {"i3", makeI3World}};

@@ -73,13 +73,15 @@ Manager managerFromEnvironment()
         return Manager::I3;
     if (name == "sway")
         return Manager::Sway;
+    if (name == "gnome")
+        return Manager::Gnome;
     return name == "xfwm4" ? Manager::Xfwm4 : Manager::Openbox;
 }
 
 PrivateSession::PrivateSession(Manager manager, const SessionOptions &options)
     : m_environment(bareEnvironment())
     , m_manager(manager)
-    , m_hasXWayland(options.xwayland)
+    , m_options(options)
     , m_desktops(manager == Manager::I3 ? 2 : options.desktops)
 {
     m_environment.insert(u"GDK_BACKEND"_s, u"x11"_s);
@@ -96,8 +98,10 @@ PrivateSession::PrivateSession(Manager manager, const SessionOptions &options)
     QFile::setPermissions(m_folder.filePath(u"run"_s),
                           QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     writeConfiguration(options);
+    if (manager == Manager::Gnome)
+        writeGnomeConfiguration();
 
-    if (manager == Manager::KWin || manager == Manager::Sway) {
+    if (manager == Manager::KWin || manager == Manager::Sway || manager == Manager::Gnome) {
         startBus(options.assistive);
         if (options.permitsAll)
             m_environment.insert(u"KWIN_WAYLAND_NO_PERMISSION_CHECKS"_s, u"1"_s);
@@ -220,6 +224,8 @@ bool PrivateSession::isReady()
         return isKWinReady();
     if (m_manager == Manager::Sway)
         return isSwayReady();
+    if (m_manager == Manager::Gnome)
+        return isGnomeReady();
     if (m_display.isEmpty()) {
         qWarning("the X server does not start: %s", qPrintable(m_server->errorString()));
         return false;
@@ -287,6 +293,8 @@ void PrivateSession::startManager()
         startKWin();
     else if (m_manager == Manager::Sway)
         startSway();
+    else if (m_manager == Manager::Gnome)
+        startGnome();
     else if (m_manager == Manager::Openbox)
         m_managerProcess = &start(u"openbox"_s, {u"--sm-disable"_s});
     else if (m_manager == Manager::Icewm)
@@ -310,7 +318,7 @@ void PrivateSession::startKWin()
           u"<Menu><Name>Applications</Name><DefaultAppDirs/><Include><All/></Include></Menu>\n"_s);
     QStringList arguments{u"--virtual"_s, u"--width"_s,         u"1280"_s,     u"--height"_s,
                           u"800"_s,       u"--no-lockscreen"_s, u"--socket"_s, Socket};
-    if (m_hasXWayland) {
+    if (m_options.xwayland) {
         // As every X server does; KWin wants it to be there.
         if (::mkdir("/tmp/.X11-unix", 0) == 0)
             ::chmod("/tmp/.X11-unix", 01777);
@@ -342,7 +350,7 @@ bool PrivateSession::isKWinReady()
         },
         Deadline);
     QFile display(m_folder.filePath(u"display"_s));
-    if (m_hasXWayland && eventually([&] {
+    if (m_options.xwayland && eventually([&] {
             return QFileInfo(display).size() > 1 && display.open(QFile::ReadOnly);
         })) {
         m_display = display.readAll().trimmed();

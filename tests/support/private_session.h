@@ -13,19 +13,24 @@
 
 namespace tovel {
 
-enum class Manager { Openbox, Icewm, Xfwm4, I3, KWin, Sway };
+enum class Manager { Openbox, Icewm, Xfwm4, I3, KWin, Sway, Gnome };
 
 // The manager that the environment variable TOVEL_TEST_MANAGER names: openbox, icewm, xfwm4, i3,
-// kwin or sway.
+// kwin, sway or gnome.
 Manager managerFromEnvironment();
 
 struct SessionOptions
 {
-    int desktops = 4; // those of i3 and sway come and go; with 1 sway has a single output
+    // Those of i3 and sway come and go; with 1 sway has a single output. With 0 GNOME adds and
+    // removes desktops by itself.
+    int desktops = 4;
     QByteArray screen = "1280x800x24";
     QString activateAction{}; // xfwm4's choice of that name; empty leaves it at its default
     bool tcp = false; // the server also listens on TCP, so that a client can hide its process
-    bool permitsAll = true; // KWin tells every program of windows
+    bool permitsAll = true; // KWin tells every program of windows; GNOME's extension is enabled
+    int monitors = 1; // of GNOME
+    bool fixedScreens = false; // on GNOME desktops are on the primary monitor only
+    bool evaluates = false; // GNOME carries out any script (org.gnome.Shell.Eval)
     bool xwayland = false; // with KWin
     bool bus = false; // with a session bus
     bool assistive = false; // with that and the bus on which assistive programs read others
@@ -44,10 +49,10 @@ struct Outcome
 
 // An X server with a window manager, in folders of their own; or, with a bus, KWin as a Wayland
 // session, without an X server but XWayland where it is wanted, that permits everything, or sway
-// with XWayland. i3 and sway have two screens; workspaces 1 to 4 belong on the first one, 5
-// and "6: far" on the other, and windows float there, but for Tovel's under sway. Every process
-// that was started here has ended when this object goes, or when the test's process is killed.
-// Starting fails the test by isReady().
+// or GNOME Shell with XWayland. i3 and sway have two screens; workspaces 1 to 4 belong on the first
+// one, 5 and "6: far" on the other, and windows float there, but for Tovel's under sway. Every
+// process that was started here has ended when this object goes, or when the test's process is
+// killed. Starting fails the test by isReady().
 class PrivateSession final
 {
 public:
@@ -102,13 +107,16 @@ private:
     bool isKWinReady();
     void startSway();
     bool isSwayReady();
+    void startGnome();
+    bool isGnomeReady();
+    void writeGnomeConfiguration() const;
     void writeConfiguration(const SessionOptions &options) const;
 
     QTemporaryDir m_folder;
     QProcessEnvironment m_environment;
     QByteArray m_display;
     Manager m_manager;
-    bool m_hasXWayland;
+    SessionOptions m_options;
     int m_desktops;
     std::vector<std::unique_ptr<QProcess>> m_processes; // ended from the last to the first
     QProcess *m_server = nullptr;
