@@ -4,6 +4,7 @@
 #include "views/theme.h"
 
 #include <QEvent>
+#include <QStyle>
 
 namespace tovel {
 
@@ -16,6 +17,7 @@ ColoredLabel::ColoredLabel(const QString &text, const QFont &font, Color color, 
     // The appearance is told by the text colour of windows, so the label takes another role.
     setForegroundRole(QPalette::BrightText);
     updateColor();
+    alignToLeadingSide();
 }
 
 void ColoredLabel::updateColor()
@@ -32,7 +34,16 @@ void ColoredLabel::changeEvent(QEvent *event)
 {
     if (event->type() == QEvent::PaletteChange && foregroundRole() == QPalette::BrightText)
         updateColor();
+    if (event->type() == QEvent::LayoutDirectionChange && !(alignment() & Qt::AlignHCenter))
+        alignToLeadingSide();
     QLabel::changeEvent(event);
+}
+
+void ColoredLabel::alignToLeadingSide()
+{
+    // By itself a text goes to the side where its own language begins.
+    const Qt::Alignment side = QStyle::visualAlignment(layoutDirection(), Qt::AlignLeading);
+    setAlignment(side | Qt::AlignAbsolute | Qt::AlignVCenter);
 }
 
 ColoredLabel *makeHeading(const QString &text, QWidget *parent)

@@ -8,7 +8,8 @@ class QPalette;
 
 namespace tovel {
 
-// A label whose colour follows the appearance. Shows its text as it stands.
+// A label whose colour follows the appearance. Shows its text as it stands, from the leading side
+// unless it is centred.
 class ColoredLabel final : public QLabel
 {
     Q_OBJECT
@@ -25,6 +26,8 @@ protected:
     void changeEvent(QEvent *event) override;
 
 private:
+    void alignToLeadingSide();
+
     Color m_color;
 };
 

@@ -62,7 +62,6 @@ TovelStatusView::TovelStatusView(TovelModel &model, QWidget *parent)
     setAccessibleRole(*this, QAccessible::Grouping);
     m_text->setWordWrap(true);
     m_text->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    m_text->setAlignment(Qt::AlignLeading | Qt::AlignVCenter);
     m_textArea->setWidget(m_text);
 
     m_skipped->setSymbol(u"info.circle"_s, infoSize);

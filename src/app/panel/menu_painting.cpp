@@ -92,6 +92,7 @@ void paintMenuItem(QPainter &painter, const QStyleOptionMenuItem &item)
                         square(text.left() - columnSpacing - menuPictureSize, menuPictureSize));
 
     painter.setFont(item.font);
+    painter.setLayoutDirection(Qt::LayoutDirectionAuto); // of a text, as its language has it
     const auto write = [&](const QString &words, Qt::Alignment side, const QColor &color) {
         painter.setPen(color);
         const int flags = int(QStyle::visualAlignment(item.direction, side | Qt::AlignVCenter))

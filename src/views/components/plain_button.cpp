@@ -63,7 +63,7 @@ QSize PlainButton::sizeHint() const
     const QFontMetrics metrics(font());
     const int margin = text().isEmpty() ? 0 : textMargin;
     const int textHeight = text().isEmpty() ? 0 : metrics.height();
-    return {symbolRoom() + metrics.horizontalAdvance(text()) + 2 * margin,
+    return {symbolRoom() + metrics.horizontalAdvance(text()) + 1 + 2 * margin,
             std::max(m_symbol.isEmpty() ? 0 : m_symbolSize, textHeight) + margin};
 }
 
