@@ -40,6 +40,23 @@ constexpr int textSlack = 2; // so that a text never wraps by a fraction
 constexpr double separatorHeight = 1;
 const QColor together = QColor::fromRgbF(0.4F, 0.64F, 0.47F);
 
+// Labels wrap between words alone: words wider than a line get places where they may.
+QString breakable(const QString &text, const QFontMetrics &metrics, int width)
+{
+    constexpr QChar zeroWidthSpace(0x200B);
+    QString result;
+    int word = 0;
+    for (const QChar character : text) {
+        word = character.isSpace() ? 0 : word + metrics.horizontalAdvance(character);
+        if (word > width && !character.isLowSurrogate()) {
+            result += zeroWidthSpace;
+            word = metrics.horizontalAdvance(character);
+        }
+        result += character;
+    }
+    return result;
+}
+
 } // namespace
 
 TovelStatusView::TovelStatusView(TovelModel &model, QWidget *parent)
@@ -64,7 +81,7 @@ TovelStatusView::TovelStatusView(TovelModel &model, QWidget *parent)
     m_text->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     m_textArea->setWidget(m_text);
 
-    m_skipped->setSymbol(u"info.circle"_s, infoSize);
+    m_skipped->setSymbol(u"info.circle"_s, grown(infoSize));
     m_skipped->setFont(textFont(TextStyle::caption));
     m_skipped->setColor(
         [](const QPalette &palette) { return withOpacity(TovelTheme::accent(palette), 0.7); });
@@ -100,7 +117,7 @@ void TovelStatusView::redraw()
         : flockIsTogether        ? Indicator::Together
                                  : Indicator::Apart;
     m_busy->setVisible(m_indicator == Indicator::Busy);
-    m_text->setText(shownText());
+    m_shown = shownText();
     m_text->updateColor();
 
     const QList<TravelWindow> skipped = skippedWindows(m_model);
@@ -153,10 +170,13 @@ void TovelStatusView::fitHeight()
     m_skipped->setMaximumWidth(std::max(rest - narrowestText, narrowestText));
     m_indicatorRoom->changeSize(indicatorSize() + spacing, 0, QSizePolicy::Fixed);
     layout()->invalidate();
+    const QString text = breakable(m_shown, m_text->fontMetrics(), textWidth());
+    if (m_text->text() != text)
+        m_text->setText(text);
     // A press beside the text is the window's, which it moves.
     m_text->setMaximumWidth(m_text->fontMetrics().size(0, m_text->text()).width() + textSlack);
-    const int text = std::min(highestText, m_text->heightForWidth(textWidth()));
-    m_textArea->setFixedHeight(std::max(lowestStrip - 2 * verticalMargin, text));
+    const int height = std::min(grown(highestText), m_text->heightForWidth(textWidth()));
+    m_textArea->setFixedHeight(std::max(lowestStrip - 2 * verticalMargin, height));
     setFixedHeight(m_textArea->height() + 2 * verticalMargin);
     m_busy->move((indicatorBox().center() - QRectF(m_busy->rect()).center()).toPoint());
 }
@@ -204,10 +224,10 @@ int TovelStatusView::indicatorSize() const
     case Indicator::Busy:
         return wheelSize;
     case Indicator::Warning:
-        return symbolSize;
+        return grown(symbolSize);
     case Indicator::Together:
     case Indicator::Apart:
-        return dotSize;
+        return grown(dotSize);
     }
     Q_UNREACHABLE();
 }

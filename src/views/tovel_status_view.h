@@ -53,6 +53,7 @@ private:
     TovelModel &m_model;
     std::function<QString()> m_accessAdvice;
     ModelWatch *m_watch;
+    QString m_shown; // what the text says
     Indicator m_indicator = Indicator::Apart;
     bool m_showingSkipped = false;
     QSpacerItem *m_indicatorRoom; // the layout's
