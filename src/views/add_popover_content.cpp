@@ -19,7 +19,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int contentWidth = 280;
+constexpr int usualWidth = 280;
 constexpr int listHeight = 280;
 constexpr int padding = 14;
 constexpr int spacing = 12;
@@ -55,7 +55,7 @@ AddPopoverContent::AddPopoverContent(Actions actions, QWidget *parent)
     m_stack->addWidget(m_none);
     m_stack->addStretch(1);
     m_area->setWidget(m_list);
-    m_area->setFixedHeight(listHeight);
+    m_area->setFixedHeight(grown(listHeight));
 
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(padding, padding, padding - scrollerRoom, padding);
@@ -65,7 +65,7 @@ AddPopoverContent::AddPopoverContent(Actions actions, QWidget *parent)
     searchRow->addWidget(m_search);
     layout->addLayout(searchRow);
     layout->addWidget(m_area);
-    setFixedWidth(contentWidth);
+    setFixedWidth(grown(usualWidth));
     setFocusProxy(m_search);
 }
 

@@ -19,8 +19,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int pictureSize = 28;
-constexpr int plusSize = 16;
+constexpr int usualPicture = 28;
+constexpr int usualPlus = 16;
 constexpr int padding = 8;
 constexpr int spacing = 10;
 constexpr double cornerRadius = 8;
@@ -49,7 +49,7 @@ void AppRow::setMarked(bool marked)
         update();
 }
 
-QSize AppRow::sizeHint() const { return {smallestWidth, pictureSize + 2 * padding}; }
+QSize AppRow::sizeHint() const { return {smallestWidth, grown(usualPicture) + 2 * padding}; }
 
 void AppRow::paintEvent(QPaintEvent *)
 {
@@ -68,6 +68,8 @@ void AppRow::paintEvent(QPaintEvent *)
         painter.setOpacity(disabledOpacity);
     const QRectF area = QRectF(rect()).adjusted(padding, 0, -padding, 0);
     const double middle = area.center().y();
+    const int pictureSize = grown(usualPicture);
+    const int plusSize = grown(usualPlus);
     const QRectF icon(area.left(), middle - pictureSize / 2.0, pictureSize, pictureSize);
     paintAppIcon(painter, m_app.icon, mirrored(icon, *this), *this);
     const QRectF plus(area.right() - plusSize, middle - plusSize / 2.0, plusSize, plusSize);

@@ -19,8 +19,8 @@ namespace {
 constexpr double cornerRadius = 12;
 constexpr int padding = 15;
 constexpr int spacing = 15;
-constexpr int symbolSize = 18;
-constexpr QSizeF markSize(23, 13);
+constexpr int usualSymbol = 18;
+constexpr QSize usualMark(23, 13);
 constexpr int smallestWidth = 100;
 
 QFont nameFont() { return textFont(TextStyle::callout, QFont::DemiBold); }
@@ -50,12 +50,15 @@ void DesktopTile::setValues(const TileValues &values)
 
 QSize DesktopTile::sizeHint() const
 {
-    return {smallestWidth, 2 * padding + symbolSize + spacing + QFontMetrics(nameFont()).height()};
+    return {smallestWidth,
+            2 * padding + grown(usualSymbol) + spacing + QFontMetrics(nameFont()).height()};
 }
 
 void DesktopTile::paintContent(QPainter &painter, const QRectF &inside)
 {
     const QRectF area = inside.adjusted(padding, padding, -padding, -padding);
+    const int symbolSize = grown(usualSymbol);
+    const QSizeF markSize(grown(usualMark.width()), grown(usualMark.height()));
     const QRectF symbol(area.left(), area.top(), symbolSize, symbolSize);
     paintSymbol(painter, u"desktopcomputer"_s, mirrored(symbol, *this),
                 TovelTheme::accent(palette()));

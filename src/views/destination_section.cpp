@@ -22,7 +22,6 @@ namespace {
 constexpr int sideMargin = 24;
 constexpr int sectionSpacing = 20;
 constexpr int stackSpacing = 12;
-constexpr int displayColumnWidth = 144;
 constexpr int narrowestTile = 100;
 constexpr int widestTile = 150;
 constexpr int tileSpacing = 10;
@@ -58,13 +57,13 @@ DestinationSection::DestinationSection(Actions actions, QWidget *parent)
     , m_none(new ColoredLabel(u"No desktops found"_s, textFont(TextStyle::body), secondary))
 {
     auto *displayColumn = new QWidget;
-    displayColumn->setFixedWidth(displayColumnWidth);
+    displayColumn->setFixedWidth(DisplayButton::usualWidth());
     displayColumn->setLayout(m_displayStack);
     m_displayStack->addWidget(makeHeading(u"Displays:"_s));
     m_displayStack->addStretch(1);
 
     m_grid->setContentsMargins(0, 0, 0, 0);
-    m_grid->setColumnWidths(narrowestTile, widestTile);
+    m_grid->setColumnWidths(narrowestTile, grown(widestTile));
     m_grid->setSpacings(tileSpacing, tileSpacing);
     QVBoxLayout *desktopColumn = makeStack();
     desktopColumn->addWidget(makeHeading(u"To this pond:"_s));

@@ -19,9 +19,10 @@ namespace {
 constexpr double cornerRadius = 9;
 constexpr int padding = 10;
 constexpr int spacing = 8;
-constexpr int symbolSize = 22; // of a symbol set in text of 20
+constexpr int usualSymbol = 22; // of a symbol set in text of 20
 constexpr int lowest = 36;
-constexpr int usualWidth = 144;
+constexpr int narrowest = 144;
+constexpr int widest = 190;
 constexpr int mostLines = 2;
 
 QFont nameFont() { return textFont(TextStyle::caption, QFont::Medium); }
@@ -53,16 +54,20 @@ void DisplayButton::setValues(const DisplayValues &values)
 
 int DisplayButton::heightForWidth(int width) const
 {
+    const int symbolSize = grown(usualSymbol);
     const int text = textBlockHeight(m_values.name, nameFont(),
                                      width - 2 * padding - symbolSize - spacing, mostLines);
     return std::max(lowest, std::max(text, symbolSize) + 2 * padding);
 }
 
-QSize DisplayButton::sizeHint() const { return {usualWidth, heightForWidth(usualWidth)}; }
+int DisplayButton::usualWidth() { return std::min(grown(narrowest), widest); }
+
+QSize DisplayButton::sizeHint() const { return {usualWidth(), heightForWidth(usualWidth())}; }
 
 void DisplayButton::paintContent(QPainter &painter, const QRectF &inside)
 {
     const QRectF area = inside.adjusted(padding, padding, -padding, -padding);
+    const int symbolSize = grown(usualSymbol);
     const QRectF symbol(area.left(), area.center().y() - symbolSize / 2.0, symbolSize, symbolSize);
     paintSymbol(painter, m_values.builtIn ? u"laptopcomputer"_s : u"display"_s,
                 mirrored(symbol, *this), TovelTheme::accent(palette()));

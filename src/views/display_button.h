@@ -11,6 +11,9 @@ class DisplayButton final : public Surface
     Q_OBJECT
 
 public:
+    // More for larger text, within what the tiles leave.
+    static int usualWidth();
+
     explicit DisplayButton(QWidget *parent = nullptr);
 
     const QString &display() const { return m_values.display; }

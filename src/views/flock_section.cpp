@@ -6,9 +6,12 @@
 #include "views/components/overlay_scroll_area.h"
 #include "views/components/plain_button.h"
 #include "views/mirrored.h"
+#include "views/text_style.h"
 #include "views/theme.h"
 
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace tovel {
 
@@ -24,7 +27,7 @@ constexpr int narrowestColumn = 10;
 constexpr int gridPadding = 2;
 constexpr int lowestArea = 80;
 constexpr int addButtonSize = 28;
-constexpr int plusSize = 16;
+constexpr int usualPlus = 16;
 
 } // namespace
 
@@ -36,7 +39,7 @@ FlockSection::FlockSection(Actions actions, QWidget *parent)
     , m_cards(new QWidget)
     , m_grid(new EqualColumnsLayout(m_cards))
 {
-    m_add->setSymbol(u"plus"_s, plusSize);
+    m_add->setSymbol(u"plus"_s, std::min(grown(usualPlus), addButtonSize));
     m_add->setFixedSize(addButtonSize, addButtonSize);
     m_add->setAccessibleName(u"Add app"_s);
     m_add->setColor([](const QPalette &palette) { return TovelTheme::accent(palette); });

@@ -16,7 +16,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int contentWidth = 320;
+constexpr int usualWidth = 320;
 constexpr int padding = 18;
 constexpr int spacing = 14;
 constexpr int ringRoom = 6; // of the padding, for the mark of the focus around the list
@@ -55,7 +55,7 @@ SkippedList::SkippedList(QWidget *parent)
     title->setContentsMargins(ringRoom, 0, ringRoom, 0);
     layout->addWidget(title);
     layout->addWidget(m_area);
-    setFixedWidth(contentWidth);
+    setFixedWidth(grown(usualWidth));
 }
 
 void SkippedList::setWindows(const QList<TravelWindow> &windows)
@@ -78,10 +78,9 @@ void SkippedList::setWindows(const QList<TravelWindow> &windows)
     rows->addStretch(1);
     m_area->setWidget(m_rows);
 
-    const int highest
-        = static_cast<int>(std::min<qsizetype>(highestRow * windows.size(), highestList));
-    m_area->setFixedHeight(
-        std::min(highest, rows->heightForWidth(contentWidth - 2 * outerPadding)));
+    const int highest = static_cast<int>(
+        std::min<qsizetype>(grown(highestRow) * windows.size(), grown(highestList)));
+    m_area->setFixedHeight(std::min(highest, rows->heightForWidth(width() - 2 * outerPadding)));
 }
 
 } // namespace tovel

@@ -30,11 +30,15 @@ int stepsBelowBody(TextStyle style)
 
 } // namespace
 
-QFont textFont(TextStyle style, QFont::Weight weight)
+int grown(int length)
 {
     const int body = std::max(smallestBody, QFontInfo(QGuiApplication::font()).pixelSize());
-    return systemFont(qRound(body * (smallestBody - stepsBelowBody(style)) / double(smallestBody)),
-                      weight);
+    return qRound(body * length / double(smallestBody));
+}
+
+QFont textFont(TextStyle style, QFont::Weight weight)
+{
+    return systemFont(grown(smallestBody - stepsBelowBody(style)), weight);
 }
 
 QFont textFont(TextStyle style)

@@ -14,4 +14,7 @@ QFont textFont(TextStyle style);
 // The session's font at a fixed size, in device-independent pixels.
 QFont systemFont(int pixelSize, QFont::Weight weight = QFont::Normal);
 
+// A length that goes with text: the given one beside a body of 14 pixels, more beside a larger one.
+int grown(int length);
+
 } // namespace tovel

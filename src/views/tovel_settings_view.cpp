@@ -7,11 +7,14 @@
 #include "views/components/plain_button.h"
 #include "views/icon_choice.h"
 #include "views/model_watch.h"
+#include "views/text_style.h"
 #include "views/theme.h"
 
 #include <QCoreApplication>
 #include <QHBoxLayout>
 #include <QMenu>
+
+#include <algorithm>
 
 namespace tovel {
 
@@ -38,7 +41,7 @@ TovelSettingsView::TovelSettingsView(TovelModel &model, TovelUpdates &updates,
     , m_watch(new ModelWatch(
           model, [this] { redraw(); }, this))
 {
-    m_button->setSymbol(u"gearshape"_s, symbolSize);
+    m_button->setSymbol(u"gearshape"_s, std::min(grown(symbolSize), buttonSize));
     m_button->setFixedSize(buttonSize, buttonSize);
     m_button->setAccessibleName(u"Tovel settings"_s);
     m_button->setToolTip(u"Settings"_s);

@@ -12,6 +12,7 @@
 #include <QFontMetrics>
 #include <QPainter>
 
+#include <algorithm>
 #include <utility>
 
 namespace tovel {
@@ -21,9 +22,13 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr QSize frame(132, 32);
-constexpr int imageSize = 23;
+constexpr int usualImage = 23;
+constexpr int largestImage = 30;
 constexpr int spacing = 7;
 constexpr int textSize = 16;
+constexpr int largestText = 24; // in the frame
+
+int imageSize() { return std::min(grown(usualImage), largestImage); }
 
 } // namespace
 
@@ -50,7 +55,7 @@ void TovelTitleView::redraw()
 
 void TovelTitleView::loadMark()
 {
-    const int side = qRound(imageSize * devicePixelRatioF());
+    const int side = qRound(imageSize() * devicePixelRatioF());
     if (std::exchange(m_markSide, side) != side)
         m_mark = image(m_style, side).value_or(QImage());
 }
@@ -58,15 +63,16 @@ void TovelTitleView::loadMark()
 void TovelTitleView::paintEvent(QPaintEvent *)
 {
     const QString title = u"Tovel"_s;
-    const QFont font = systemFont(textSize, QFont::DemiBold);
+    const QFont font = systemFont(std::min(grown(textSize), largestText), QFont::DemiBold);
     loadMark();
-    const int imageWidth = m_mark.isNull() ? 0 : imageSize + spacing;
+    const int imageWidth = m_mark.isNull() ? 0 : imageSize() + spacing;
     const double textWidth = QFontMetricsF(font).horizontalAdvance(title);
     const double left = (width() - imageWidth - textWidth) / 2;
 
     QPainter painter(this);
     if (!m_mark.isNull()) {
-        const QRectF box(left, (height() - imageSize) / 2.0, imageSize, imageSize);
+        const int side = imageSize();
+        const QRectF box(left, (height() - side) / 2.0, side, side);
         const QRect pixels = devicePixels(painter, mirrored(box, *this));
         paintDeviceImage(painter, pixels.topLeft(), m_mark);
     }

@@ -13,4 +13,11 @@ QLabel *makeWrappedText(const QString &text, TextStyle style)
     return label;
 }
 
+QLabel *makeWrappedText(const QString &text, TextStyle style, int width)
+{
+    QLabel *label = makeWrappedText(text, style);
+    label->setFixedWidth(grown(width));
+    return label;
+}
+
 } // namespace tovel

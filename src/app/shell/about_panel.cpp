@@ -18,11 +18,11 @@ namespace {
 constexpr int margin = 24;
 constexpr int spacing = 10;
 constexpr int iconSide = 96;
-constexpr int dialogWidth = 320;
+constexpr int textWidth = 272;
 
 void addLine(QVBoxLayout &layout, const QString &text, TextStyle style)
 {
-    QLabel *label = makeWrappedText(text, style);
+    QLabel *label = makeWrappedText(text, style, textWidth);
     label->setAlignment(Qt::AlignCenter);
     layout.addWidget(label);
 }
@@ -50,13 +50,13 @@ AboutPanel::AboutPanel(QWidget *parent, const Bundle &bundle)
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(margin, margin, margin, margin);
     layout->setSpacing(spacing);
+    layout->setSizeConstraint(QLayout::SetFixedSize);
     layout->addWidget(m_icon);
     addLine(*layout, u"Tovel"_s, TextStyle::headline);
     addLine(*layout, version, TextStyle::body);
     if (!copyright.isEmpty())
         addLine(*layout, copyright, TextStyle::caption);
     layout->addWidget(buttons);
-    setFixedWidth(dialogWidth);
     showIcon();
 }
 

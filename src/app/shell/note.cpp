@@ -13,7 +13,7 @@ namespace {
 
 constexpr int margin = 20;
 constexpr int spacing = 14;
-constexpr int dialogWidth = 420;
+constexpr int textWidth = 380;
 
 } // namespace
 
@@ -31,10 +31,10 @@ Note::Note(const QString &heading, const QString &text, QWidget *parent)
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(margin, margin, margin, margin);
     layout->setSpacing(spacing);
-    layout->addWidget(makeWrappedText(heading, TextStyle::headline));
-    layout->addWidget(makeWrappedText(text, TextStyle::body));
+    layout->setSizeConstraint(QLayout::SetFixedSize);
+    layout->addWidget(makeWrappedText(heading, TextStyle::headline, textWidth));
+    layout->addWidget(makeWrappedText(text, TextStyle::body, textWidth));
     layout->addWidget(m_buttons);
-    setFixedWidth(dialogWidth);
     ok->setFocus();
 }
 

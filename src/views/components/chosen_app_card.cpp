@@ -45,7 +45,7 @@ QCoro::Task<> runReopen(std::function<QCoro::Task<>()> reopen, std::function<voi
 ChosenAppCard::ChosenAppCard(const RunningApp &app, QWidget *parent)
     : QWidget(parent)
     , m_app(app)
-    , m_icon(new AppIcon(iconSize, this))
+    , m_icon(new AppIcon(grown(iconSize), this))
     , m_closed(new TextLabel(1, this))
     , m_name(new TextLabel(mostNameLines, this))
     , m_reopenButton(new ReopenButton(this))
@@ -60,7 +60,7 @@ ChosenAppCard::ChosenAppCard(const RunningApp &app, QWidget *parent)
     m_name->setAlignment(Qt::AlignCenter);
     connect(m_reopenButton, &PlainButton::clicked, this, &ChosenAppCard::reopen);
 
-    m_removeButton->setSymbol(u"xmark"_s, xmarkSize);
+    m_removeButton->setSymbol(u"xmark"_s, grown(xmarkSize));
     m_removeButton->setFixedSize(removeSize, removeSize);
     m_removeButton->setFocusPolicy(Qt::TabFocus);
     m_removeButton->setColor([this](const QPalette &palette) {
