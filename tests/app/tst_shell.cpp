@@ -182,6 +182,10 @@ private Q_SLOTS:
         QVERIFY(lines(*menu).contains(u"Keyboard Shortcut… (⌃⌥⌘T)"_s));
         menu->actions().at(4)->trigger();
         QCOMPARE(moved, 12U);
+        const BusMenuItem onBus = busMenu(*menu, [](QAction *) { return 1; });
+        const QStringList quit{u"Control"_s, u"Q"_s};
+        QCOMPARE(onBus.children.back().properties[u"shortcut"_s],
+                 QVariant::fromValue(QList<QStringList>{quit}));
 
         world.facts().trusted = false;
         world.desktop.replaceReply("SLSCopyManagedDisplaySpaces", QVariantList());

@@ -63,7 +63,8 @@ QVariantMap propertiesOf(const QAction &action)
     if (action.menu())
         properties[u"children-display"_s] = u"submenu"_s;
     if (!action.shortcut().isEmpty())
-        properties[u"shortcut"_s] = QVariant::fromValue(QList{keys(action.shortcut())});
+        properties[u"shortcut"_s]
+            = QVariant::fromValue(QList<QStringList>{keys(action.shortcut())});
     if (!action.icon().isNull())
         properties[u"icon-data"_s] = png(action.icon());
     return properties;
