@@ -82,7 +82,7 @@ PrivateSession::PrivateSession(Manager manager, const SessionOptions &options)
     : m_environment(bareEnvironment())
     , m_manager(manager)
     , m_options(options)
-    , m_desktops(manager == Manager::I3 ? 2 : options.desktops)
+    , m_desktops(manager == Manager::I3 ? std::min(options.desktops, 2) : options.desktops)
 {
     m_environment.insert(u"GDK_BACKEND"_s, u"x11"_s);
     m_environment.insert(u"NO_AT_BRIDGE"_s, u"1"_s);
@@ -180,7 +180,8 @@ void PrivateSession::writeConfiguration(const SessionOptions &options) const
     tiling += u"workspace 5 output $right\nset $far \"6: far\"\nworkspace $far output $right\n"_s;
     write(u"config/i3/config"_s,
           u"# i3 config file (v4)\nfont pango:monospace 8\n"
-          "fake-outputs 1280x800+0+0,1280x800+1280+0\nset $left fake-0\nset $right fake-1\n"_s
+          "fake-outputs 1280x800+0+0%1\nset $left fake-0\nset $right fake-1\n"_s.arg(
+              options.desktops == 1 ? u""_s : u",1280x800+1280+0"_s)
               + tiling);
     // Nobody but the one that sway runs as would be let in by its X server.
     write(u"config/sway/config"_s,

@@ -21,7 +21,7 @@ Manager managerFromEnvironment();
 
 struct SessionOptions
 {
-    // Those of i3 and sway come and go; with 1 sway has a single output. With 0 GNOME adds and
+    // Those of i3 and sway come and go; with 1 they have a single output. With 0 GNOME adds and
     // removes desktops by itself.
     int desktops = 4;
     QByteArray screen = "1280x800x24";
