@@ -143,9 +143,12 @@ struct Server
     }
 };
 
-QString unanswered(const QString &what, const QByteArray &path)
+QString unanswered(const QString &what, i3::Listener listener, const QByteArray &path)
 {
-    return u"%1 does not answer this user on “%2”"_s.arg(what, QString::fromLocal8Bit(path));
+    const QString text = listener == i3::Listener::Anothers
+        ? u"the socket of %1, “%2”, belongs to another user"_s
+        : u"%1 does not answer on “%2”"_s;
+    return text.arg(what, QString::fromLocal8Bit(path));
 }
 
 Search findSway(Server &, Stay)
@@ -154,8 +157,10 @@ Search findSway(Server &, Stay)
     if (path.isEmpty())
         return {nullptr, u"SWAYSOCK is not set"_s};
     auto session = i3::I3Session::open(path);
-    const bool isSilent = !session && i3::IpcConnection::open(path);
-    return {std::move(session), unanswered(u"sway"_s, path), isSilent};
+    if (session)
+        return {std::move(session)};
+    const i3::Listener listener = i3::listenerAt(path);
+    return {nullptr, unanswered(u"sway"_s, listener, path), listener == i3::Listener::Own};
 }
 
 Search findI3(Server &server, Stay)
@@ -168,7 +173,9 @@ Search findI3(Server &server, Stay)
     if (path.isEmpty())
         return {nullptr, u"no i3 is running, or I3SOCK is not set"_s};
     auto session = i3::I3Session::open(path, std::move(server.session));
-    return {std::move(session), unanswered(u"i3"_s, path)};
+    if (session)
+        return {std::move(session)};
+    return {nullptr, unanswered(u"i3"_s, i3::listenerAt(path), path)};
 }
 
 // For one run a manager has to be there already.

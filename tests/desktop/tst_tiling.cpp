@@ -1,5 +1,6 @@
 #include "platform/session/i3/frames.h"
 #include "platform/session/i3/i3_session.h"
+#include "platform/session/i3/ipc_connection.h"
 #include "platform/session/x11/x11_session.h"
 #include "support/test_client.h"
 #include "support/tiling_user.h"
@@ -385,26 +386,29 @@ private Q_SLOTS:
     void asksNobodyWhoDoesNotAnswer_data()
     {
         QTest::addColumn<bool>("listens");
-        QTest::addColumn<QByteArray>("noise"); // without end
+        QTest::addColumn<QByteArray>("noise");
+        QTest::addColumn<bool>("hasEnd"); // or it goes on for ever
         QTest::addColumn<bool>("isAnothers");
-        QTest::newRow("nobody there") << false << QByteArray() << false;
-        QTest::newRow("one who is deaf") << true << QByteArray() << false;
-        QTest::newRow("one who only talks")
-            << true << i3::frameBytes(i3::MessageType::WorkspaceEvent, "{}").repeated(1 << 16)
-            << false;
-        // Who would answer.
-        const QByteArray json = R"({"human_readable":"1.7","variant":"sway"})";
-        QTest::newRow("another user's") << true
-                                        << i3::frameBytes(i3::MessageType::GetVersion, json)
-                + i3::frameBytes(i3::MessageType::Subscribe, "{}")
-                + i3::frameBytes(i3::MessageType::Subscribe, "{}")
-                + i3::frameBytes(i3::MessageType::GetConfig, "{}")
-                                        << true;
+        // As sway does at first.
+        const QByteArray version = R"({"human_readable":"1.7","variant":"sway"})";
+        const QByteArray greeting = i3::frameBytes(i3::MessageType::GetVersion, version)
+            + i3::frameBytes(i3::MessageType::Subscribe, "{}").repeated(2)
+            + i3::frameBytes(i3::MessageType::GetConfig, "{}");
+        const QByteArray talk
+            = i3::frameBytes(i3::MessageType::WorkspaceEvent, "{}").repeated(1 << 16);
+        const QByteArray noTree = i3::frameBytes(i3::MessageType::GetTree, "[]");
+        QTest::newRow("nobody there") << false << QByteArray() << true << false;
+        QTest::newRow("one who is deaf") << true << QByteArray() << true << false;
+        QTest::newRow("one who only talks") << true << talk << false << false;
+        QTest::newRow("one who falls silent") << true << greeting << true << false;
+        QTest::newRow("one who has no tree") << true << greeting + noTree << true << false;
+        QTest::newRow("another user's") << true << greeting << true << true;
     }
     void asksNobodyWhoDoesNotAnswer()
     {
         QFETCH(const bool, listens);
         QFETCH(const QByteArray, noise);
+        QFETCH(const bool, hasEnd);
         QFETCH(const bool, isAnothers);
         if (isAnothers && ::getuid() != 0)
             QSKIP("only root can be two users");
@@ -419,7 +423,10 @@ private Q_SLOTS:
         std::jthread talker([&] {
             const int peer = noise.isEmpty() ? -1 : ::accept(server, nullptr, nullptr);
             while (::send(peer, noise.data(), static_cast<std::size_t>(noise.size()), MSG_NOSIGNAL)
-                   > 0) { }
+                       > 0
+                   && !hasEnd) { }
+            char heard = 0;
+            while (::recv(peer, &heard, 1, 0) > 0) { }
             ::close(peer);
         });
         QElapsedTimer timer;
@@ -428,9 +435,15 @@ private Q_SLOTS:
         for (const QByteArray &shared : {QFile::encodeName(folder.path()), path})
             QVERIFY(!isAnothers || ::chmod(shared.constData(), 0777) == 0);
         QVERIFY(!isAnothers || ::seteuid(Nobody) == 0);
-        const bool isOpen = i3::I3Session::open(path) != nullptr;
+        auto session = i3::I3Session::open(path);
+        const bool isOpen = session != nullptr;
+        const bool isUsed = isOpen && session->isControllable();
+        session.reset();
+        const i3::Listener listener = i3::listenerAt(path);
         QVERIFY(!isAnothers || ::seteuid(0) == 0);
-        QVERIFY(!isOpen);
+        QVERIFY(!isUsed);
+        QCOMPARE(isOpen, hasEnd && !noise.isEmpty() && !isAnothers);
+        QCOMPARE(listener == i3::Listener::Anothers, isAnothers);
         QVERIFY2(timer.elapsed() < Limit, qPrintable(QString::number(timer.elapsed())));
         talker.join();
         ::close(server);

@@ -30,25 +30,44 @@ bool isOwn(int socket)
             && peer.uid == ::geteuid());
 }
 
-} // namespace
-
-std::unique_ptr<IpcConnection> IpcConnection::open(const QByteArray &path)
+// -1 where nobody listens.
+int connectTo(const QByteArray &path)
 {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     if (path.isEmpty() || static_cast<std::size_t>(path.size()) >= sizeof address.sun_path)
-        return nullptr;
+        return -1;
     std::memcpy(address.sun_path, path.constData(), static_cast<std::size_t>(path.size()));
     const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
     if (socket < 0)
-        return nullptr;
+        return -1;
     // Where the queue of those who want in is full, a socket that does not block says so at once.
-    if (::connect(socket, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0
-        || !isOwn(socket)) {
+    if (::connect(socket, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0)
+        return socket;
+    ::close(socket);
+    return -1;
+}
+
+} // namespace
+
+Listener listenerAt(const QByteArray &path)
+{
+    const int socket = connectTo(path);
+    if (socket < 0)
+        return Listener::Nobody;
+    const Listener listener = isOwn(socket) ? Listener::Own : Listener::Anothers;
+    ::close(socket);
+    return listener;
+}
+
+std::unique_ptr<IpcConnection> IpcConnection::open(const QByteArray &path)
+{
+    const int socket = connectTo(path);
+    if (socket >= 0 && isOwn(socket))
+        return std::unique_ptr<IpcConnection>(new IpcConnection(socket));
+    if (socket >= 0)
         ::close(socket);
-        return nullptr;
-    }
-    return std::unique_ptr<IpcConnection>(new IpcConnection(socket));
+    return nullptr;
 }
 
 IpcConnection::IpcConnection(int socket)

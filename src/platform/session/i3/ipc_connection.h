@@ -15,6 +15,11 @@ class QSocketNotifier;
 
 namespace tovel::i3 {
 
+// Who listens at a socket's path: a program of this user, or another user's, which is not asked.
+enum class Listener { Nobody, Own, Anothers };
+
+Listener listenerAt(const QByteArray &path);
+
 // A connection to the socket of i3 or sway. No call waits for longer than it is told to; a session
 // that did not answer by then, or sent what is no frame, is gone for good for this connection.
 class IpcConnection final
