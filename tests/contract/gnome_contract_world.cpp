@@ -6,7 +6,6 @@
 #include "support/private_session.h"
 #include "support/wayland_client.h"
 
-#include <QDBusConnection>
 #include <QJsonArray>
 #include <QTest>
 
@@ -41,8 +40,7 @@ public:
             return false;
         m_session.adopt();
         m_client = std::make_unique<WaylandClient>(qgetenv("WAYLAND_DISPLAY"));
-        m_desktop = std::make_unique<LinuxDesktop>(
-            gnome::GnomeSession::open(QDBusConnection::sessionBus()));
+        m_desktop = std::make_unique<LinuxDesktop>(gnome::GnomeSession::open(m_user.bus()));
         return m_desktop->hasSession() && m_client->isConnected();
     }
 

@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 namespace tovel {
 
@@ -45,6 +46,9 @@ void PrivateSession::writeGnomeConfiguration() const
         qWarning("the extension is not built");
     QString metadata = QString::fromUtf8(file.readAll());
     const bool isOld = metadata.contains(u"\"43\"");
+    const QString own = m_environment.value(u"XDG_DATA_HOME"_s) + u"/gnome-shell/extensions/"_s;
+    QDir().mkpath(own);
+    QFile::link(QFileInfo(file).path(), own + Extension);
     const QString folder = u"data/gnome-shell/extensions/"_s + Ready;
     write(folder + u"/metadata.json"_s, metadata.replace(Extension, Ready));
     write(folder + u"/extension.js"_s,
@@ -60,7 +64,7 @@ void PrivateSession::startGnome()
     const std::pair<QString, QString> variables[]
         = {{u"GSETTINGS_BACKEND"_s, u"keyfile"_s},
            {u"LIBGL_ALWAYS_SOFTWARE"_s, u"1"_s},
-           {u"XDG_DATA_DIRS"_s, QStringLiteral(TOVEL_GNOME_DATA) + u":/usr/share"_s},
+           {u"XDG_DATA_DIRS"_s, u"/usr/share"_s},
            // It needs one, whoever is on it.
            {u"DBUS_SYSTEM_BUS_ADDRESS"_s, m_environment.value(u"DBUS_SESSION_BUS_ADDRESS"_s)},
            {u"XDG_CURRENT_DESKTOP"_s, u"GNOME"_s},

@@ -16,15 +16,26 @@ namespace {
 
 const QString Remote = u"org.gnome.Mutter.RemoteDesktop"_s;
 
-QDBusMessage call(const QString &service, const QString &path, const QString &interface,
-                  const QString &method, const QVariantList &arguments = {})
+QDBusMessage call(const QDBusConnection &bus, const QString &service, const QString &path,
+                  const QString &interface, const QString &method,
+                  const QVariantList &arguments = {})
 {
     auto message = QDBusMessage::createMethodCall(service, path, interface, method);
     message.setArguments(arguments);
-    return QDBusConnection::sessionBus().call(message);
+    return bus.call(message);
 }
 
 } // namespace
+
+QDBusConnection GnomeUser::bus() const
+{
+    if (!m_bus.isConnected()) {
+        static int last = 0;
+        m_bus = QDBusConnection::connectToBus(qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"),
+                                              u"gnome user %1"_s.arg(++last));
+    }
+    return m_bus;
+}
 
 QJsonValue GnomeUser::evaluate(const QString &script) const
 {
@@ -37,7 +48,7 @@ QJsonValue GnomeUser::evaluate(const QString &script) const
           "    a.get_stable_sequence() - b.get_stable_sequence());\n"
           "const numbered = n => listed.find(w => w.get_stable_sequence() === n);\n"_s;
     const QDBusMessage reply
-        = call(u"org.gnome.Shell"_s, u"/org/gnome/Shell"_s, u"org.gnome.Shell"_s, u"Eval"_s,
+        = call(bus(), u"org.gnome.Shell"_s, u"/org/gnome/Shell"_s, u"org.gnome.Shell"_s, u"Eval"_s,
                {u"(() => {%1 return [%2]; })()"_s.arg(names, script)});
     const QString text = reply.arguments().value(1).toString();
     if (!reply.arguments().value(0).toBool()) {
@@ -56,14 +67,15 @@ void GnomeUser::notify(const QString &method, const QVariantList &arguments)
 {
     const QString session = Remote + u".Session"_s;
     if (m_remote.isEmpty()) {
-        m_remote = call(Remote, u"/org/gnome/Mutter/RemoteDesktop"_s, Remote, u"CreateSession"_s)
-                       .arguments()
-                       .value(0)
-                       .value<QDBusObjectPath>()
-                       .path();
-        call(Remote, m_remote, session, u"Start"_s);
+        m_remote
+            = call(bus(), Remote, u"/org/gnome/Mutter/RemoteDesktop"_s, Remote, u"CreateSession"_s)
+                  .arguments()
+                  .value(0)
+                  .value<QDBusObjectPath>()
+                  .path();
+        call(bus(), Remote, m_remote, session, u"Start"_s);
     }
-    call(Remote, m_remote, session, method, arguments);
+    call(bus(), Remote, m_remote, session, method, arguments);
 }
 
 void GnomeUser::holdKey(std::uint32_t key, bool down)

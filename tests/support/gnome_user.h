@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDBusConnection>
 #include <QJsonValue>
 #include <QPoint>
 #include <QString>
@@ -9,11 +10,15 @@
 namespace tovel {
 
 // Someone at a session of GNOME Shell that evaluates scripts: what its user does, and what the
-// Shell itself says. On the session's bus of the test's own process. Knows nothing of the code
+// Shell itself says. Knows nothing of the code
 // under test.
 class GnomeUser final
 {
 public:
+    // Of the bus that the environment names when it is first asked for: Qt would keep the process's
+    // own when that has gone.
+    QDBusConnection bus() const;
+
     // What the script comes to; undefined where it fails. The names Meta, GLib and Gio stand for
     // their libraries, row for the workspaces, listed for the windows that have a size, oldest
     // first, and numbered(N) for the one with the Shell's sequence number.
@@ -29,6 +34,7 @@ public:
 private:
     void notify(const QString &method, const QVariantList &arguments);
 
+    mutable QDBusConnection m_bus{QString()};
     QString m_remote; // the session of the keyboard and the mouse
 };
 

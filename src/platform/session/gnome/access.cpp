@@ -37,7 +37,7 @@ bool isLocked(ShellBus &bus)
 {
     const QString name = u"org.gnome.ScreenSaver"_s;
     const auto reply = bus.call({name, u"/org/gnome/ScreenSaver"_s, name, u"GetActive"_s});
-    return reply.arguments().value(0).toBool();
+    return reply.type() == QDBusMessage::ReplyMessage && reply.arguments().value(0).toBool();
 }
 
 } // namespace
