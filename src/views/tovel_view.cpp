@@ -12,6 +12,7 @@
 #include "views/theme.h"
 #include "views/tovel_status_view.h"
 
+#include <QEvent>
 #include <QPainter>
 #include <QVBoxLayout>
 
