@@ -267,6 +267,10 @@ private Q_SLOTS:
             button.setValues(values);
             QVERIFY(isNew(button));
         }
+        button.setAttribute(Qt::WA_UnderMouse);
+        QVERIFY(isNew(button));
+        button.setDown(true);
+        QVERIFY(isNew(button));
         ModelWorld world;
         const RunningApp app = world.start().apps().first();
         ChosenAppCard card({.id = app.id, .name = app.name});

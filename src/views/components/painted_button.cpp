@@ -1,7 +1,6 @@
 #include "views/components/painted_button.h"
 
 #include "views/components/accessible_surface.h"
-#include "views/components/pointing_cursor.h"
 
 #include <QAccessible>
 #include <QKeyEvent>
@@ -10,8 +9,8 @@ namespace tovel {
 
 PaintedButton::PaintedButton(QWidget *parent)
     : QAbstractButton(parent)
-    , m_cursor(pointingCursor(this))
 {
+    setCursor(Qt::PointingHandCursor);
     installAccessibleSurfaces();
     setFocusPolicy(Qt::StrongFocus);
 }
@@ -23,7 +22,7 @@ void PaintedButton::setActionable(bool actionable)
     m_actionable = actionable;
     if (!actionable)
         setDown(false);
-    m_cursor->setEnabled(actionable);
+    setCursor(actionable ? Qt::PointingHandCursor : Qt::ArrowCursor);
     tellActionable();
     update();
 }

@@ -4,8 +4,6 @@
 
 namespace tovel {
 
-class PointingCursor;
-
 // What the buttons that paint themselves have in common: Space, Return and Enter click them, the
 // hand shows that they can be clicked, the focus is marked once the keyboard is used, and
 // assistive programs read name, value, selection and whether they can be pressed.
@@ -43,7 +41,6 @@ protected:
 private:
     void tellActionable();
 
-    PointingCursor *m_cursor;
     bool m_actionable = true;
     bool m_keyboardFocus = false;
     QString m_value;
