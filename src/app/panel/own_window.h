@@ -6,7 +6,7 @@ class QWindow;
 
 namespace tovel {
 
-// What the platform knows the window by. It has to have been shown.
+// The number and title by which the platform finds a window. Call it after the window was shown.
 OwnWindow ownWindow(const QWindow &window);
 
 } // namespace tovel

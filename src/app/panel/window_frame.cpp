@@ -9,10 +9,10 @@ namespace tovel {
 
 namespace {
 
-// As far as X11 can count.
+// The farthest that X11 can express, in 16 bits.
 constexpr int FarthestCoordinate = 32767;
 
-// What of the upper edge has to be shown for a hand to get hold of it.
+// How much of the title bar has to be on a screen, so that the mouse can drag the window.
 constexpr QSize Handle(64, 16);
 constexpr int HandleReach = 24;
 
