@@ -50,12 +50,17 @@ public:
     // Of the first display.
     virtual QRectF bounds() const { return QRectF(0, 0, 1280, 800); }
 
-    // Gives the window's number. All windows are of one process of the kernel.
-    virtual std::uint32_t open(const ContractWindow &window) = 0;
+    // Gives the window's number, which is the one given, if any. All windows are of one process of
+    // the kernel.
+    virtual std::uint32_t open(const ContractWindow &window, std::uint32_t number = 0) = 0;
     // An application ends with its last window.
     virtual void close(std::uint32_t window) = 0;
     // Closes the window, and at once another one gets its number.
-    virtual void replace(std::uint32_t window, const ContractWindow &other) = 0;
+    void replace(std::uint32_t window, const ContractWindow &other)
+    {
+        close(window);
+        open(other, window);
+    }
     virtual void minimize(std::uint32_t window) = 0;
     virtual void makeFullScreen(std::uint32_t window) = 0;
     virtual void putOnAllDesktops(std::uint32_t window) = 0;

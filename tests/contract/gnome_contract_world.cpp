@@ -48,7 +48,7 @@ public:
     bool usesNumbersAgain() const override { return false; }
     bool tellsDocks() const override { return false; }
 
-    std::uint32_t open(const ContractWindow &window) override
+    std::uint32_t open(const ContractWindow &window, std::uint32_t) override
     {
         const bool isDialog = window.kind == ContractWindowKind::Dialog;
         const auto before = numbers();
@@ -81,7 +81,6 @@ public:
         if (const auto found = m_handles.extract(window); !found.empty())
             m_client->close(found.mapped());
     }
-    void replace(std::uint32_t, const ContractWindow &) override { }
     void minimize(std::uint32_t window) override { m_client->minimize(m_handles[window]); }
     void makeFullScreen(std::uint32_t window) override
     {
@@ -144,12 +143,6 @@ public:
             m_taken.insert(key);
         return isTaken;
     }
-
-    bool eventually(const std::function<bool()> &condition) override
-    {
-        return tovel::eventually(condition);
-    }
-    void pass(double seconds) override { QTest::qWait(qRound(seconds * 1000)); }
 
 private:
     // Oldest first.

@@ -63,7 +63,7 @@ public:
 
     // The driver's numbers are its own: the window that comes last is this one, but for the parent
     // that comes after a dialog.
-    std::uint32_t open(const ContractWindow &window) override
+    std::uint32_t open(const ContractWindow &window, std::uint32_t) override
     {
         const auto before = m_user->windows();
         const int handle = m_client->open({.application = window.application,
@@ -94,7 +94,6 @@ public:
         if (const auto found = m_windows.extract(window); !found.empty())
             m_client->close(found.mapped().handle);
     }
-    void replace(std::uint32_t, const ContractWindow &) override { }
     void minimize(std::uint32_t window) override { m_client->minimize(m_windows[window].handle); }
     void makeFullScreen(std::uint32_t window) override
     {

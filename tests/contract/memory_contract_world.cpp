@@ -28,8 +28,7 @@ public:
     Platform &platform() override { return *m_desktop; }
     int displayCount() const override { return 2; }
 
-    std::uint32_t open(const ContractWindow &window) override { return open(window, 0); }
-    std::uint32_t open(const ContractWindow &window, std::uint32_t number)
+    std::uint32_t open(const ContractWindow &window, std::uint32_t number) override
     {
         constexpr WindowKind kinds[]{WindowKind::Standard, WindowKind::Dialog, WindowKind::Dock};
         return m_session->open({.id = number,
@@ -41,11 +40,6 @@ public:
                                 .className = window.application});
     }
     void close(std::uint32_t window) override { m_session->close(window); }
-    void replace(std::uint32_t window, const ContractWindow &other) override
-    {
-        close(window);
-        open(other, window);
-    }
     void minimize(std::uint32_t window) override { m_session->window(window).minimized = true; }
     void makeFullScreen(std::uint32_t window) override
     {
@@ -59,7 +53,6 @@ public:
     {
         m_session->showWorkspace(firstRow().workspaces[desktop].id);
     }
-    OwnWindow own(std::uint32_t window) const override { return {.windowNumber = window}; }
 
     void press(std::uint32_t keyCode, std::uint32_t modifiers, double) override
     {

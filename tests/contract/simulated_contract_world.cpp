@@ -38,14 +38,9 @@ public:
     Platform &platform() override { return m_desktop.platform(); }
     int displayCount() const override { return m_displayCount; }
 
-    std::uint32_t open(const ContractWindow &window) override
+    std::uint32_t open(const ContractWindow &window, std::uint32_t number) override
     {
-        return open(window, ++m_lastNumber);
-    }
-
-    std::uint32_t open(const ContractWindow &window, std::uint32_t number)
-    {
-        SimWindow facts{.number = number,
+        SimWindow facts{.number = number ? number : ++m_lastNumber,
                         .pid = processOf(window),
                         .title = window.title,
                         .spaces = {FirstSpace + std::uint64_t(window.desktop)},
@@ -69,12 +64,6 @@ public:
                 return;
         }
         m_desktop.quit(pid);
-    }
-
-    void replace(std::uint32_t window, const ContractWindow &other) override
-    {
-        close(window);
-        open(other, window);
     }
 
     void minimize(std::uint32_t window) override { m_desktop.window(window).minimized = true; }

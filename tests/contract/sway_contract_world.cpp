@@ -44,7 +44,7 @@ public:
     bool tellsTakenKeys() const override { return false; }
 
     // Of Wayland windows nobody is told that they are dialogs: those are X11's.
-    std::uint32_t open(const ContractWindow &window) override
+    std::uint32_t open(const ContractWindow &window, std::uint32_t) override
     {
         const auto before = numbers();
         Open made;
@@ -82,7 +82,6 @@ public:
         else
             m_native->close(found.mapped().native);
     }
-    void replace(std::uint32_t, const ContractWindow &) override { }
     void minimize(std::uint32_t window) override { tell(window, u"move scratchpad"_s); }
     void makeFullScreen(std::uint32_t window) override
     {

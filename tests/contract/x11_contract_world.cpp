@@ -53,8 +53,7 @@ public:
 
     Platform &platform() override { return *m_desktop; }
 
-    std::uint32_t open(const ContractWindow &window) override { return open(window, 0); }
-    std::uint32_t open(const ContractWindow &window, std::uint32_t number)
+    std::uint32_t open(const ContractWindow &window, std::uint32_t number) override
     {
         ClientWindow facts{.number = number,
                            .application = window.application,
@@ -69,11 +68,6 @@ public:
     }
 
     void close(std::uint32_t window) override { m_client.close(window); }
-    void replace(std::uint32_t window, const ContractWindow &other) override
-    {
-        m_client.close(window);
-        open(other, window);
-    }
     void minimize(std::uint32_t window) override { m_client.minimize(window); }
     void makeFullScreen(std::uint32_t window) override
     {
@@ -141,9 +135,9 @@ class I3ContractWorld final : public X11ContractWorld
 public:
     int displayCount() const override { return 2; }
     bool minimizesInPlace() const override { return false; }
-    std::uint32_t open(const ContractWindow &window) override
+    std::uint32_t open(const ContractWindow &window, std::uint32_t wanted) override
     {
-        const std::uint32_t number = X11ContractWorld::open(window);
+        const std::uint32_t number = X11ContractWorld::open(window, wanted);
         if (window.kind == ContractWindowKind::Dock)
             return number;
         eventually([&] { return m_client.isManaged(number); });
