@@ -326,7 +326,10 @@ std::uint32_t KWinSession::ownWindow(const SessionOwnWindow &window)
     if (!isControllable())
         return last;
     for (const Window *candidate : m_compositor->windows()->list()) {
-        if (candidate->process == window.process && isTitled(*candidate, window.title))
+        // KWin 6 tells of a window before its first picture gives it a frame. What is asked of it
+        // then makes it as small as it may be.
+        if (candidate->process == window.process && isTitled(*candidate, window.title)
+            && !candidate->frame.isEmpty())
             last = candidate->id;
     }
     return last;
