@@ -1,6 +1,7 @@
 #include "support/kwin_user.h"
 
 #include "support/private_session.h"
+#include "support/wayland_connection.h"
 
 #include <QStringList>
 
@@ -45,17 +46,6 @@ std::uint32_t keyNamed(const QString &name)
 
 namespace {
 
-// KWin 5.27's later ones tell the stacking order in a message that many windows do not fit in, and
-// KWin 6 has to be asked for windows by their uuids.
-std::uint32_t managementVersion(std::uint32_t offered)
-{
-#ifdef ORG_KDE_PLASMA_WINDOW_MANAGEMENT_GET_STACKING_ORDER_SINCE_VERSION
-    if (offered >= ORG_KDE_PLASMA_WINDOW_MANAGEMENT_GET_STACKING_ORDER_SINCE_VERSION)
-        return ORG_KDE_PLASMA_WINDOW_MANAGEMENT_GET_STACKING_ORDER_SINCE_VERSION;
-#endif
-    return std::min(offered, 11U);
-}
-
 void ignore(void *, org_kde_plasma_virtual_desktop_management *) { }
 
 } // namespace
@@ -71,20 +61,6 @@ struct KWinUser::Connection
     std::map<std::uint32_t, org_kde_plasma_window *> proxies;
     std::map<const org_kde_plasma_window *, QList<QByteArray>> places; // the desktops of each
     std::map<const org_kde_plasma_window *, KWinWindow> told;
-
-    void appear(wl_registry *registry, std::uint32_t name, const QByteArray &interface,
-                std::uint32_t offered)
-    {
-        const auto bind = [&](auto *&proxy, const wl_interface &wanted, std::uint32_t version) {
-            if (interface == wanted.name) {
-                proxy = static_cast<std::remove_reference_t<decltype(proxy)>>(
-                    wl_registry_bind(registry, name, &wanted, version));
-            }
-        };
-        bind(management, org_kde_plasma_window_management_interface, managementVersion(offered));
-        bind(manager, org_kde_plasma_virtual_desktop_management_interface, 1);
-        bind(keyboard, org_kde_kwin_fake_input_interface, 4);
-    }
 
     void forget(const org_kde_plasma_window *proxy)
     {
@@ -170,19 +146,17 @@ KWinUser::KWinUser(const QByteArray &socket)
     : m_connection(std::make_unique<Connection>())
 {
     Connection &it = *m_connection;
-    it.display = wl_display_connect(socket.constData());
-    if (!it.display)
-        return;
-    static constexpr wl_registry_listener globals{
-        [](void *data, wl_registry *registry, std::uint32_t name, const char *interface,
-           std::uint32_t version) {
-            static_cast<Connection *>(data)->appear(registry, name, interface, version);
-        },
-        [](void *, wl_registry *, std::uint32_t) {}};
-    wl_registry *registry = wl_display_get_registry(it.display);
-    wl_registry_add_listener(registry, &globals, &it);
-    wl_display_roundtrip(it.display);
-    wl_registry_destroy(registry);
+    // KWin 6 has to be asked for windows by their uuids; of the versions before, the later ones
+    // tell the stacking order in a message that many windows do not fit in.
+    it.display
+        = connectToWayland(socket,
+                           {
+#ifdef ORG_KDE_PLASMA_WINDOW_MANAGEMENT_GET_STACKING_ORDER_SINCE_VERSION
+                               {it.management, org_kde_plasma_window_management_interface, 17, 17},
+#endif
+                               {it.management, org_kde_plasma_window_management_interface, 11},
+                               {it.manager, org_kde_plasma_virtual_desktop_management_interface, 1},
+                               {it.keyboard, org_kde_kwin_fake_input_interface, 4}});
     if (!isConnected())
         return;
     static constexpr org_kde_plasma_window_management_listener management{

@@ -1,5 +1,7 @@
 #include "support/virtual_keyboard.h"
 
+#include "support/wayland_connection.h"
+
 #include <virtual-keyboard-client.h>
 #include <wayland-client.h>
 #include <xkbcommon/xkbcommon.h>
@@ -19,33 +21,15 @@ struct VirtualKeyboard::Connection
     zwp_virtual_keyboard_manager_v1 *manager = nullptr;
     zwp_virtual_keyboard_v1 *keyboard = nullptr;
     std::uint32_t time = 0;
-
-    void appear(wl_registry *registry, std::uint32_t name, const char *interface)
-    {
-        if (std::strcmp(interface, wl_seat_interface.name) == 0) {
-            seat = static_cast<wl_seat *>(wl_registry_bind(registry, name, &wl_seat_interface, 1));
-        } else if (std::strcmp(interface, zwp_virtual_keyboard_manager_v1_interface.name) == 0) {
-            manager = static_cast<zwp_virtual_keyboard_manager_v1 *>(
-                wl_registry_bind(registry, name, &zwp_virtual_keyboard_manager_v1_interface, 1));
-        }
-    }
 };
 
 VirtualKeyboard::VirtualKeyboard(const QByteArray &socket)
     : m_connection(std::make_unique<Connection>())
 {
     Connection &it = *m_connection;
-    it.display = wl_display_connect(socket.constData());
-    if (!it.display)
-        return;
-    static constexpr wl_registry_listener globals{
-        [](void *data, wl_registry *registry, std::uint32_t name, const char *interface,
-           std::uint32_t) { static_cast<Connection *>(data)->appear(registry, name, interface); },
-        [](void *, wl_registry *, std::uint32_t) {}};
-    wl_registry *registry = wl_display_get_registry(it.display);
-    wl_registry_add_listener(registry, &globals, &it);
-    wl_display_roundtrip(it.display);
-    wl_registry_destroy(registry);
+    it.display = connectToWayland(socket,
+                                  {{it.seat, wl_seat_interface, 1},
+                                   {it.manager, zwp_virtual_keyboard_manager_v1_interface, 1}});
     if (!it.seat || !it.manager)
         return;
     it.keyboard = zwp_virtual_keyboard_manager_v1_create_virtual_keyboard(it.manager, it.seat);

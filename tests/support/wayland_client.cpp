@@ -1,5 +1,7 @@
 #include "support/wayland_client.h"
 
+#include "support/wayland_connection.h"
+
 #include <QSocketNotifier>
 
 #include <plasma-shell-client.h>
@@ -84,20 +86,6 @@ struct WaylandClient::Connection
     std::map<int, std::unique_ptr<Toplevel>> windows;
     int lastWindow = 0;
 
-    void appear(wl_registry *registry, std::uint32_t name, const QByteArray &interface)
-    {
-        const auto bind = [&](auto *&proxy, const wl_interface &wanted, std::uint32_t version) {
-            if (interface == wanted.name) {
-                proxy = static_cast<std::remove_reference_t<decltype(proxy)>>(
-                    wl_registry_bind(registry, name, &wanted, version));
-            }
-        };
-        bind(compositor, wl_compositor_interface, 1);
-        bind(memory, wl_shm_interface, 1);
-        bind(shell, xdg_wm_base_interface, 1);
-        bind(plasma, org_kde_plasma_shell_interface, 5);
-    }
-
     std::unique_ptr<Toplevel> make(const WaylandWindow &window)
     {
         auto made = std::make_unique<Toplevel>();
@@ -133,17 +121,11 @@ WaylandClient::WaylandClient(const QByteArray &socket)
     : m_connection(std::make_unique<Connection>())
 {
     Connection &it = *m_connection;
-    it.display = wl_display_connect(socket.constData());
-    if (!it.display)
-        return;
-    static constexpr wl_registry_listener globals{
-        [](void *data, wl_registry *registry, std::uint32_t name, const char *interface,
-           std::uint32_t) { static_cast<Connection *>(data)->appear(registry, name, interface); },
-        [](void *, wl_registry *, std::uint32_t) {}};
-    wl_registry *registry = wl_display_get_registry(it.display);
-    wl_registry_add_listener(registry, &globals, &it);
-    wl_display_roundtrip(it.display);
-    wl_registry_destroy(registry);
+    it.display = connectToWayland(socket,
+                                  {{it.compositor, wl_compositor_interface, 1},
+                                   {it.memory, wl_shm_interface, 1},
+                                   {it.shell, xdg_wm_base_interface, 1},
+                                   {it.plasma, org_kde_plasma_shell_interface, 5}});
     if (!isConnected())
         return;
     static constexpr xdg_wm_base_listener alive{
