@@ -35,13 +35,14 @@ private Q_SLOTS:
             for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Return, Qt::Key_Enter})
                 QTest::keyClick(&surface, key);
             QTest::mouseClick(&surface, Qt::LeftButton, {}, {50, 30});
-            QTest::mouseClick(&surface, Qt::LeftButton, {}, {1, 0}); // outside its shape
             if (read->actionInterface()->actionNames().contains(action))
                 read->actionInterface()->doAction(action);
             QCoreApplication::processEvents();
         };
         press();
         QTRY_COMPARE(clicked.count(), 5);
+        QTest::mouseClick(&surface, Qt::LeftButton, {}, {1, 0}); // outside its shape
+        QCOMPARE(clicked.count(), 5);
         QCOMPARE(surface.cursor().shape(), Qt::PointingHandCursor);
         surface.setActionable(false);
         QCOMPARE(surface.cursor().shape(), Qt::ArrowCursor);

@@ -11,8 +11,11 @@
 #include "views/tovel_view.h"
 
 #include <QApplication>
-#include <QLabel>
+#include <QContextMenuEvent>
+#include <QDialog>
 #include <QLineEdit>
+#include <QMenu>
+#include <QPushButton>
 #include <QScrollArea>
 #include <QScrollBar>
 
@@ -284,6 +287,45 @@ private Q_SLOTS:
         QVERIFY(isNew(row));
         row.setMarked(true);
         QVERIFY(isNew(row));
+
+        TovelStatusView strip(*world.model);
+        strip.resize(400, 42);
+        const std::function<void()> changes[] = {
+            [&] { world.window(101).spaces = {11}; }, // together with the other one
+            [&] { world.window(101).spaces = {10}; },
+            [&] { world.facts().trusted = false; },
+        };
+        for (const auto &change : changes) {
+            change();
+            world.model->refresh();
+            Panel::settle();
+            looks.append(strip.grab(QRect(20, 0, 20, 42)).toImage()); // the indicator
+            QCOMPARE(looks.count(looks.last()), 1);
+        }
+    }
+
+    void aDesktopIsRenamedUnlessThatIsCancelled()
+    {
+        ModelWorld world;
+        const Panel panel(world);
+        for (const QString &answer : {u"Cancel"_s, u"Save"_s}) {
+            QWidget *tile = panel.named(u"Move apps to Desktop 2"_s);
+            const QPoint middle = tile->rect().center();
+            QContextMenuEvent asks(QContextMenuEvent::Mouse, middle, tile->mapToGlobal(middle));
+            QApplication::sendEvent(tile, &asks);
+            auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+            QVERIFY(menu);
+            menu->actions().first()->trigger();
+            menu->close();
+            auto *alert = panel.view.findChild<QDialog *>();
+            alert->findChild<QLineEdit *>()->setText(u"Work"_s);
+            for (auto *button : alert->findChildren<QPushButton *>()) {
+                if (button->text() == answer)
+                    button->click();
+            }
+            Panel::settle();
+            QCOMPARE(panel.named(u"Move apps to Work"_s) != nullptr, answer == u"Save"_s);
+        }
     }
 
     void theSkippedWindowsGoWithTheirReason()
