@@ -16,6 +16,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
+constexpr int margin = 20;
+constexpr int spacing = 14;
 constexpr int dialogWidth = 380;
 constexpr QSize notesSize(480, 220);
 
@@ -29,9 +31,11 @@ UpdateDialog::UpdateDialog(const QString &heading, const QString &text)
     setAttribute(Qt::WA_QuitOnClose, false);
     setWindowTitle(u"Software Update"_s);
     setAccessibleName(heading);
-    setMinimumWidth(dialogWidth);
+    setMinimumWidth(grown(dialogWidth));
 
     auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(margin, margin, margin, margin);
+    layout->setSpacing(spacing);
     layout->addWidget(makeWrappedText(heading, TextStyle::headline));
     layout->addWidget(m_text);
     layout->addLayout(m_body, 1);

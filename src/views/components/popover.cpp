@@ -23,7 +23,7 @@ constexpr int borderWidth = 1;
 // Of a popover that is blended: how far its shadow reaches, and how far that has sunk.
 constexpr int shadowReach = 14;
 constexpr int shadowDrop = 3;
-constexpr double shadowOpacity = 0.24; // at the edge
+constexpr double shadowOpacity = 0.18; // at the edge
 
 QPointF towardsBody(PopoverSide side)
 {
