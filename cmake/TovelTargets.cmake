@@ -22,6 +22,8 @@ if(TOVEL_COVERAGE)
     target_compile_options(tovel_options INTERFACE --coverage)
     target_link_options(tovel_options INTERFACE --coverage)
 endif()
+# Every room may become part of a shared library; some builds of Qt ask for this themselves.
+target_compile_options(tovel_options INTERFACE -fPIC)
 
 # tovel_room(NAME SOURCES… DEPENDS …): one static library per room, which states what it leans on.
 function(tovel_room name)
