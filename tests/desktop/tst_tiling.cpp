@@ -205,6 +205,32 @@ private Q_SLOTS:
         QCOMPARE(workspaceOf(u"one"_s), u"7"_s);
     }
 
+    void panelComesBackWhereItWas()
+    {
+        if (isSway())
+            QSKIP("sway places every window itself");
+        QVERIFY(start({.bus = true}));
+        m_session->start(QStringLiteral(TOVEL), {});
+        const auto place = [&] { return m_user->windowTitled(u"Tovel"_s)["rect"_L1].toObject(); };
+        const auto isShown
+            = [&](bool wanted) { return eventually([&] { return place().isEmpty() != wanted; }); };
+        QVERIFY(isShown(true));
+        QVERIFY(m_user->command(u"[title=^Tovel$] move position 100 px 40 px"_s));
+        QVERIFY(eventually([&] { return place()["x"_L1] == 100; }));
+        const QJsonObject before = place();
+        const auto toggle = [&] {
+            m_session->run(u"gdbus"_s,
+                           {u"call"_s, u"--session"_s, u"--dest"_s, u"org.tovel.Tovel"_s,
+                            u"--object-path"_s, u"/org/tovel/Tovel"_s, u"--method"_s,
+                            u"org.freedesktop.Application.ActivateAction"_s, u"toggle"_s, u"[]"_s,
+                            u"{}"_s});
+        };
+        toggle();
+        QVERIFY(isShown(false));
+        toggle();
+        QVERIFY(isShown(true) && eventually([&] { return place() == before; }));
+    }
+
     void newDesktopIsThereUntilItWasUsed()
     {
         QVERIFY(start());

@@ -188,8 +188,8 @@ void TovelWindow::showEvent(QShowEvent *event)
         setWindowState(windowState() & ~LargeStates);
     if (m_resting) {
         const QRect frame = m_resting->frame.marginsAdded(m_restingMargins);
-        setGeometry(
-            broughtOntoScreens({frame, m_resting->screen}).marginsRemoved(m_restingMargins));
+        m_wanted = broughtOntoScreens({frame, m_resting->screen}).marginsRemoved(m_restingMargins);
+        setGeometry(*m_wanted);
     }
 }
 
@@ -301,6 +301,11 @@ void TovelWindow::arrive()
     m_arrivalTimer.reset();
     m_awaitsExposure = false;
     settle(MostAttempts);
+    // Of a window that appears i3 puts the frame where the content should be; of one that is there
+    // it does not.
+    const std::optional<QRect> wanted = std::exchange(m_wanted, {});
+    if (wanted && hasNormalFrame() && !isOnWayland())
+        windowHandle()->setGeometry(*wanted);
     if (std::exchange(m_wantsFocus, false))
         takeFocus();
     if (m_arrivalState)

@@ -112,6 +112,7 @@ private:
     NSWindowLevel m_level = NSNormalWindowLevel;
     QString m_frameAutosaveName;
     std::optional<WindowFrame> m_resting; // where a new showing returns to, without the margins
+    std::optional<QRect> m_wanted; // while it is about to appear
     QMargins m_restingMargins; // of the manager's frame
     Qt::WindowStates m_arrivalState; // that it takes on after that
     std::unique_ptr<Timer> m_saveTimer;
