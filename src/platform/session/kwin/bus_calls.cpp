@@ -13,15 +13,21 @@ constexpr int Silence = 10000; // milliseconds
 
 QDBusMessage BusCalls::ask(QDBusMessage call)
 {
-    if (!m_silence.hasExpired()) {
-        tell(call);
+    if (isSilent())
         return {};
-    }
     call.setAutoStartService(false);
     const QDBusMessage reply = m_bus.call(call, QDBus::Block, Patience);
     if (QDBusError(reply).type() == QDBusError::NoReply)
         m_silence.setRemainingTime(Silence);
     return reply;
+}
+
+QDBusMessage BusCalls::demand(const QDBusMessage &call)
+{
+    if (!isSilent())
+        return ask(call);
+    tell(call);
+    return {};
 }
 
 void BusCalls::tell(QDBusMessage call)

@@ -7,7 +7,7 @@
 namespace tovel::kwin {
 
 // Calls on the session bus to the services that are all KWin's own. One that is silent is waited
-// for once: then nobody waits for some seconds, and what is asked is told only.
+// for once: for some seconds then, or until there is another KWin, nothing is asked.
 class BusCalls final
 {
 public:
@@ -17,8 +17,13 @@ public:
 
     QDBusConnection &bus() { return m_bus; }
 
+    bool isSilent() const { return !m_silence.hasExpired(); }
+    void expectAnswers() { m_silence.setRemainingTime(0); }
+
     // The reply; not one of that type where there is none within a second.
     QDBusMessage ask(QDBusMessage call);
+    // The same of what is to be carried out late rather than never.
+    QDBusMessage demand(const QDBusMessage &call);
 
     // Is carried out before whatever is asked later.
     void tell(QDBusMessage call);

@@ -38,16 +38,18 @@ QString KWinService::currentDesktop() const
     return ask(m_calls, call).value<QDBusVariant>().variant().toString();
 }
 
-const SupportInformation &KWinService::supportInformation()
+SupportInformation KWinService::supportInformation()
 {
-    if (!m_information) {
-        m_information = parseSupportInformation(
-            ask(m_calls,
-                QDBusMessage::createMethodCall(Service, u"/KWin"_s, u"org.kde.KWin"_s,
-                                               u"supportInformation"_s))
-                .toString());
-    }
-    return *m_information;
+    if (m_information)
+        return *m_information;
+    const auto information = parseSupportInformation(
+        ask(m_calls,
+            QDBusMessage::createMethodCall(Service, u"/KWin"_s, u"org.kde.KWin"_s,
+                                           u"supportInformation"_s))
+            .toString());
+    if (!m_calls.isSilent())
+        m_information = information;
+    return information;
 }
 
 void KWinService::forgetInformation() { m_information.reset(); }

@@ -24,7 +24,7 @@ public:
     QString currentDesktop() const;
 
     // Asked once, and again when KWin has another configuration or is another one.
-    const SupportInformation &supportInformation();
+    SupportInformation supportInformation();
 
 public Q_SLOTS:
     void forgetInformation();

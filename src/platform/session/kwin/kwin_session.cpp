@@ -115,6 +115,7 @@ bool KWinSession::connect()
     if (!m_compositor)
         return false;
     m_service->forgetInformation();
+    m_calls.expectAnswers();
     m_compositor->connection().settle(0ms);
     watch();
     return true;

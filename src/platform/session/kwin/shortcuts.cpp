@@ -113,7 +113,7 @@ Shortcuts::Shortcuts(BusCalls &calls)
 Shortcuts::~Shortcuts()
 {
     for (const Action &action : m_actions)
-        m_calls.ask(unregistering(action.number));
+        m_calls.demand(unregistering(action.number));
 }
 
 KeyGrab Shortcuts::grab(const SessionKey &key)
@@ -149,7 +149,7 @@ KeyGrab Shortcuts::enroll(Action &action)
     const QStringList identifier = identifierOf(action.number);
     m_calls.tell(callOf(u"doRegister"_s, {identifier}));
     const QList<KeySequence> keys{{{action.combination, 0, 0, 0}}};
-    const QDBusMessage reply = m_calls.ask(callOf(
+    const QDBusMessage reply = m_calls.demand(callOf(
         u"setShortcutKeys"_s, {identifier, QVariant::fromValue(keys), SetPresent | NoAutoloading}));
     if (registeredKey(reply) == action.combination)
         return KeyGrab::Granted;
