@@ -36,10 +36,10 @@ function itemOf(id, properties) {
 function itemsBelow(children, depth, count) {
     const items = [];
     for (let index = 0; index < children.n_children() && count.left > 0; index++) {
+        count.left--;
         const layout = children.get_child_value(index).get_variant();
         if (layout.get_type_string() !== '(ia{sv}av)')
             continue;
-        count.left--;
         const properties = layout.get_child_value(1);
         const item = itemOf(layout.get_child_value(0).get_int32(), properties);
         if (item.id === top || !property(properties, 'visible', 'b', true))

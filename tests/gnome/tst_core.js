@@ -99,6 +99,8 @@ compare('menuItems', shortly(menuItems(layout(0, {},
 const many = Array(300).fill([1, {label: text('x'.repeat(5000))}]);
 const items = menuItems(layout(0, {}, ...many));
 compare('a menu without end', [items.length, items[0].label.length], [200, 200]);
+const odd = Array(200).fill(text('no layout'));
+compare('a menu that comes too late', menuItems(layout(0, {}, ...odd, [1, {}])), []);
 compare('no menu', menuItems(new GLib.Variant('(is)', [0, ''])), []);
 
 // A bus on which each client is this process. It answers when it is told to.
