@@ -1,8 +1,10 @@
 #pragma once
 
+#include <QPoint>
 #include <QString>
 
 #include <cstdint>
+#include <optional>
 
 namespace tovel {
 
@@ -46,6 +48,13 @@ public:
     // decide.
     virtual bool setCollectionBehavior(const OwnWindow &window, NSWindowCollectionBehavior behavior)
         = 0;
+
+    // The corner of the window's frame, in sessions whose programs are not told by their toolkit;
+    // absent in others, and while the window server does not know the window.
+    virtual std::optional<QPoint> frameOrigin(const OwnWindow &) { return std::nullopt; }
+
+    // Puts the corner there. Only sessions that tell it do.
+    virtual bool setFrameOrigin(const OwnWindow &, QPoint) { return false; }
 
     // At the floating level the window is above the ordinary windows of every program.
     virtual bool setLevel(const OwnWindow &window, NSWindowLevel level) = 0;

@@ -188,7 +188,9 @@ void TovelWindow::showEvent(QShowEvent *event)
         setWindowState(windowState() & ~LargeStates);
     if (m_resting) {
         const QRect frame = m_resting->frame.marginsAdded(m_restingMargins);
-        m_wanted = broughtOntoScreens({frame, m_resting->screen}).marginsRemoved(m_restingMargins);
+        const QRect brought = broughtOntoScreens({frame, m_resting->screen});
+        m_wantedOrigin = brought.topLeft();
+        m_wanted = brought.marginsRemoved(m_restingMargins);
         setGeometry(*m_wanted);
     }
 }
@@ -316,8 +318,11 @@ void TovelWindow::arrive()
 void TovelWindow::settle(int attempts)
 {
     m_settlingTimer.reset();
-    const bool isThere = currentPlatform().ownWindows().setCollectionBehavior(
-        ownWindow(*windowHandle()), Behavior);
+    OwnWindows &ownWindows = currentPlatform().ownWindows();
+    const OwnWindow self = ownWindow(*windowHandle());
+    const bool isThere = ownWindows.setCollectionBehavior(self, Behavior);
+    if (isThere && m_wantedOrigin && hasNormalFrame())
+        ownWindows.setFrameOrigin(self, *std::exchange(m_wantedOrigin, std::nullopt));
     if (m_level != NSNormalWindowLevel)
         applyLevel();
     if (!isThere && attempts > 1) {
@@ -354,14 +359,18 @@ void TovelWindow::saveWindowFrame()
     // Until a manager has put its frame around the window, the position means nothing.
     if (!isVisible() || m_awaitsExposure || !hasNormalFrame())
         return;
-    // A screen that changes under a window that stays is not the one it was put on.
-    if (!m_resting || m_resting->frame != geometry())
-        m_resting = {geometry(), screen()->geometry()};
     m_restingMargins = windowHandle()->frameMargins();
+    const auto origin = currentPlatform().ownWindows().frameOrigin(ownWindow(*windowHandle()));
+    QRect content = geometry();
+    if (origin)
+        content.moveTopLeft(*origin + QPoint(m_restingMargins.left(), m_restingMargins.top()));
+    // A screen that changes under a window that stays is not the one it was put on.
+    if (!m_resting || m_resting->frame != content)
+        m_resting = {content, screen()->geometry()};
     if (m_frameAutosaveName.isEmpty())
         return;
     // The widget's own position counts with the margins of its last move.
-    const QRect frame(windowHandle()->framePosition(), size());
+    const QRect frame(origin.value_or(windowHandle()->framePosition()), size());
     const QString text = frameText({frame, m_resting->screen});
     // Nobody chose it in so many words: one that cannot be stored is not worth a word either.
     const QString key = defaultsKey(m_frameAutosaveName);
@@ -384,6 +393,7 @@ bool TovelWindow::hasNormalFrame() const
 
 void TovelWindow::place(const QRect &frame)
 {
+    m_wantedOrigin = frame.topLeft();
     move(frame.topLeft());
     resize(frame.size());
 }

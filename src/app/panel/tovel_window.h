@@ -120,6 +120,7 @@ private:
     std::unique_ptr<Timer> m_arrivalTimer;
     std::unique_ptr<Timer> m_settlingTimer;
     double m_hiddenUntil = -std::numeric_limits<double>::infinity(); // on the platform's clock
+    std::optional<QPoint> m_wantedOrigin; // of the frame, where the toolkit may place nothing
     std::optional<Drag> m_drag;
     bool m_awaitsExposure = false;
     bool m_wantsFocus = false;

@@ -18,10 +18,14 @@ public:
     void prepare(const OwnWindow &window) override;
     bool setCollectionBehavior(const OwnWindow &window,
                                NSWindowCollectionBehavior behavior) override;
+    std::optional<QPoint> frameOrigin(const OwnWindow &window) override;
+    bool setFrameOrigin(const OwnWindow &window, QPoint origin) override;
     bool setLevel(const OwnWindow &window, NSWindowLevel level) override;
     bool makeKeyAndOrderFront(const OwnWindow &window) override;
 
 private:
+    std::uint32_t numberToPlace(const OwnWindow &window);
+
     DesktopSession *m_session;
 };
 

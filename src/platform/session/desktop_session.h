@@ -88,6 +88,10 @@ public:
     // Keeps the window above ordinary windows, or among them again.
     virtual bool setAbove(std::uint32_t window, bool on) = 0;
 
+    // Puts the corner of a window of this program there, in global pixels, as far as it can be
+    // reached there. Only called where the capabilities say that windows can be placed.
+    virtual bool placeWindow(std::uint32_t, QPoint) { return false; }
+
     // In global pixels; absent also where the capabilities say that it is hidden.
     virtual std::optional<QPointF> cursorPosition() = 0;
 

@@ -133,6 +133,8 @@ struct SessionCapabilities
     // Of this program's windows.
     bool above = true;
     bool onAllWorkspaces = true;
+    // Whether they can be put at a place; where they cannot, their toolkit or nobody can.
+    bool placesWindows = false;
     // Whether workspaces stay while they are empty and not shown.
     bool keepsEmptyWorkspaces = true;
     // Whether workspaces can be made, by their names.

@@ -69,6 +69,19 @@ void GnomeSession::lookAgain()
         m_monitors = askForMonitors(m_bus);
     m_snapshot = std::move(*snapshot);
     m_picture.draw(m_snapshot, m_monitors);
+    keepOnAllWorkspaces();
+}
+
+// A window is taken off them when one that belongs to it, a popover for one, asks for the keyboard.
+void GnomeSession::keepOnAllWorkspaces()
+{
+    for (const std::uint32_t id : QSet<std::uint32_t>(m_onAllWorkspaces)) {
+        const ShellWindow *window = m_picture.window(id);
+        if (!window)
+            m_onAllWorkspaces.remove(id);
+        else if (!window->isOnAll)
+            request(u"SetOnAllWorkspaces"_s, {id, true});
+    }
 }
 
 std::uint64_t GnomeSession::revision() { return current().revision(); }
@@ -91,6 +104,7 @@ bool GnomeSession::isControllable() { return !current().outputs().isEmpty(); }
 SessionCapabilities GnomeSession::capabilities()
 {
     SessionCapabilities can;
+    can.placesWindows = true;
     can.activationShowsWorkspace = true;
     return can;
 }
@@ -147,12 +161,22 @@ std::uint32_t GnomeSession::ownWindow(const SessionOwnWindow &window)
 
 bool GnomeSession::setOnAllWorkspaces(std::uint32_t window, bool on)
 {
-    return current().window(window) && request(u"SetOnAllWorkspaces"_s, {window, on});
+    const bool isDone = current().window(window) && request(u"SetOnAllWorkspaces"_s, {window, on});
+    if (isDone && on)
+        m_onAllWorkspaces.insert(window);
+    else
+        m_onAllWorkspaces.remove(window);
+    return isDone;
 }
 
 bool GnomeSession::setAbove(std::uint32_t window, bool on)
 {
     return current().window(window) && request(u"SetAbove"_s, {window, on});
+}
+
+bool GnomeSession::placeWindow(std::uint32_t window, QPoint corner)
+{
+    return current().window(window) && request(u"PlaceWindow"_s, {window, corner.x(), corner.y()});
 }
 
 std::optional<QPointF> GnomeSession::cursorPosition()

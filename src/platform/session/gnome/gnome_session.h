@@ -7,6 +7,7 @@
 
 #include <QDBusConnection>
 #include <QObject>
+#include <QSet>
 #include <QTimer>
 
 #include <memory>
@@ -42,6 +43,7 @@ public:
     std::uint32_t ownWindow(const SessionOwnWindow &window) override;
     bool setOnAllWorkspaces(std::uint32_t window, bool on) override;
     bool setAbove(std::uint32_t window, bool on) override;
+    bool placeWindow(std::uint32_t window, QPoint corner) override;
     std::optional<QPointF> cursorPosition() override;
     void moveCursor(QPointF position) override;
     KeyGrab grabKey(const SessionKey &key) override;
@@ -56,6 +58,7 @@ private:
 
     Picture &current();
     void lookAgain();
+    void keepOnAllWorkspaces();
     bool request(const QString &method, const QVariantList &arguments);
     void listen();
     void hear();
@@ -69,6 +72,7 @@ private:
     QList<NamedMonitor> m_monitors; // of the snapshot's
     bool m_isStale = true;
     QString m_shellVersion;
+    QSet<std::uint32_t> m_onAllWorkspaces; // windows of this program
 
     std::function<void()> m_shownWorkspaceHandler;
     std::optional<std::uint64_t> m_notifiedWorkspace;
