@@ -126,8 +126,12 @@ public:
     }
     void changeKeyboard(bool usual) override
     {
-        m_user.evaluate(u"Meta.get_backend().set_keymap('us', '%1', '')"_s.arg(
-            usual ? QString() : u"dvorak"_s));
+        // Its arguments have become more, and it asynchronous, from one version to the next.
+        m_user.evaluate(u"(backend => backend.set_keymap\n"
+                        "    ? backend.set_keymap(...['us', '%1', '', 'pc105'].slice(0, "
+                        "backend.set_keymap.length))\n"
+                        "    : backend.set_keymap_async('us', '%1', '', 'pc105', null, null)\n"
+                        ")(Meta.get_backend())"_s.arg(usual ? QString() : u"dvorak"_s));
     }
     bool take(std::uint32_t keyCode, std::uint32_t modifiers, bool) override
     {

@@ -131,9 +131,9 @@ private Q_SLOTS:
         QVERIFY(ask(name, u"/org/tovel/Shell1"_s, {name + u".Snapshot"_s, u"0"_s})
                     .err.contains(u"AccessDenied"));
 
-        m_user->evaluate(u"imports.ui.main.sessionMode.pushMode('unlock-dialog')"_s);
+        m_user->evaluate(u"Main.sessionMode.pushMode('unlock-dialog')"_s);
         QVERIFY(eventually([&] { return tovelctl({u"move"_s, u"2"_s}).status == 3; }));
-        m_user->evaluate(u"imports.ui.main.sessionMode.popMode('unlock-dialog')"_s);
+        m_user->evaluate(u"Main.sessionMode.popMode('unlock-dialog')"_s);
         QVERIFY(eventually([&] { return tovelctl({u"status"_s}).out == status.out; }));
     }
 
@@ -263,6 +263,8 @@ private Q_SLOTS:
         QVERIFY(spoil(u"metadata.json"_s, "\"shell-version\": [",
                       "\"shell-version\": [\"3.0\"], \"x\": ["));
         QVERIFY(tells(u"not made for this version"_s));
+        QVERIFY(spoil(u"service.js"_s, "const version = 1", "const version = 2"));
+        QVERIFY(tells(u"version 2, not 1"_s));
         QVERIFY(spoil(u"service.js"_s, "class", "klass") && tells(u"failed in GNOME Shell"_s));
     }
 

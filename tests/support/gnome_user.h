@@ -10,8 +10,7 @@
 namespace tovel {
 
 // Someone at a session of GNOME Shell that evaluates scripts: what its user does, and what the
-// Shell itself says. Knows nothing of the code
-// under test.
+// Shell itself says. Knows nothing of the code under test.
 class GnomeUser final
 {
 public:
@@ -20,8 +19,9 @@ public:
     QDBusConnection bus() const;
 
     // What the script comes to; undefined where it fails. The names Meta, GLib and Gio stand for
-    // their libraries, row for the workspaces, listed for the windows that have a size, oldest
-    // first, and numbered(N) for the one with the Shell's sequence number.
+    // their libraries, Main for the Shell's own module, row for the workspaces, listed for the
+    // windows that have a size, oldest first, and numbered(N) for the one with the Shell's sequence
+    // number.
     QJsonValue evaluate(const QString &script) const;
     // Whether it comes to true in good time.
     bool holds(const QString &script) const;
