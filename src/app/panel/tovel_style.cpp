@@ -85,6 +85,9 @@ void TovelStyle::polish(QPalette &palette)
     for (const auto group : {QPalette::Active, QPalette::Inactive}) {
         palette.setColor(group, QPalette::Highlight, TovelTheme::accent(palette));
         palette.setColor(group, QPalette::HighlightedText, TovelTheme::chrome(palette));
+#if QT_VERSION >= QT_VERSION_CHECK(6, 6, 0)
+        palette.setColor(group, QPalette::Accent, TovelTheme::accent(palette));
+#endif
     }
 }
 
