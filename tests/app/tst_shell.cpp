@@ -14,6 +14,7 @@
 #include "settings/fake_updater.h"
 #include "support/test.h"
 #include "views/status_values.h"
+#include "views/tovel_settings_view.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -178,8 +179,17 @@ private Q_SLOTS:
                          u"    Desktop 2 on disabled"_s, u"    Desktop 3"_s, u"Right disabled"_s,
                          u"    Desktop 4"_s, u"    Desktop 5"_s, u"-"_s, u"Pin window"_s,
                          u"Follow windows on"_s}));
-        QVERIFY(lines(*menu).contains(u"Check for Updates… disabled"_s));
-        QVERIFY(lines(*menu).contains(u"Keyboard Shortcut… (⌃⌥⌘T)"_s));
+        const QStringList rest = lines(*menu).mid(9);
+        QCOMPARE(rest.mid(2),
+                 (QStringList{u"Refresh"_s, u"Accessibility Settings…"_s, u"App icon"_s,
+                              u"Check for Updates… disabled"_s, u"-"_s,
+                              TovelUpdates::versionDescription() + u" disabled"_s,
+                              u"Keyboard Shortcut… (⌃⌥⌘T)"_s, u"Quit Tovel"_s}));
+        const TovelSettingsView gear(model, updates, shortcuts, [] {}); // offers the same
+        for (QWidget *window : QApplication::topLevelWidgets()) {
+            if (window->objectName() == u"settings"_s)
+                QCOMPARE(lines(*static_cast<QMenu *>(window)), rest);
+        }
         menu->actions().at(4)->trigger();
         QCOMPARE(moved, 12U);
         const BusMenuItem onBus = busMenu(*menu, [](QAction *) { return 1; });
@@ -187,7 +197,21 @@ private Q_SLOTS:
         QCOMPARE(onBus.children.back().properties[u"shortcut"_s],
                  QVariant::fromValue(QList<QStringList>{quit}));
 
+        const auto canMove = [&] {
+            const QStringList offered = lines(*makeStatusMenu(model, updates, shortcuts, {}));
+            return offered.contains(u"    Desktop 3"_s);
+        };
+        QVERIFY(canMove());
+        world.window(101).moveDelay = 0.3;
+        model.migrate(world.target(12));
+        QVERIFY(model.busy() && !canMove());
+        QVERIFY(world.desktop.clock().runUntil([&] { return !model.busy(); }, 60));
+        model.migrate(world.target(10));
+        QVERIFY(world.desktop.clock().runUntil([&] { return !model.busy(); }, 60));
+        QVERIFY(canMove());
         world.facts().trusted = false;
+        model.refresh();
+        QVERIFY(!canMove());
         world.desktop.replaceReply("SLSCopyManagedDisplaySpaces", QVariantList());
         model.refresh();
         QCOMPARE(

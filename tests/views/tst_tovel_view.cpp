@@ -6,6 +6,7 @@
 #include "views/desktop_tile.h"
 #include "views/display_button.h"
 #include "views/model_watch.h"
+#include "views/skipped_list.h"
 #include "views/theme.h"
 #include "views/tovel_status_view.h"
 #include "views/tovel_view.h"
@@ -13,6 +14,7 @@
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QDialog>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
@@ -336,6 +338,17 @@ private Q_SLOTS:
         for (const bool open : {true, false, true}) {
             panel.click(u"Notes: Full screen"_s);
             QCOMPARE(panel.openPopover() != nullptr, open);
+        }
+        QStringList texts;
+        for (const QLabel *label : panel.openPopover()->findChildren<QLabel *>())
+            texts.append(label->text());
+        QCOMPARE(texts,
+                 (QStringList{u"Windows not moving"_s, u"Notes"_s,
+                              u"Full screen — leave full screen to move"_s}));
+        SkippedList list;
+        for (const auto &[count, highest] : {std::pair(1, 78), {2, 156}, {20, 280}}) {
+            list.setWindows(QList<TravelWindow>(count, world.model->windows().first()));
+            QVERIFY(list.findChild<QScrollArea *>()->height() <= highest);
         }
         world.window(101).fullScreen = false;
         world.model->refresh();
