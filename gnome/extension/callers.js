@@ -7,17 +7,19 @@ import {isPermitted} from './permission.js';
 const busName = 'org.freedesktop.DBus';
 const busPath = '/org/freedesktop/DBus';
 
-// Where the process runs from, "" for one that is gone, or of another user.
-function executableOf(process) {
+// Of /proc, "" for a process that is gone, or of another user.
+function linkOf(process, name) {
     try {
-        return GLib.file_read_link(`/proc/${process}/exe`);
+        return GLib.file_read_link(`/proc/${process}/${name}`);
     } catch {
         return '';
     }
 }
 
-function isInSandbox(process) {
-    return GLib.file_test(`/proc/${process}/root/.flatpak-info`, GLib.FileTest.EXISTS);
+// In a sandbox or a container any file can be at a program's path.
+function seesTheSameFiles(process) {
+    const space = linkOf(process, 'ns/mnt');
+    return space !== '' && space === linkOf('self', 'ns/mnt');
 }
 
 // The clients on the bus, and whether they may ask. What was found out is kept until a client leaves.
@@ -77,7 +79,7 @@ export class Callers {
             this._forget(name, denied());
             return;
         }
-        const may = isPermitted(executableOf(process), this._programs) && !isInSandbox(process);
+        const may = isPermitted(linkOf(process, 'exe'), this._programs) && seesTheSameFiles(process);
         caller.process = may ? process : 0;
         caller.failure = may ? null : denied();
         const {waiting} = caller;
