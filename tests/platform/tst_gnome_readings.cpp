@@ -114,7 +114,11 @@ private Q_SLOTS:
         QCOMPARE(picture.screens(),
                  (QList<SessionScreen>{{2, u"eDP-1"_s, QRectF(100, 0, 1 << 20, 50), true},
                                        {1, u"Monitor 1"_s, QRectF(0, 0, 100, 50), false}}));
-        QCOMPARE(picture.outputs()[0].screen, 2U);
+        const SessionOutput row = picture.outputs().value(0);
+        QCOMPARE(row.screen, 2U);
+        // Names that were given hang on what stays when screens and log-ins change.
+        QVERIFY(row.isLone);
+        QCOMPARE(row.workspaces.value(1).uuid, u"2"_s);
     }
 
     void workspacesKeepTheirIds_data()

@@ -1,5 +1,6 @@
 #include "bridge/bridge.h"
 #include "model/tovel_model.h"
+#include "platform/linux/displays.h"
 #include "platform/linux/linux_desktop.h"
 #include "platform/platform.h"
 #include "platform/user_defaults.h"
@@ -71,6 +72,7 @@ private Q_SLOTS:
         start(false);
         QVERIFY(m_model->displayIsBuiltIn(desktop(12).display));
         QVERIFY(!m_model->displayIsBuiltIn(desktop(22).display));
+        QCOMPARE(displayIdentifier({.screen = 3, .isLone = true}, m_session->screens()), u"Main"_s);
         // Names stay with what the session knows a workspace by.
         QVERIFY(desktop(11).key().endsWith(u"/one"_s));
         QVERIFY(desktop(12).key().endsWith(u"/12"_s));

@@ -45,7 +45,7 @@ QString displayUuid(const SessionScreen &display)
 
 QString displayIdentifier(const SessionOutput &output, const QList<SessionScreen> &displays)
 {
-    if (!output.screen)
+    if (!output.screen || output.isLone)
         return u"Main"_s;
     for (const SessionScreen &display : displays) {
         if (display.number == *output.screen)

@@ -18,8 +18,9 @@ QList<SessionScreen> displaysOf(DesktopSession &session);
 // The same each time the display is there.
 QString displayUuid(const SessionScreen &display);
 
-// What a row of workspaces names its display by: the display's UUID; "Main" for all of them. The
-// UUID of no display where the row's screen is not there.
+// What a row of workspaces names its display by: the display's UUID; "Main" for all of them, and
+// for the session's one row whatever displays there are. The UUID of no display where the row's
+// screen is not there.
 QString displayIdentifier(const SessionOutput &output, const QList<SessionScreen> &displays);
 
 // The number of the display at the place.

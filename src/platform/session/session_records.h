@@ -49,6 +49,8 @@ struct MadeWorkspace
 struct SessionOutput
 {
     std::optional<std::uint32_t> screen; // its number; absent: the row spans all screens
+    // Whether it is the session's one row whichever screens come and go, although it names one.
+    bool isLone = false;
     QList<SessionWorkspace> workspaces;
     std::optional<std::uint64_t> shown;
 

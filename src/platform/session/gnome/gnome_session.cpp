@@ -65,7 +65,8 @@ void GnomeSession::lookAgain()
         m_picture.clear();
         return;
     }
-    if (snapshot->monitors != m_snapshot.monitors)
+    // Some may have had no name as yet.
+    if (snapshot->monitors != m_snapshot.monitors || m_monitors.size() != snapshot->monitors.size())
         m_monitors = askForMonitors(m_bus);
     m_snapshot = std::move(*snapshot);
     m_picture.draw(m_snapshot, m_monitors);

@@ -126,6 +126,7 @@ void Picture::drawRow(const Snapshot &snapshot)
 {
     SessionOutput output;
     m_hasFixedScreens = snapshot.onlyOnPrimary && m_screens.size() > 1;
+    output.isLone = true;
     if (m_hasFixedScreens)
         output.screen = m_screens.first().number;
     QStringList names;
@@ -133,7 +134,8 @@ void Picture::drawRow(const Snapshot &snapshot)
         names.append(workspace.name);
     names = chosenNames(names);
     for (qsizetype i = 0; i < m_row.size(); ++i)
-        output.workspaces.append({.id = m_row[i].id, .name = names[i]});
+        output.workspaces.append(
+            {.id = m_row[i].id, .uuid = QString::number(i + 1), .name = names[i]});
     if (snapshot.shown != 0)
         output.shown = m_ids.value(snapshot.shown);
     m_outputs = {output};
