@@ -136,6 +136,24 @@ private Q_SLOTS:
         QVERIFY(panelIs(u"w.get_frame_rect().y === 45"_s));
     }
 
+    void isAllowedFromItsMenu()
+    {
+        const QString icon = u"Main.panel.statusArea.tovel"_s;
+        m_gnome.evaluate(u"Main.extensionManager.disableExtension('tovel@tovel.org')"_s);
+        QVERIFY(m_gnome.holds(u"!"_s + icon));
+        const QString item = u"Accessibility Settings…"_s;
+        QVERIFY(tabTo(u"Tovel settings"_s));
+        m_user->press({u"space"_s});
+        QVERIFY(m_user->find(item));
+        for (int i = 0; m_user->focused() != item && i < 12; ++i)
+            m_user->press({u"Down"_s});
+        m_user->press({u"Return"_s});
+        QVERIFY(m_gnome.holds(u"!!"_s + icon));
+        QVERIFY(m_user->find(u"Access to windows"_s, u"dialog"_s));
+        m_user->press({u"Escape"_s});
+        QVERIFY(m_user->isGone(u"Access to windows"_s) && isUp());
+    }
+
     void comesByItsIconInTheTopBar()
     {
         const QString menu = u"Main.panel.statusArea.tovel.menu"_s;
