@@ -52,9 +52,10 @@ AccessText accessText(PlatformChoice &choice);
 // For how long a platform is picked: a program that stays may be there before the window manager.
 enum class Stay { OneRun, Session };
 
-// Picks by the environment variable TOVEL_DESKTOP: "x11", "simulated" (a desktop in memory, with
-// user defaults of its own) or "none". Without it, X11 where the display answers and, for one run,
-// a window manager runs; otherwise none. Null for any other value. To be called after the
+// Picks by the environment variable TOVEL_DESKTOP: "sway", "gnome", "kwin", "i3" or "x11" for a
+// session of that kind, "simulated" (a desktop in memory, with user defaults of its own) or "none".
+// Without it, the first of those sessions that answers, in this order, X11 for one run only where a
+// window manager runs; otherwise none. Null for any other value. To be called after the
 // QCoreApplication was made.
 std::unique_ptr<PlatformChoice> choosePlatform(Stay stay = Stay::OneRun);
 
