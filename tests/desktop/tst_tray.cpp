@@ -5,11 +5,31 @@
 
 #include <QDBusArgument>
 #include <QDBusConnection>
+#include <QDBusError>
+#include <QDBusMessage>
+#include <QDBusVirtualObject>
 #include <QRegularExpression>
 
 namespace {
 
 const QString move = QStringLiteral("Move apps to ");
+
+// GNOME Shell's extension, which shows the icon itself.
+class Extension final : public QDBusVirtualObject
+{
+public:
+    bool serves = false;
+    int questions = 0;
+
+    QString introspect(const QString &) const override { return {}; }
+    bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override
+    {
+        ++questions;
+        connection.send(serves ? message.createReply({0.0, 0.0})
+                               : message.createErrorReply(QDBusError::AccessDenied, {}));
+        return true;
+    }
+};
 
 } // namespace
 
@@ -179,12 +199,17 @@ private Q_SLOTS:
         QCOMPARE(item[u"ToolTip"_s].value<QDBusArgument>().currentSignature(), u"(sa(iiay)ss)"_s);
         m_busTray.reset();
         QVERIFY(hasIcon());
-        // As GNOME Shell's extension does, which shows the icon itself.
+        Extension extension;
         QDBusConnection shell = QDBusConnection::connectToBus(bus(), u"shell"_s);
-        QVERIFY(shell.registerService(u"org.tovel.Shell1"_s));
-        QVERIFY(eventually([this] { return !iconPlace(); }));
-        QVERIFY(shell.unregisterService(u"org.tovel.Shell1"_s));
-        QVERIFY(hasIcon());
+        QVERIFY(shell.registerVirtualObject(u"/org/tovel"_s, &extension, QDBusConnection::SubPath));
+        for (const bool serves : {false, true}) {
+            extension.serves = serves;
+            QVERIFY(shell.registerService(u"org.tovel.Shell1"_s));
+            QVERIFY(eventually([&] { return extension.questions == 1 + (serves ? 1 : 0); }));
+            QVERIFY(serves ? eventually([this] { return !iconPlace(); }) : hasIcon());
+            QVERIFY(shell.unregisterService(u"org.tovel.Shell1"_s));
+            QVERIFY(hasIcon());
+        }
     }
 
     void troubleOnTheBusIsOvercome_data()
