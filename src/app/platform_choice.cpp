@@ -61,7 +61,10 @@ public:
             return {};
         return (limits() + QStringList{u"Tovel then goes on by itself."_s}).join(u' ');
     }
-    void requestAccess() override { m_desktop.requestAccess(); }
+    bool requestAccess(std::chrono::milliseconds patience) override
+    {
+        return m_desktop.requestAccess(patience);
+    }
     void setSettingsOpener(std::function<void()> opener) override
     {
         m_desktop.setSettingsOpener(std::move(opener));
@@ -106,7 +109,7 @@ public:
         return {u"This is a simulated desktop: nothing here is real."_s};
     }
     QString accessAdvice() override { return {}; }
-    void requestAccess() override { }
+    bool requestAccess(std::chrono::milliseconds) override { return false; }
     void setSettingsOpener(std::function<void()>) override { }
 
 private:

@@ -6,10 +6,14 @@
 #include <QString>
 #include <QStringList>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 
 namespace tovel {
+
+// For how long what was done about access may take effect before its user is told that it did not.
+inline constexpr std::chrono::milliseconds AccessPatience{2000};
 
 // The platform that this process runs on, picked once at start.
 class PlatformChoice
@@ -33,8 +37,9 @@ public:
     virtual QString accessAdvice() = 0;
 
     // Does what can be done at once for the session to let windows be moved, because its user asks
-    // for it. What is left to do is the advice.
-    virtual void requestAccess() = 0;
+    // for it, and waits for so long at most until that takes effect. Whether it is still to do so
+    // in a moment. What is left to do is the advice.
+    virtual bool requestAccess(std::chrono::milliseconds patience) = 0;
 
     // Does Workspace::openAccessibilitySettings, where the session has no settings of its own.
     virtual void setSettingsOpener(std::function<void()> opener) = 0;

@@ -19,13 +19,16 @@
 #include "views/text_style.h"
 
 #include <QApplication>
+#include <QDeadlineTimer>
 #include <QLoggingCategory>
 #include <QOpenGLContext>
 #include <QTextStream>
+#include <QTimer>
 
 namespace tovel {
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -129,10 +132,19 @@ int runPanel(int &argc, char **argv, AppDelegate::Launch launch, QTextStream &er
                      [&delegate] { delegate.setReachableByStarting(false); });
     delegate.setAccessAdvice([&choice] { return choice->accessAdvice(); });
     delegate.applicationDidFinishLaunching(launch);
+    QDeadlineTimer patience;
+    QTimer answer;
+    QObject::connect(&answer, &QTimer::timeout, &delegate, [&] {
+        const AccessText access = accessText(*choice);
+        if (!access.isGranted && !patience.hasExpired())
+            return;
+        answer.stop();
+        delegate.tellAccess(access.text);
+    });
     // From now on, when the user asks; the launch's own request is answered by the panel.
-    choice->setSettingsOpener([&choice, &delegate] {
-        choice->requestAccess();
-        delegate.tellAccess(accessText(*choice).text);
+    choice->setSettingsOpener([&] {
+        patience.setRemainingTime(choice->requestAccess(0ms) ? AccessPatience : 0ms);
+        answer.start(20ms);
     });
     presence.application().serve(
         {.show = [&delegate] { delegate.show(); }, .toggle = [&delegate] { delegate.toggle(); }});

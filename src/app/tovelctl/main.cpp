@@ -132,7 +132,7 @@ int allowAccess()
         complain(unknownPlatformText());
         return UsageError;
     }
-    choice->requestAccess();
+    choice->requestAccess(AccessPatience);
     const AccessText access = accessText(*choice);
     if (access.isGranted)
         return print(access.text + u'\n');

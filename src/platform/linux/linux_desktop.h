@@ -52,11 +52,11 @@ public:
     // What a user of this session has to know that it cannot do; a sentence each.
     QStringList limits() const;
 
-    // Does what can be done at once for the session to be controllable.
-    void requestAccess()
+    // Does what can be done at once for the session to be controllable, and waits for so long at
+    // most until that takes effect. Whether it is still to do so in a moment.
+    bool requestAccess(std::chrono::milliseconds patience)
     {
-        if (m_session)
-            m_session->requestAccess();
+        return m_session && m_session->requestAccess(patience);
     }
 
     // Does Workspace::openAccessibilitySettings; nothing without one.

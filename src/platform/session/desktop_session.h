@@ -5,6 +5,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <chrono>
 #include <functional>
 
 namespace tovel {
@@ -113,8 +114,9 @@ public:
     virtual QStringList limits() = 0;
 
     // For a session that cannot be controlled: does what can be done at once about that, because
-    // the user asked for it. What is left to do is among the limits afterwards.
-    virtual void requestAccess() { }
+    // the user asked for it, and waits for so long at most until that takes effect. Whether it is
+    // still to do so in a moment. What is left to do is among the limits afterwards.
+    virtual bool requestAccess(std::chrono::milliseconds) { return false; }
 
     // Called on the main thread from the event loop after the shown workspace of any output
     // changed.

@@ -16,7 +16,6 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr auto Patience = 2s; // with an extension that is being enabled
 constexpr auto Pause = 10ms;
 
 const QString Uuid = u"tovel@tovel.org"_s;
@@ -35,8 +34,9 @@ bool isInstalled()
 
 bool isLocked(ShellBus &bus)
 {
-    const QString name = u"org.gnome.ScreenSaver"_s;
-    const auto reply = bus.call({name, u"/org/gnome/ScreenSaver"_s, name, u"GetActive"_s});
+    // Of the Shell's own name: another program has that of the interface, and hands on to it.
+    const auto reply = bus.call(
+        {ShellService, u"/org/gnome/ScreenSaver"_s, u"org.gnome.ScreenSaver"_s, u"GetActive"_s});
     return reply.type() == QDBusMessage::ReplyMessage && reply.arguments().value(0).toBool();
 }
 
@@ -115,14 +115,24 @@ QString sentenceFor(Hindrance hindrance)
     return {};
 }
 
-void enableExtension(ShellBus &bus)
+bool enableExtension(ShellBus &bus, std::chrono::milliseconds patience)
 {
     if (findHindrance(bus) != Hindrance::Disabled)
-        return;
+        return false;
     bus.call(extensions(u"EnableExtension"_s), {Uuid});
-    const QDeadlineTimer deadline(Patience);
-    while (findHindrance(bus) == Hindrance::Disabled && !deadline.hasExpired())
+    const QDeadlineTimer deadline(patience);
+    const auto isUnderWay = [&] {
+        if (bus.isExtensionThere())
+            return false;
+        const Hindrance hindrance = findHindrance(bus);
+        return hindrance == Hindrance::Disabled || hindrance == Hindrance::Starting;
+    };
+    while (isUnderWay()) {
+        if (deadline.hasExpired())
+            return true;
         std::this_thread::sleep_for(Pause);
+    }
+    return false;
 }
 
 } // namespace tovel::gnome

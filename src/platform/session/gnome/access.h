@@ -3,6 +3,8 @@
 #include <QString>
 #include <QVariantMap>
 
+#include <chrono>
+
 namespace tovel::gnome {
 
 class ShellBus;
@@ -31,7 +33,8 @@ Hindrance findHindrance(ShellBus &bus);
 // What it means, and what its user can do about it, in a sentence.
 QString sentenceFor(Hindrance hindrance);
 
-// Enables the extension where that is all that it takes, and waits for a moment until it is.
-void enableExtension(ShellBus &bus);
+// Enables the extension where that is all that it takes, and waits for so long at most until it is
+// on the bus. Whether that is still to come.
+bool enableExtension(ShellBus &bus, std::chrono::milliseconds patience);
 
 } // namespace tovel::gnome

@@ -233,12 +233,13 @@ QStringList GnomeSession::limits()
     return {sentenceFor(findHindrance(m_bus))};
 }
 
-void GnomeSession::requestAccess()
+bool GnomeSession::requestAccess(std::chrono::milliseconds patience)
 {
     if (isControllable())
-        return;
-    enableExtension(m_bus);
+        return false;
+    const bool isUnderWay = enableExtension(m_bus, patience);
     m_isStale = true;
+    return isUnderWay;
 }
 
 void GnomeSession::setShownWorkspaceHandler(std::function<void()> handler)

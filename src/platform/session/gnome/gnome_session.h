@@ -10,6 +10,7 @@
 #include <QSet>
 #include <QTimer>
 
+#include <chrono>
 #include <memory>
 
 namespace tovel::gnome {
@@ -50,7 +51,7 @@ public:
     void releaseKey(const SessionKey &key) override;
     void setKeyHandler(std::function<void(const SessionKey &key)> handler) override;
     QStringList limits() override;
-    void requestAccess() override;
+    bool requestAccess(std::chrono::milliseconds patience) override;
     void setShownWorkspaceHandler(std::function<void()> handler) override;
 
 private:

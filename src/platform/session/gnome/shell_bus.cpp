@@ -89,4 +89,9 @@ bool ShellBus::isShellThere() const
     return m_bus.isConnected() && m_bus.interface()->isServiceRegistered(ShellService);
 }
 
+bool ShellBus::isExtensionThere() const
+{
+    return m_bus.isConnected() && m_bus.interface()->isServiceRegistered(ExtensionService);
+}
+
 } // namespace tovel::gnome

@@ -39,6 +39,8 @@ public:
 
     // Whether the Shell is on the bus, silent or not.
     bool isShellThere() const;
+    // Whether the extension is.
+    bool isExtensionThere() const;
 
 private:
     void awaitReturn();
@@ -49,6 +51,7 @@ private:
     QObject m_context;
 };
 
+inline const QString ExtensionService = QStringLiteral("org.tovel.Shell1");
 // Of the Shell itself, without the extension.
 inline const QString ShellService = QStringLiteral("org.gnome.Shell");
 inline const QString ShellPath = QStringLiteral("/org/gnome/Shell");
