@@ -416,6 +416,37 @@ private Q_SLOTS:
         QVERIFY(refused.world.desktop.registeredHotKeys().isEmpty());
     }
 
+    void asksForTheKeyAgainWithAccess()
+    {
+        Program program;
+        SimWorld &facts = program.world.facts();
+        TovelModel *model = nullptr;
+        const auto change = [&](bool trusted, std::int32_t status) {
+            facts.trusted = trusted;
+            facts.registerStatus = status;
+            if (model)
+                model->refresh();
+        };
+        change(false, eventHotKeyInvalidErr);
+        program.delegate.setReachableByStarting(true);
+        QVERIFY(program.launch());
+        model = &program.delegate.model();
+        QVERIFY(model->issues().isEmpty());
+        QVERIFY(!quits([&] { program.delegate.panel().close(); }));
+        QCOMPARE(informativeText(*visible<Note>().first()),
+                 u"Start Tovel again to show the panel."_s);
+        const auto hasKey = [&] { return program.world.desktop.registeredHotKeys().size() == 1; };
+        change(true, noErr);
+        QVERIFY(hasKey() && model->issues().isEmpty());
+        change(false, eventHotKeyInvalidErr);
+        QVERIFY(!hasKey() && model->issues().isEmpty());
+        change(true, eventHotKeyExistsErr); // another program was faster
+        QVERIFY(!hasKey() && model->issues().value(0).startsWith(u"⌃⌥⌘T is unavailable."_s));
+        change(false, noErr);
+        change(true, noErr);
+        QVERIFY(hasKey() && model->issues().isEmpty());
+    }
+
     void aHeldKeyActsOnce()
     {
         Program program;

@@ -201,8 +201,11 @@ private Q_SLOTS:
         QVERIFY(enable(false));
         QVERIFY(eventually([&] { return !session->isControllable(); }));
         QVERIFY(session->hasManager());
+        const SessionKey key{.position = 30, .control = true};
+        QCOMPARE(session->grabKey(key), KeyGrab::Impossible);
         QVERIFY(enable(true));
         QVERIFY(eventually([&] { return session->isControllable(); }));
+        QCOMPARE(session->grabKey(key), KeyGrab::Granted);
         QCOMPARE(session->outputs(), outputs);
 
         QVERIFY(restart(

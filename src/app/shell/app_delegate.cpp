@@ -88,6 +88,7 @@ void AppDelegate::applicationDidFinishLaunching(Launch launch)
         if (property != TovelModel::Property::trusted)
             return;
         rememberAccess();
+        registerAnew();
         delete m_accessNote; // it speaks of how it was
     });
     makePanel();
@@ -195,9 +196,19 @@ void AppDelegate::takeUpShortcut()
     m_shortcuts.readAgain();
     if (m_editing || m_shortcuts.shortcut() == before)
         return;
-    m_hotKey.unregisterShortcut();
-    registerStoredShortcut();
+    registerAnew();
     showShortcut();
+}
+
+// A session may have no key to give while it lets no windows be moved, and may have given this one
+// to another program meanwhile.
+void AppDelegate::registerAnew()
+{
+    if (m_editing)
+        return;
+    if (m_tellsShortcut)
+        m_model->setIssues({});
+    registerStoredShortcut();
 }
 
 void AppDelegate::requestAccessOnce()
@@ -223,7 +234,8 @@ void AppDelegate::installHotKey()
 void AppDelegate::registerStoredShortcut()
 {
     const TovelShortcut &shortcut = m_shortcuts.shortcut();
-    if (!m_hotKey.registerShortcut(shortcut)) {
+    m_hotKey.unregisterShortcut();
+    if (!m_hotKey.registerShortcut(shortcut) && m_model->trusted()) {
         tellShortcutFailure(shortcut.label()
                             + u" is unavailable. Choose another shortcut in Settings."_s);
     }
@@ -242,8 +254,10 @@ void AppDelegate::editShortcut()
     if (std::exchange(m_editing, true))
         return;
     m_hotKey.unregisterShortcut();
-    const auto tryToRegister
-        = [this](const TovelShortcut &shortcut) { return m_hotKey.registerShortcut(shortcut); };
+    // Without access it can only be tried later.
+    const auto tryToRegister = [this](const TovelShortcut &shortcut) {
+        return m_hotKey.registerShortcut(shortcut) || !m_model->trusted();
+    };
     DefaultsOutcome outcome;
     {
         m_panel->winId(); // or a panel that is shown later would not be the editor's
@@ -260,7 +274,8 @@ void AppDelegate::editShortcut()
             + outcome.failure);
     else if (!outcome.notice.isEmpty())
         m_model->setIssues({outcome.notice});
-    if (!m_hotKey.isRegistered() && !m_hotKey.registerShortcut(m_shortcuts.shortcut()))
+    if (!m_hotKey.isRegistered() && !m_hotKey.registerShortcut(m_shortcuts.shortcut())
+        && m_model->trusted())
         tellShortcutFailure(u"Shortcut unavailable. Choose another shortcut in Settings."_s);
     showShortcut();
     m_editing = false;

@@ -88,6 +88,7 @@ private:
     void takeUpShortcut();
     void requestAccessOnce();
     void installHotKey();
+    void registerAnew();
     void registerStoredShortcut();
     void tellShortcutFailure(const QString &text);
     void makeStatusItem();

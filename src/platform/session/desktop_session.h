@@ -101,7 +101,9 @@ public:
 
     // Takes a key for this program, whichever window has the keyboard. A grabbed key stays where it
     // is on the keyboard while layouts come and go. All or nothing: where one state of the locks is
-    // another program's, none is taken. Not for a key that is grabbed already.
+    // another program's, none is taken. Not for a key that is grabbed already. Impossible also
+    // while whoever gives keys is not there: to be asked for again once the session can be
+    // controlled.
     virtual KeyGrab grabKey(const SessionKey &key) = 0;
     // Nothing happens for a key that is not grabbed.
     virtual void releaseKey(const SessionKey &key) = 0;

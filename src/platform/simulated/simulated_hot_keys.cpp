@@ -50,6 +50,8 @@ HotKeyRegistration SimulatedHotKeys::RegisterEventHotKey(std::uint32_t keyCode,
 {
     if (target != applicationTarget)
         return {};
+    if (m_state.world.registerStatus != noErr)
+        return {m_state.world.registerStatus, {}};
     if (keyCode > lastKeyCode)
         return {eventHotKeyInvalidErr, {}};
     const bool isOurs = std::ranges::any_of(m_state.hotKeys, [=](const auto &entry) {

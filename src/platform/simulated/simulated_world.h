@@ -140,6 +140,7 @@ struct SimWorld
 
     double probeCost = 0; // seconds that each use of a remote token takes; virtual clock only
     std::int32_t installHandlerStatus = 0; // not noErr: InstallEventHandler fails with it
+    std::int32_t registerStatus = 0; // not noErr: RegisterEventHotKey fails with it
     std::int32_t unregisterStatus = 0; // not noErr: UnregisterEventHotKey fails with it
 };
 

@@ -11,7 +11,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QString Service = u"org.tovel.Shell1"_s;
 const QString Path = u"/org/tovel/Shell1"_s;
 
 enum Modifier : std::uint32_t { Shift = 1, Control = 4, Alt = 8, Super = 64 };
@@ -48,7 +47,7 @@ ShellExtension::ShellExtension(ShellBus &bus)
 
 QDBusMessage ShellExtension::ask(const QString &method, const QVariantList &arguments)
 {
-    return m_bus.call({Service, Path, Service, method}, arguments);
+    return m_bus.call({ExtensionService, Path, ExtensionService, method}, arguments);
 }
 
 // One that is silent is the same when it answers again, or is found to be another.
@@ -61,8 +60,9 @@ void ShellExtension::lose(Presence presence)
 
 bool ShellExtension::meet()
 {
-    const QDBusMessage reply = m_bus.call(
-        {Service, Path, u"org.freedesktop.DBus.Properties"_s, u"Get"_s}, {Service, u"Version"_s});
+    const QDBusMessage reply
+        = m_bus.call({ExtensionService, Path, u"org.freedesktop.DBus.Properties"_s, u"Get"_s},
+                     {ExtensionService, u"Version"_s});
     if (!isReply(reply)) {
         lose(presenceAfter(reply));
         return false;
@@ -77,7 +77,7 @@ bool ShellExtension::meet()
     m_revision = 0;
     // It has given up those of one that went.
     for (const SessionKey &key : m_keys)
-        grab(key);
+        ask(u"GrabKey"_s, argumentsOf(key));
     return true;
 }
 
@@ -125,22 +125,15 @@ std::optional<QPointF> ShellExtension::cursorPosition()
     return QPointF(reply.arguments()[0].toDouble(), reply.arguments()[1].toDouble());
 }
 
-bool ShellExtension::grab(const SessionKey &key)
-{
-    const QDBusMessage reply = ask(u"GrabKey"_s, argumentsOf(key));
-    return isReply(reply) && reply.arguments().value(0).toBool();
-}
-
-// A key that is wanted while there is nobody to give it is taken as soon as there is.
 KeyGrab ShellExtension::grabKey(const SessionKey &key)
 {
-    if (m_presence == Presence::There) {
-        const QDBusMessage reply = ask(u"GrabKey"_s, argumentsOf(key));
-        if (!isReply(reply) && presenceAfter(reply) == Presence::Absent)
-            return KeyGrab::Impossible;
-        if (isReply(reply) && !reply.arguments().value(0).toBool())
-            return KeyGrab::Taken;
-    }
+    if (m_presence != Presence::There)
+        return KeyGrab::Impossible;
+    const QDBusMessage reply = ask(u"GrabKey"_s, argumentsOf(key));
+    if (!isReply(reply))
+        return KeyGrab::Impossible;
+    if (!reply.arguments().value(0).toBool())
+        return KeyGrab::Taken;
     m_keys.push_back(key);
     return KeyGrab::Granted;
 }
@@ -157,7 +150,8 @@ void ShellExtension::setKeyHandler(std::function<void(const SessionKey &key)> ha
     if (!m_bus.connection().isConnected() || std::exchange(m_hearsKeys, true))
         return;
     QDBusConnection bus = m_bus.connection();
-    bus.connect(Service, Path, Service, u"KeyPressed"_s, this, SLOT(press(uint, uint)));
+    bus.connect(ExtensionService, Path, ExtensionService, u"KeyPressed"_s, this,
+                SLOT(press(uint, uint)));
 }
 
 void ShellExtension::listen()
@@ -165,10 +159,10 @@ void ShellExtension::listen()
     if (!m_bus.connection().isConnected() || std::exchange(m_isListening, true))
         return;
     QDBusConnection bus = m_bus.connection();
-    bus.connect(Service, Path, Service, u"Changed"_s, this, SLOT(change()));
+    bus.connect(ExtensionService, Path, ExtensionService, u"Changed"_s, this, SLOT(change()));
     m_watcher.setConnection(bus);
     m_watcher.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
-    m_watcher.addWatchedService(Service);
+    m_watcher.addWatchedService(ExtensionService);
     connect(&m_watcher, &QDBusServiceWatcher::serviceOwnerChanged, this, [this] {
         m_owner.clear();
         change();

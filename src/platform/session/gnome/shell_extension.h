@@ -49,6 +49,7 @@ public:
     bool request(const QString &method, const QVariantList &arguments);
     std::optional<QPointF> cursorPosition();
 
+    // A key that was granted is taken again whenever the extension comes back.
     KeyGrab grabKey(const SessionKey &key);
     void releaseKey(const SessionKey &key);
 
@@ -66,7 +67,6 @@ private:
     QDBusMessage ask(const QString &method, const QVariantList &arguments = {});
     bool meet();
     void lose(Presence presence);
-    bool grab(const SessionKey &key);
 
     ShellBus &m_bus;
     Presence m_presence = Presence::Absent;
