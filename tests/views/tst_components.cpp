@@ -5,6 +5,7 @@
 
 #include <QAccessible>
 #include <QApplication>
+#include <QDialog>
 #include <QSignalSpy>
 
 namespace tovel {
@@ -44,6 +45,14 @@ private Q_SLOTS:
         QTest::mouseClick(&surface, Qt::LeftButton, {}, {1, 0}); // outside its shape
         QCOMPARE(clicked.count(), 5);
         QCOMPARE(surface.cursor().shape(), Qt::PointingHandCursor);
+        QDialog alert(m_window.get());
+        alert.setModal(true);
+        QEnterEvent enter({1, 1}, {1, 1}, {1, 1});
+        for (const auto shape : {Qt::ArrowCursor, Qt::PointingHandCursor}) {
+            alert.setVisible(shape == Qt::ArrowCursor);
+            QApplication::sendEvent(&surface, &enter);
+            QCOMPARE(surface.cursor().shape(), shape);
+        }
         surface.setActionable(false);
         QCOMPARE(surface.cursor().shape(), Qt::ArrowCursor);
         press();

@@ -3,6 +3,7 @@
 #include "views/components/accessible_surface.h"
 
 #include <QAccessible>
+#include <QApplication>
 #include <QKeyEvent>
 
 namespace tovel {
@@ -10,7 +11,7 @@ namespace tovel {
 PaintedButton::PaintedButton(QWidget *parent)
     : QAbstractButton(parent)
 {
-    setCursor(Qt::PointingHandCursor);
+    showCursor();
     installAccessibleSurfaces();
     setFocusPolicy(Qt::StrongFocus);
 }
@@ -22,7 +23,7 @@ void PaintedButton::setActionable(bool actionable)
     m_actionable = actionable;
     if (!actionable)
         setDown(false);
-    setCursor(actionable ? Qt::PointingHandCursor : Qt::ArrowCursor);
+    showCursor();
     tellActionable();
     update();
 }
@@ -90,6 +91,34 @@ void PaintedButton::mousePressEvent(QMouseEvent *event)
         QAbstractButton::mousePressEvent(event);
     else
         event->ignore();
+}
+
+bool PaintedButton::event(QEvent *event)
+{
+    switch (event->type()) {
+    // Nothing tells the button of an alert; but the alert takes the keyboard, and gives it back.
+    case QEvent::WindowActivate:
+    case QEvent::WindowDeactivate:
+    case QEvent::Enter:
+        showCursor();
+        update();
+        break;
+    default:
+        break;
+    }
+    return QAbstractButton::event(event);
+}
+
+bool PaintedButton::isBlocked() const
+{
+    const QWidget *modal = QApplication::activeModalWidget();
+    return modal && modal != window();
+}
+
+void PaintedButton::showCursor()
+{
+    const bool isClickable = m_actionable && !isBlocked();
+    setCursor(isClickable ? Qt::PointingHandCursor : Qt::ArrowCursor);
 }
 
 void PaintedButton::tellActionable()

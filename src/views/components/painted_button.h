@@ -30,15 +30,18 @@ public:
 
 protected:
     bool showsFocus() const { return hasFocus() && m_keyboardFocus; }
-    bool isHovered() const { return isActionable() && underMouse(); }
+    bool isHovered() const { return isActionable() && underMouse() && !isBlocked(); }
     bool isPressed() const { return isActionable() && isDown(); }
 
     void changeEvent(QEvent *event) override;
+    bool event(QEvent *event) override;
     void focusInEvent(QFocusEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
 
 private:
+    bool isBlocked() const; // by an alert that has to be answered first
+    void showCursor();
     void tellActionable();
 
     bool m_actionable = true;
