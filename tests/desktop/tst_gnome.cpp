@@ -4,6 +4,7 @@
 #include "support/test.h"
 #include "support/wayland_client.h"
 
+#include <QAbstractEventDispatcher>
 #include <QElapsedTimer>
 
 #include <algorithm>
@@ -203,6 +204,9 @@ private Q_SLOTS:
         QVERIFY(session->hasManager());
         const SessionKey key{.position = 30, .control = true};
         QCOMPARE(session->grabKey(key), KeyGrab::Impossible);
+        QVERIFY(eventually([] {
+            return !QAbstractEventDispatcher::instance()->processEvents(QEventLoop::AllEvents);
+        }));
         QVERIFY(enable(true));
         QVERIFY(eventually([&] { return session->isControllable(); }));
         QCOMPARE(session->grabKey(key), KeyGrab::Granted);

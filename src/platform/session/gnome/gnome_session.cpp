@@ -43,7 +43,8 @@ Picture &GnomeSession::current()
     if (std::exchange(m_isStale, false)) {
         lookAgain();
         // Told from the event loop, never from within a call that reads.
-        if (m_shownWorkspaceHandler && shownWorkspace() != m_notifiedWorkspace) {
+        const auto shown = shownWorkspace();
+        if (m_shownWorkspaceHandler && shown && shown != m_notifiedWorkspace) {
             QMetaObject::invokeMethod(
                 &m_context, [this] { notice(); }, Qt::QueuedConnection);
         }
