@@ -207,10 +207,13 @@ private Q_SLOTS:
         QVERIFY(eventually([] {
             return !QAbstractEventDispatcher::instance()->processEvents(QEventLoop::AllEvents);
         }));
+        // Whoever has its name on the bus.
+        QVERIFY(m_user->bus().registerService(u"org.tovel.Shell1"_s));
         QVERIFY(enable(true));
         QVERIFY(eventually([&] { return session->isControllable(); }));
         QCOMPARE(session->grabKey(key), KeyGrab::Granted);
         QCOMPARE(session->outputs(), outputs);
+        QVERIFY(m_user->bus().unregisterService(u"org.tovel.Shell1"_s));
 
         QVERIFY(restart(
             [&](const QString &) { QVERIFY(eventually([&] { return !session->hasManager(); })); }));

@@ -45,9 +45,10 @@ ShellExtension::ShellExtension(ShellBus &bus)
     : m_bus(bus)
 { }
 
+// By the Shell's own name: whoever else has the extension's is not to be taken for it.
 QDBusMessage ShellExtension::ask(const QString &method, const QVariantList &arguments)
 {
-    return m_bus.call({ExtensionService, Path, ExtensionService, method}, arguments);
+    return m_bus.call({ShellService, Path, ExtensionService, method}, arguments);
 }
 
 // One that is silent is the same when it answers again, or is found to be another.
@@ -61,7 +62,7 @@ void ShellExtension::lose(Presence presence)
 bool ShellExtension::meet()
 {
     const QDBusMessage reply
-        = m_bus.call({ExtensionService, Path, u"org.freedesktop.DBus.Properties"_s, u"Get"_s},
+        = m_bus.call({ShellService, Path, u"org.freedesktop.DBus.Properties"_s, u"Get"_s},
                      {ExtensionService, u"Version"_s});
     if (!isReply(reply)) {
         lose(presenceAfter(reply));
@@ -150,7 +151,7 @@ void ShellExtension::setKeyHandler(std::function<void(const SessionKey &key)> ha
     if (!m_bus.connection().isConnected() || std::exchange(m_hearsKeys, true))
         return;
     QDBusConnection bus = m_bus.connection();
-    bus.connect(ExtensionService, Path, ExtensionService, u"KeyPressed"_s, this,
+    bus.connect(ShellService, Path, ExtensionService, u"KeyPressed"_s, this,
                 SLOT(press(uint, uint)));
 }
 
@@ -159,7 +160,7 @@ void ShellExtension::listen()
     if (!m_bus.connection().isConnected() || std::exchange(m_isListening, true))
         return;
     QDBusConnection bus = m_bus.connection();
-    bus.connect(ExtensionService, Path, ExtensionService, u"Changed"_s, this, SLOT(change()));
+    bus.connect(ShellService, Path, ExtensionService, u"Changed"_s, this, SLOT(change()));
     m_watcher.setConnection(bus);
     m_watcher.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
     m_watcher.addWatchedService(ExtensionService);
