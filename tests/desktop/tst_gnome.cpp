@@ -110,7 +110,6 @@ private Q_SLOTS:
         m_client->open({.application = u"Flock"_s, .title = u"Question"_s, .isDialog = true});
         QVERIFY(m_user->holds(u"listed.length === 6"_s));
         QVERIFY(openFlock(94));
-        QVERIFY(m_user->holds(u"listed.length === 100"_s));
         m_client->minimize(minimized);
         QVERIFY(
             eventually([&] { return tovelctl({u"apps"_s}).out.contains(u"tovel_qt_program"); }));
