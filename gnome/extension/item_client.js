@@ -50,7 +50,10 @@ export class ItemClient {
     async _read(loading, take) {
         const [path] = await this._ask(loading, itemPath, 'org.freedesktop.DBus.Properties', 'Get',
             new GLib.Variant('(ss)', [itemInterface, 'Menu']), '(v)');
-        this._menuPath = path.get_variant().unpack();
+        const menu = path.get_variant();
+        if (menu.get_type_string() !== 'o')
+            throw new Error('its place is none');
+        this._menuPath = menu.unpack();
         await this._ask(loading, this._menuPath, menuInterface, 'AboutToShow',
             new GLib.Variant('(i)', [0]), '(b)');
         const [, layout] = await this._ask(loading, this._menuPath, menuInterface, 'GetLayout',

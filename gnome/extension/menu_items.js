@@ -11,7 +11,7 @@ const top = 0; // the identifier of the menu itself
 
 // Two underscores are one; a single one marks a key.
 function plainLabel(label) {
-    const plain = label.replace(/_(_?)/g, '$1').replace(/\p{Cc}+/gu, ' ');
+    const plain = label.slice(0, 4 * longestLabel).replace(/_(_?)/g, '$1').replace(/\p{Cc}+/gu, ' ');
     return Array.from(plain).slice(0, longestLabel).join('');
 }
 

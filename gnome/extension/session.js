@@ -97,7 +97,9 @@ export class Session {
     }
 
     placeWindow(process, id, x, y) {
-        this._own(process, id).move_frame(true, x, y);
+        const clamp = (value, length) => Math.max(0, Math.min(value, length - 1));
+        this._own(process, id).move_frame(true, clamp(x, global.stage.width),
+            clamp(y, global.stage.height));
     }
 
     cursorPosition() {
