@@ -101,13 +101,13 @@ public:
         empty.setArguments({20U, 4U});
         const auto times
             = medians(300,
-                      {[&] { return milliseconds([&] { (void)m_user.bus().call(empty); }); },
-                       [&] { return milliseconds(refresh); }});
+                      {[&] { return millisecondsOf([&] { (void)m_user.bus().call(empty); }); },
+                       [&] { return millisecondsOf(refresh); }});
         std::printf("  warm refresh %.4f ms, empty call %.4f ms\n", times[1], times[0]);
         printFigure("one warm refresh / one empty call to the Shell", times[1] / times[0], 3);
 
         const Desktop target = model.desktops().at(1);
-        const double moved = milliseconds([&] {
+        const double moved = millisecondsOf([&] {
             bool ended = false;
             auto task = model.migrate(target, false).then([&] { ended = true; });
             while (!ended)
@@ -143,7 +143,7 @@ private:
     std::function<double()> whole(const QString &program, const QStringList &arguments)
     {
         return [=, this] {
-            return milliseconds([&] {
+            return millisecondsOf([&] {
                 if (m_session.run(program, arguments).status != 0)
                     qFatal("%s failed", qPrintable(program));
             });
@@ -154,7 +154,7 @@ private:
     {
         const int others = windows();
         std::unique_ptr<QProcess> process;
-        const double taken = milliseconds([&] {
+        const double taken = millisecondsOf([&] {
             process = m_session.launch(program, arguments, m_session.environment());
             while (windows() == others)
                 std::this_thread::sleep_for(std::chrono::microseconds(200));

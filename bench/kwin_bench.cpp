@@ -82,9 +82,9 @@ public:
             qFatal("the flock has not half of the windows");
 
         const auto times = medians(500,
-                                   {[&] { return milliseconds([&] { m_user->windows(); }); },
+                                   {[&] { return millisecondsOf([&] { m_user->windows(); }); },
                                     [&] {
-                                        return milliseconds([&] {
+                                        return millisecondsOf([&] {
                                             session.invalidate();
                                             model.refresh();
                                         });
@@ -96,7 +96,7 @@ public:
         const auto move = [&] {
             const Desktop target = model.desktops().at(static_cast<qsizetype>(next));
             next = next % 3 + 1;
-            const double taken = milliseconds([&] {
+            const double taken = millisecondsOf([&] {
                 bool ended = false;
                 auto task = model.migrate(target, false).then([&] { ended = true; });
                 while (!ended)
@@ -149,7 +149,7 @@ private:
     std::function<double()> whole(const QString &program, const QStringList &arguments)
     {
         return [=, this] {
-            return milliseconds([&] {
+            return millisecondsOf([&] {
                 if (m_session.run(program, arguments).status != 0)
                     qFatal("%s failed", qPrintable(program));
             });
@@ -167,7 +167,7 @@ private:
     {
         const auto others = m_user->windows().size();
         std::unique_ptr<QProcess> process;
-        const double taken = milliseconds([&] {
+        const double taken = millisecondsOf([&] {
             process = m_session.launch(program, arguments, m_session.environment());
             while (m_user->windows().size() == others
                    || m_user->window(m_user->windows().last()).frame.isEmpty())

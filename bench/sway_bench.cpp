@@ -92,7 +92,7 @@ public:
     {
         const auto whole = [this](const QString &program, const QStringList &arguments) {
             return [=, this] {
-                return milliseconds([&] {
+                return millisecondsOf([&] {
                     if (m_session.run(program, arguments).status != 0)
                         qFatal("%s failed", qPrintable(program));
                 });
@@ -121,9 +121,9 @@ public:
             qFatal("the flock has not half of the windows");
         BareClient bare(path);
         const auto times = medians(300,
-                                   {[&] { return milliseconds([&] { bare.readTree(); }); },
+                                   {[&] { return millisecondsOf([&] { bare.readTree(); }); },
                                     [&] {
-                                        return milliseconds([&] {
+                                        return millisecondsOf([&] {
                                             session.invalidate();
                                             model.refresh();
                                         });
@@ -132,7 +132,7 @@ public:
         printFigure("one warm refresh / one bare reading of the tree", times[1] / times[0], 1.2);
 
         const Desktop target = model.desktops().at(1);
-        const double moved = milliseconds([&] {
+        const double moved = millisecondsOf([&] {
             bool ended = false;
             auto task = model.migrate(target, false).then([&] { ended = true; });
             while (!ended)

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-double milliseconds(const std::function<void()> &body)
+double millisecondsOf(const std::function<void()> &body)
 {
     QElapsedTimer timer;
     timer.start();

@@ -3,7 +3,7 @@
 #include <functional>
 #include <vector>
 
-double milliseconds(const std::function<void()> &body);
+double millisecondsOf(const std::function<void()> &body);
 
 // The median of each, taken in turn, so that what else goes on meets all of them alike.
 std::vector<double> medians(int times, const std::vector<std::function<double()>> &measures);
