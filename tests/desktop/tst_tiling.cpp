@@ -304,7 +304,7 @@ private Q_SLOTS:
     {
         QFETCH(const bool, gone);
         QVERIFY(start());
-        QVERIFY(openFlock(40));
+        QVERIFY(openFlock(100));
         const auto move
             = m_session->launch(QStringLiteral(TOVELCTL), {u"move"_s, u"4"_s, u"--no-follow"_s},
                                 m_session->environment());
