@@ -63,6 +63,16 @@ QVariant ShellBus::property(const Method &method, const QString &name)
         : QVariant();
 }
 
+QString ShellBus::ownerOf(const QString &service)
+{
+    const QString bus = u"org.freedesktop.DBus"_s;
+    const QDBusMessage reply = m_bus.call(
+        messageFor({bus, u"/org/freedesktop/DBus"_s, bus, u"GetNameOwner"_s}, {service}),
+        QDBus::Block, Deadline);
+    return reply.type() == QDBusMessage::ReplyMessage ? reply.arguments().value(0).toString()
+                                                      : QString();
+}
+
 // A property, because pings are answered beside the Shell's own work.
 void ShellBus::awaitReturn()
 {

@@ -37,6 +37,9 @@ public:
     // Called from the event loop when it answers again, or is gone.
     void setReturnHandler(std::function<void()> handler) { m_returned = std::move(handler); }
 
+    // The unique name of whoever has the service's; empty where nobody has, or there is no bus.
+    QString ownerOf(const QString &service);
+
     // Whether the Shell is on the bus, silent or not.
     bool isShellThere() const;
     // Whether the extension is.

@@ -45,10 +45,11 @@ ShellExtension::ShellExtension(ShellBus &bus)
     : m_bus(bus)
 { }
 
-// By the Shell's own name: whoever else has the extension's is not to be taken for it.
+// Of the Shell itself: whoever else has the extension's name is not to be taken for it, and a Shell
+// that has taken the place of another is met anew.
 QDBusMessage ShellExtension::ask(const QString &method, const QVariantList &arguments)
 {
-    return m_bus.call({ShellService, Path, ExtensionService, method}, arguments);
+    return m_bus.call({m_owner, Path, ExtensionService, method}, arguments);
 }
 
 // One that is silent is the same when it answers again, or is found to be another.
@@ -61,8 +62,13 @@ void ShellExtension::lose(Presence presence)
 
 bool ShellExtension::meet()
 {
+    const QString owner = m_bus.ownerOf(ShellService);
+    if (owner.isEmpty()) {
+        lose(Presence::Absent);
+        return false;
+    }
     const QDBusMessage reply
-        = m_bus.call({ShellService, Path, u"org.freedesktop.DBus.Properties"_s, u"Get"_s},
+        = m_bus.call({owner, Path, u"org.freedesktop.DBus.Properties"_s, u"Get"_s},
                      {ExtensionService, u"Version"_s});
     if (!isReply(reply)) {
         lose(presenceAfter(reply));
@@ -73,7 +79,7 @@ bool ShellExtension::meet()
         lose(Presence::OtherVersion);
         return false;
     }
-    m_owner = reply.service();
+    m_owner = owner;
     m_isNumberedAnew = true;
     m_revision = 0;
     // It has given up those of one that went.
@@ -87,7 +93,7 @@ std::optional<ShellExtension::Reading> ShellExtension::read()
     if (m_owner.isEmpty() && !meet())
         return std::nullopt;
     QDBusMessage reply = ask(u"Snapshot"_s, {m_revision});
-    if (isReply(reply) && reply.service() != m_owner) {
+    if (QDBusError(reply).type() == QDBusError::ServiceUnknown) {
         if (!meet())
             return std::nullopt;
         reply = ask(u"Snapshot"_s, {m_revision});
