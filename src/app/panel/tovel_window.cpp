@@ -321,11 +321,17 @@ void TovelWindow::settle(int attempts)
     OwnWindows &ownWindows = currentPlatform().ownWindows();
     const OwnWindow self = ownWindow(*windowHandle());
     const bool isThere = ownWindows.setCollectionBehavior(self, Behavior);
-    if (isThere && m_wantedOrigin && hasNormalFrame())
-        ownWindows.setFrameOrigin(self, *std::exchange(m_wantedOrigin, std::nullopt));
+    // A compositor may choose a place after the window was put at its own.
+    if (isThere && m_wantedOrigin && hasNormalFrame()) {
+        const bool isKept
+            = attempts < MostAttempts && ownWindows.frameOrigin(self) == m_wantedOrigin;
+        if (isKept || attempts == 1 || !ownWindows.setFrameOrigin(self, *m_wantedOrigin))
+            m_wantedOrigin.reset();
+    }
     if (m_level != NSNormalWindowLevel)
         applyLevel();
-    if (!isThere && attempts > 1) {
+    const bool isSettled = isThere && (!m_wantedOrigin || !hasNormalFrame());
+    if (!isSettled && attempts > 1) {
         m_settlingTimer = currentPlatform().clock().startTimer(
             RetryTime, false, [this, attempts] { settle(attempts - 1); });
     }
