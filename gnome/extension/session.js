@@ -124,7 +124,6 @@ export class Session {
         return monitors.map(({x, y, width, height}, index) => ({
             bounds: [x, y, width, height],
             primary: index === primaryIndex,
-            scale: global.display.get_monitor_scale(index),
         }));
     }
 

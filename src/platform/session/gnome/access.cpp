@@ -95,8 +95,7 @@ QString sentenceFor(Hindrance hindrance)
                "logged in: log out and in again."_s;
     case Hindrance::Disabled:
         return u"GNOME Shell shows windows to its extensions alone, and Tovel’s is off: allow it "
-               u"in "
-               "Tovel’s panel, or with “tovelctl access”."_s;
+               "in Tovel’s panel, or with “tovelctl access”."_s;
     case Hindrance::AllDisabled:
         return u"Extensions of GNOME Shell are switched off as a whole, Tovel’s with them: switch "
                "them on in the program Extensions."_s;
